@@ -1,0 +1,114 @@
+# Build helpers shared by every folder of the project.
+
+# Warnings on everywhere; sanitizers on request.
+macro(quorvex_common_flags)
+  add_compile_options(-Wall -Wextra)
+  if(QUORVEX_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=address,undefined)
+  endif()
+  # Shared libraries land in the staged suite's apps folder, where the tool,
+  # the simulator and the command-line front end find them through RPATH.
+  set(QUORVEX_APPS_DIR "${QUORVEX_SUITE_DIR}/apps")
+  set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${QUORVEX_APPS_DIR}")
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+  set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+endmacro()
+
+# A shared library of the suite: staged in <suite>/apps, finds its siblings
+# through $ORIGIN.
+function(quorvex_suite_library target)
+  set_target_properties(${target} PROPERTIES
+    LIBRARY_OUTPUT_DIRECTORY "${QUORVEX_APPS_DIR}"
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "$ORIGIN")
+endfunction()
+
+# A program of the suite, staged at <suite>/apps/<subdir>; RPATH points back
+# at <suite>/apps.
+function(quorvex_suite_program target subdir)
+  if(subdir STREQUAL ".")
+    set(dir "${QUORVEX_APPS_DIR}")
+    set(rpath "$ORIGIN")
+  else()
+    set(dir "${QUORVEX_APPS_DIR}/${subdir}")
+    set(rpath "$ORIGIN/..")
+  endif()
+  set_target_properties(${target} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "${dir}"
+    BUILD_WITH_INSTALL_RPATH ON
+    INSTALL_RPATH "${rpath}")
+endfunction()
+
+# One test executable per unit:
+#   quorvex_add_test(NAME name SOURCES ... [LIBS ...] [QT] [GTEST] [NETNS]
+#                    [TIMEOUT seconds] [ENV VAR=value ...] [LABELS ...])
+# QT     links QtTest and runs on the offscreen platform.
+# GTEST  links GoogleTest's main.
+# NETNS  runs the test inside a private network namespace with only loopback up.
+# Every test gets its own home: XDG folders and the tool's folder overrides
+# point into the build tree, so no test touches the real user's files.
+function(quorvex_add_test)
+  cmake_parse_arguments(T "QT;GTEST;NETNS" "NAME;TIMEOUT" "SOURCES;LIBS;ENV;LABELS" ${ARGN})
+  add_executable(${T_NAME} ${T_SOURCES})
+  set_target_properties(${T_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests-bin")
+  target_link_libraries(${T_NAME} PRIVATE ${T_LIBS} Threads::Threads)
+  target_compile_definitions(${T_NAME} PRIVATE
+    QUORVEX_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
+    QUORVEX_BINARY_DIR="${CMAKE_BINARY_DIR}"
+    QUORVEX_SUITE_DIR="${QUORVEX_SUITE_DIR}"
+    QUORVEX_TEST_DATA_DIR="${CMAKE_CURRENT_SOURCE_DIR}")
+  if(T_QT)
+    find_package(Qt5 COMPONENTS Test REQUIRED)
+    target_link_libraries(${T_NAME} PRIVATE Qt5::Test)
+    set_target_properties(${T_NAME} PROPERTIES AUTOMOC ON)
+  endif()
+  if(T_GTEST)
+    find_package(GTest REQUIRED)
+    target_link_libraries(${T_NAME} PRIVATE GTest::gtest GTest::gtest_main)
+  endif()
+
+  set(cmd "${CMAKE_SOURCE_DIR}/tests/run-test")
+  if(T_NETNS)
+    list(APPEND cmd --netns)
+  endif()
+  add_test(NAME ${T_NAME} COMMAND ${cmd} $<TARGET_FILE:${T_NAME}>)
+
+  set(home "${CMAKE_BINARY_DIR}/test-home/${T_NAME}")
+  set(env
+    "HOME=${home}"
+    "XDG_DATA_HOME=${home}/data"
+    "XDG_CONFIG_HOME=${home}/config"
+    "XDG_CACHE_HOME=${home}/cache"
+    "XDG_RUNTIME_DIR=${home}/run"
+    "QUORVEX_TEST_HOME=${home}"
+    "QT_QPA_PLATFORM=offscreen"
+    ${T_ENV})
+  if(TARGET quorvex-simulator)
+    list(APPEND env "QUORVEX_SIMULATOR=$<TARGET_FILE:quorvex-simulator>")
+  endif()
+  set_tests_properties(${T_NAME} PROPERTIES ENVIRONMENT "${env}")
+  if(T_TIMEOUT)
+    set_tests_properties(${T_NAME} PROPERTIES TIMEOUT ${T_TIMEOUT})
+  else()
+    set_tests_properties(${T_NAME} PROPERTIES TIMEOUT 300)
+  endif()
+  if(T_NETNS)
+    list(APPEND T_LABELS network)
+  endif()
+  if(T_LABELS)
+    set_tests_properties(${T_NAME} PROPERTIES LABELS "${T_LABELS}")
+  endif()
+endfunction()
+
+# Adds every direct subfolder of the current folder that has a CMakeLists.txt,
+# so that a new area needs no edit of its parent.
+function(quorvex_add_subfolders)
+  file(GLOB children LIST_DIRECTORIES true RELATIVE "${CMAKE_CURRENT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/*")
+  list(SORT children)
+  foreach(child IN LISTS children)
+    if(IS_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/${child}" AND EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${child}/CMakeLists.txt")
+      add_subdirectory(${child})
+    endif()
+  endforeach()
+endfunction()
