@@ -1,0 +1,267 @@
+/*
+ * XQCameraControl: generic camera control over GigE Vision (and USB3 Vision
+ * where the system sees such devices). Enumeration, sessions, the GenICam
+ * feature description and its node tree, and typed feature access.
+ *
+ * While a device is open, every register and memory access that the feature
+ * tree causes is recorded. XQ_CC_CloseDevice (and XQ_CC_DestroyHandle on an
+ * open device) writes the recording into the application directory (the
+ * folder of the running executable) as
+ *     <model>_regfile.dat     integer, float, boolean, enumeration and
+ *                             command registers
+ *     <model>_strRegFile.dat  string registers
+ * where <model> is the text of the device record's GigE model-name field
+ * (empty for other transports). The format is described in
+ * docs/register-dump-format.md.
+ *
+ * Conventions:
+ * - Every function returns XQ_OK (0) or an XQ_ERR_* code (XQSdkDefs.h).
+ * - Feature names are NUL-terminated 8-bit texts, matched exactly.
+ * - Text fields of records are always NUL-terminated within their size.
+ * - Thread safety: any function may be called from any thread. Calls on one
+ *   handle are serialised; different handles work in parallel.
+ */
+#ifndef XQ_CAMERA_CONTROL_H
+#define XQ_CAMERA_CONTROL_H
+
+#include "XQSdkDefs.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- Device records ---------------------------------------------------- */
+
+/* GigE Vision identity, as the device's discovery answer carries it.
+ * Addresses: first octet in the most significant byte. */
+typedef struct _XQ_CC_GIGE_DEVICE_INFO_ {
+    unsigned int  nIpCfgOption;       /* supported IP configuration bits */
+    unsigned int  nIpCfgCurrent;      /* current IP configuration bits */
+    unsigned int  nCurrentIp;         /* device address */
+    unsigned int  nCurrentSubNetMask;
+    unsigned int  nDefultGateWay;
+    unsigned int  nNetExport;         /* host interface address that found it */
+    unsigned char chManufacturerName[32];
+    unsigned char chModelName[32];
+    unsigned char chDeviceVersion[32];
+    unsigned char chManufacturerSpecificInfo[48];
+    unsigned char chSerialNumber[16];
+    unsigned char chUserDefinedName[16];
+    unsigned int  nReserved[4];
+} XQ_CC_GIGE_DEVICE_INFO;
+
+/* USB3 Vision identity. */
+typedef struct _XQ_CC_USB3_DEVICE_INFO_ {
+    unsigned short idVendor;
+    unsigned short idProduct;
+    unsigned char  chVendorName[64];
+    unsigned char  chModelName[64];
+    unsigned char  chSerialNumber[64];
+    unsigned char  chDeviceVersion[64];
+    unsigned char  chUserDefinedName[64];
+    unsigned char  chDeviceGUID[64];
+    unsigned int   nReserved[4];
+} XQ_CC_USB3_DEVICE_INFO;
+
+/*
+ * One enumerated device. nTLayerType says which block is filled; the other
+ * block is all zero bytes (so the GigE texts of a USB device are empty).
+ */
+typedef struct _XQ_CC_DEVICE_INFO_ {
+    unsigned short nMajorVer;     /* GigE Vision version of the device */
+    unsigned short nMinorVer;
+    unsigned int   nMacAddrHigh;  /* MAC bytes 0-1 in the low 16 bits */
+    unsigned int   nMacAddrLow;   /* MAC bytes 2-5 */
+    unsigned int   nTLayerType;   /* XQ_TLAYER_GIGE or XQ_TLAYER_USB */
+    unsigned int   nReserved[4];
+    XQ_CC_GIGE_DEVICE_INFO stGigE;
+    XQ_CC_USB3_DEVICE_INFO stUsb3;
+    char           chDeviceId[128]; /* SDK's own key of the device; do not change */
+} XQ_CC_DEVICE_INFO;
+
+/* Device list: a count and up to XQ_MAX_DEVICE_NUM record pointers. */
+typedef struct _XQ_CC_DEVICE_INFO_LIST_ {
+    unsigned int       nDeviceNum;
+    XQ_CC_DEVICE_INFO* pDeviceInfo[XQ_MAX_DEVICE_NUM];
+} XQ_CC_DEVICE_INFO_LIST;
+
+/* ---- Node tree records ------------------------------------------------- */
+
+/* Interface types of feature nodes. */
+#define XQ_IFT_IVALUE       0
+#define XQ_IFT_IBASE        1
+#define XQ_IFT_IINTEGER     2
+#define XQ_IFT_IBOOLEAN     3
+#define XQ_IFT_ICOMMAND     4
+#define XQ_IFT_IFLOAT       5
+#define XQ_IFT_ISTRING      6
+#define XQ_IFT_IREGISTER    7
+#define XQ_IFT_ICATEGORY    8
+#define XQ_IFT_IENUMERATION 9
+#define XQ_IFT_IENUMENTRY   10
+#define XQ_IFT_IPORT        11
+
+/* Access modes of feature nodes. */
+#define XQ_AM_NI        0 /* not implemented */
+#define XQ_AM_NA        1 /* not available */
+#define XQ_AM_WO        2 /* write-only */
+#define XQ_AM_RO        3 /* read-only */
+#define XQ_AM_RW        4 /* read-write */
+#define XQ_AM_UNDEFINED 5
+#define XQ_AM_CYCLE     6 /* cycle detected while evaluating */
+
+/* Visibility of feature nodes; anything above 2 is hidden from users. */
+#define XQ_VISIBILITY_BEGINNER  0
+#define XQ_VISIBILITY_EXPERT    1
+#define XQ_VISIBILITY_GURU      2
+#define XQ_VISIBILITY_INVISIBLE 3
+#define XQ_VISIBILITY_UNDEFINED 99
+
+#define XQ_MAX_XML_NODE_NUM       256
+#define XQ_XML_NAME_SIZE          64
+#define XQ_XML_TEXT_SIZE          512
+
+/* One feature node. The SDK finds a node again by the contents of this
+ * record, so pass records back unchanged. */
+typedef struct _XQ_XML_NODE_FEATURE_ {
+    unsigned int nInterfaceType; /* XQ_IFT_* */
+    unsigned int nVisibility;    /* XQ_VISIBILITY_* */
+    char chDescription[XQ_XML_TEXT_SIZE];
+    char chDisplayName[XQ_XML_NAME_SIZE];
+    char chName[XQ_XML_NAME_SIZE];
+    char chToolTip[XQ_XML_TEXT_SIZE];
+    unsigned int nReserved[4];  /* SDK's own node key; do not change */
+} XQ_XML_NODE_FEATURE;
+
+/* Children of one category, in the order the description lists them. */
+typedef struct _XQ_XML_NODES_LIST_ {
+    unsigned int        nNodeNum;
+    XQ_XML_NODE_FEATURE stNodes[XQ_MAX_XML_NODE_NUM];
+} XQ_XML_NODES_LIST;
+
+/* ---- Value records ----------------------------------------------------- */
+
+#define XQ_MAX_STRING_VALUE_SIZE 256
+
+/* A string feature's value (NUL-terminated, cut to 255 bytes) and the
+ * longest value the feature can hold. */
+typedef struct _XQ_CC_STRINGVALUE_ {
+    char    chValue[XQ_MAX_STRING_VALUE_SIZE];
+    int64_t nMaxLength;
+    unsigned int nReserved[2];
+} XQ_CC_STRINGVALUE;
+
+/* ---- Enumeration and sessions ----------------------------------------- */
+
+/*
+ * Finds the devices of the transports in nTLayerType (a mask of
+ * XQ_TLAYER_GIGE and XQ_TLAYER_USB) and fills pstDevList. The records belong
+ * to the SDK and stay valid and unchanged until the library is unloaded, so
+ * several threads may enumerate at the same time. Takes about a second.
+ */
+XQ_API int XQ_CC_EnumDevices(XQ_CC_DEVICE_INFO_LIST* pstDevList, unsigned int nTLayerType);
+
+/* Live check: could the device be opened now in nAccessMode (XQ_ACCESS_*)?
+ * False for a NULL record, an unknown mode or a device that does not answer. */
+XQ_API bool XQ_CC_IsDeviceAccessible(const XQ_CC_DEVICE_INFO* pstDevInfo, unsigned int nAccessMode);
+
+/* Makes a session for the device; the record is copied. *phHandle is set only
+ * on success. */
+XQ_API int XQ_CC_CreateHandle(XQ_HANDLE* phHandle, const XQ_CC_DEVICE_INFO* pstDevInfo);
+
+/* Ends the session: closes the device if open (writing the register dumps)
+ * and invalidates the handle. A second call returns XQ_ERR_INVALID_HANDLE. */
+XQ_API int XQ_CC_DestroyHandle(XQ_HANDLE hHandle);
+
+/*
+ * Opens the device in nAccessMode (XQ_ACCESS_*). nSwitchoverKey must be 0.
+ * XQ_ERR_ACCESS_DENIED when another client holds it. Register recording
+ * starts here.
+ */
+XQ_API int XQ_CC_OpenDevice(XQ_HANDLE hHandle, unsigned int nAccessMode, unsigned short nSwitchoverKey);
+
+/* Closes the device and writes the two register dumps. XQ_ERR_WRONG_STATE if
+ * it is not open. The handle stays valid and can be opened again. */
+XQ_API int XQ_CC_CloseDevice(XQ_HANDLE hHandle);
+
+/*
+ * Registers cbException (NULL to remove it) with pUser. It receives
+ * XQ_EXCEPTION_DEVICE_LOST at most once per open when the device is lost.
+ * Allowed before or after opening.
+ */
+XQ_API int XQ_CC_RegisterExceptionCallBack(XQ_HANDLE hHandle, XQ_EXCEPTION_CALLBACK cbException, void* pUser);
+
+/*
+ * Time-out in milliseconds (100 to 600000) after which the device drops the
+ * connection when the SDK falls silent; also the SDK's own limit for one
+ * answer. The device must be open.
+ */
+XQ_API int XQ_GIGE_SetGvcpTimeout(XQ_HANDLE hHandle, unsigned int nMillisec);
+
+/* ---- Feature description and node tree --------------------------------- */
+
+/*
+ * Copies the device's GenICam XML (unzipped, byte for byte as the device
+ * holds it) into pData. *pnDataLen receives its length, also when the buffer
+ * is too small (XQ_ERR_BUFFER_TOO_SMALL, nothing written). pData may be NULL
+ * with nDataBufSize 0 to ask for the length. The device must be open.
+ */
+XQ_API int XQ_XML_GetGenICamXML(XQ_HANDLE hHandle, unsigned char* pData, unsigned int nDataBufSize, unsigned int* pnDataLen);
+
+/* The category "Root". */
+XQ_API int XQ_XML_GetRootNode(XQ_HANDLE hHandle, XQ_XML_NODE_FEATURE* pstNode);
+
+/* The features of a category. Any other node fails with XQ_ERR_GENICAM and
+ * leaves the list with nNodeNum 0. Children that do not exist in the
+ * description are skipped. More than XQ_MAX_XML_NODE_NUM children: the first
+ * ones and XQ_ERR_BUFFER_TOO_SMALL. */
+XQ_API int XQ_XML_GetChildren(XQ_HANDLE hHandle, const XQ_XML_NODE_FEATURE* pstNode, XQ_XML_NODES_LIST* pstNodesList);
+
+/* A node by name. */
+XQ_API int XQ_XML_GetNodeFeature(XQ_HANDLE hHandle, const char* strName, XQ_XML_NODE_FEATURE* pstNode);
+
+/* Current access mode (XQ_AM_*) of a node, from its description and its
+ * availability rules as they stand now. */
+XQ_API int XQ_XML_GetNodeAccessMode(XQ_HANDLE hHandle, const char* strName, unsigned int* penAccessMode);
+
+/* Visibility (XQ_VISIBILITY_*) of a node. */
+XQ_API int XQ_XML_GetNodeVisibility(XQ_HANDLE hHandle, const char* strName, unsigned int* penVisibility);
+
+/* Interface type (XQ_IFT_*) of a node. */
+XQ_API int XQ_XML_GetNodeInterfaceType(XQ_HANDLE hHandle, const char* strName, unsigned int* penInterfaceType);
+
+/* ---- Feature values ---------------------------------------------------- */
+/* The device must be open. A feature of another type gives XQ_ERR_GENICAM;
+ * one that is not readable or writable now gives XQ_ERR_ACCESS_DENIED. */
+
+XQ_API int XQ_CC_GetIntValue(XQ_HANDLE hHandle, const char* strKey, int64_t* pnValue);
+XQ_API int XQ_CC_SetIntValue(XQ_HANDLE hHandle, const char* strKey, int64_t nValue);
+
+XQ_API int XQ_CC_GetFloatValue(XQ_HANDLE hHandle, const char* strKey, double* pfValue);
+XQ_API int XQ_CC_SetFloatValue(XQ_HANDLE hHandle, const char* strKey, double fValue);
+
+XQ_API int XQ_CC_GetBoolValue(XQ_HANDLE hHandle, const char* strKey, bool* pbValue);
+XQ_API int XQ_CC_SetBoolValue(XQ_HANDLE hHandle, const char* strKey, bool bValue);
+
+/* Values longer than 255 bytes are cut at 255 bytes. */
+XQ_API int XQ_CC_GetStringValue(XQ_HANDLE hHandle, const char* strKey, XQ_CC_STRINGVALUE* pstValue);
+XQ_API int XQ_CC_SetStringValue(XQ_HANDLE hHandle, const char* strKey, const char* strValue);
+
+/* Current value and the values of the entries available now (at most
+ * XQ_MAX_ENUM_SUPPORTED_NUM; more give the first ones). */
+XQ_API int XQ_CC_GetEnumValue(XQ_HANDLE hHandle, const char* strKey, XQ_ENUMVALUE* pstValue);
+/* By entry value. */
+XQ_API int XQ_CC_SetEnumValue(XQ_HANDLE hHandle, const char* strKey, unsigned int nValue);
+/* By entry name (symbolic). */
+XQ_API int XQ_CC_SetEnumValueByString(XQ_HANDLE hHandle, const char* strKey, const char* strValue);
+/* Name of the entry with value nValue, NUL-terminated in pBuf. */
+XQ_API int XQ_CC_GetEnumEntrySymbolic(XQ_HANDLE hHandle, const char* strKey, unsigned int nValue, char* pBuf, unsigned int nBufSize);
+
+/* Executes a command feature. */
+XQ_API int XQ_CC_SetCommandValue(XQ_HANDLE hHandle, const char* strKey);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* XQ_CAMERA_CONTROL_H */
