@@ -1,0 +1,77 @@
+#include "Language.h"
+
+#include "AppFolders.h"
+#include "Custom.h"
+#include "XQInterface.h"
+
+#include <QCoreApplication>
+#include <QSettings>
+#include <QTranslator>
+
+const char* const kLanguageChinese = "CH";
+const char* const kLanguageEnglish = "ENG";
+
+namespace {
+
+const char* const kCatalogues[] = {
+    "./common/translation/Quorvex_zh.qm",
+    "./common/translation/qt_zh_CN.qm",
+    "./common/translation/widgets_zh_cn.qm",
+    "./common/translation/CustomCtr_zh_CN.qm",
+    "./common/translation/CommonTools_zh_CN.qm",
+};
+constexpr int kCatalogueCount = sizeof(kCatalogues) / sizeof(kCatalogues[0]);
+
+// Process-wide, like the application object: they outlive every window.
+QTranslator g_translators[kCatalogueCount];
+QTranslator* const g_translatorPointers[kCatalogueCount] = {
+    &g_translators[0], &g_translators[1], &g_translators[2], &g_translators[3], &g_translators[4],
+};
+
+} // namespace
+
+QTranslator* const* languageTranslators()
+{
+    return g_translatorPointers;
+}
+
+int languageTranslatorCount()
+{
+    return kCatalogueCount;
+}
+
+QString languageSettingsPath()
+{
+    return (XQInterface::programDataPath() + "/CustomConfig.ini")
+        .replace(QStringLiteral("VANTO"), QStringLiteral("ZELTA"));
+}
+
+QString readLanguage()
+{
+    QString code = QString::fromLatin1(kLanguageChinese);
+    const QSettings settings(languageSettingsPath(), QSettings::IniFormat);
+    const QByteArray stored = settings.value(QStringLiteral("Language"), QString()).toString().toUtf8();
+    code = QString::fromUtf8(QByteArray::fromBase64(stored));
+    return code;
+}
+
+bool applyLanguage(const QString& code)
+{
+    if (code == QLatin1String(kLanguageChinese)) {
+        Custom::setLanguage(0);
+        const QString directory = GetSuiteDirPath();
+        for (int i = 0; i < kCatalogueCount; ++i) {
+            if (!g_translators[i].load(QString::fromLatin1(kCatalogues[i]), directory, QString(), QString()))
+                return false;
+            QCoreApplication::installTranslator(&g_translators[i]);
+        }
+        return true;
+    }
+    if (code == QLatin1String(kLanguageEnglish)) {
+        Custom::setLanguage(1);
+        for (QTranslator& translator : g_translators)
+            QCoreApplication::removeTranslator(&translator);
+        return true;
+    }
+    return true;
+}

@@ -1,0 +1,69 @@
+// The tool's process: environment set-up, single-instance decision, the main
+// window and its event loop.
+
+#include "AppFolders.h"
+#include "CrashHandler.h"
+#include "Language.h"
+#include "SingleInstance.h"
+#include "QVirtualCamMainWidget.h"
+#include "XQInterface.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFontDatabase>
+#include <QIcon>
+#include <QResource>
+
+static const QString g_strApplicationName = QStringLiteral("Quorvex");
+
+int main(int argc, char* argv[])
+{
+    QApplication app(argc, argv);
+
+    const QString strBaseDir = GetBaseDirPath();
+    const QString strSuiteDir = suiteFolderOf(strBaseDir);
+    // The suite's libraries are found through the RPATH set at link time.
+
+    QResource::registerResource(strSuiteDir + "/common/resource/Orbicle.rcc", QString());
+    QResource::registerResource(strSuiteDir + "/common/resource/CustomCtr_Default.rcc", QString());
+    QCoreApplication::addLibraryPath(strBaseDir + "/plugins");
+    XQInterface::initLog4qtConfig(strSuiteDir + "/common/config/log4qt_Quorvex.conf");
+
+    const QStringList fontEntries = QDir(XQInterface::readonlyCfgPath() + "/Fonts").entryList();
+    for (const QString& entry : fontEntries)
+        QFontDatabase::addApplicationFont(XQInterface::readonlyCfgPath() + "/Fonts/" + entry);
+
+    QCoreApplication::setAttribute(Qt::AA_NativeWindows, false);
+
+    applyLanguage(readLanguage());
+    if (argc >= 2) {
+        const QString strArgument = QString::fromLocal8Bit(argv[1]);
+        if (strArgument == QLatin1String(kLanguageChinese))
+            applyLanguage(QString::fromLatin1(kLanguageChinese));
+        else if (strArgument == QLatin1String(kLanguageEnglish))
+            applyLanguage(QString::fromLatin1(kLanguageEnglish));
+    }
+
+    installCrashHandler();
+    QApplication::setWindowIcon(QIcon(":/Orbicle/tools/DriverTool.ico"));
+
+    if (isAlreadyRunning(QCoreApplication::arguments()))
+        return 0;
+
+    int ret = 0;
+    {
+        QVirtualCamMainWidget w(nullptr);
+        w.Init();
+        w.show();
+
+        auto* pFilter = new XQNativeEventFilter(&w);
+        QCoreApplication::installNativeEventFilter(pFilter);
+        ret = QApplication::exec();
+        QCoreApplication::removeNativeEventFilter(pFilter);
+        delete pFilter;
+
+        closeInstanceGuard();
+        XQInterface::killProcess(g_strApplicationName);
+    }
+    return ret;
+}

@@ -1,0 +1,81 @@
+#pragma once
+// The tool's only window: the table of discovered code readers with the
+// collect workflow on the left, the virtual cameras on the right.
+
+#include "CustomMainWindow.h"
+
+#include <QMap>
+#include <QString>
+
+class CustomComboBox;
+class CustomLabel;
+class CustomListWidget;
+class CustomPushButton;
+class CustomTableWidget;
+class QCollectInfoThread;
+class QHBoxLayout;
+class QSettings;
+class QSplitter;
+class QVBoxLayout;
+
+class QVirtualCamMainWidget : public CustomMainWindow
+{
+    Q_OBJECT
+    Q_DISABLE_COPY(QVirtualCamMainWidget)
+
+public:
+    explicit QVirtualCamMainWidget(QWidget* parent = nullptr);
+    ~QVirtualCamMainWidget() override;
+
+    bool Init();
+    bool InitUI();
+    bool InitConnect();
+    bool InitLayout();
+    void RetranslateUI();
+
+protected:
+    void customEvent(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    bool nativeEvent(const QByteArray& eventType, void* message, long* result) override;
+    void changeEvent(QEvent* event) override;
+
+private slots:
+    void OnCloseBtnClicked();
+    void OnOkBtnClicked();
+    void OnButtonClicked(int nIndex);
+    void OnCollectBtn();
+    void OnAddVirtualBtn();
+    void OnUpdateCollectProgress(int precent);
+    void UpdateVirtualComBobox();
+    void OnDeleteVirtualCamera();
+    void UpdateVirtualCameraList(QString strDeviceModel, QString strSerialNumber);
+    void UpDateCollectProgress(QString strSerialNumber, int nPercent);
+    void OnCollectStatus(QString strSerialNumber, QString nInfo);
+    void OnCollectFinish(QString strSerialNumber, QString nInfo);
+    void OnCustomContextMenuRequested(const QPoint& pos);
+    void onCellCheckStateChanged(int nRow, int nColumn);
+    void onHeaderCheckStateChanged(int nColumn);
+    void OnHelpDocClicked();
+
+private:
+    // Device discovery and the device table.
+    void InitDeviceTable();
+    // The collected-device selector and the virtual camera list.
+    void InitComBoboxInfo();
+    void InitVirtualCameraList();
+
+    CustomTableWidget* m_pDeviceTable = nullptr;
+    CustomPushButton* m_pCollectBtn = nullptr;
+    CustomComboBox* m_pVirtualComboBox = nullptr;
+    CustomPushButton* m_pAddVirtualBtn = nullptr;
+    CustomListWidget* m_pVirtualCameraList = nullptr;
+    QHBoxLayout* m_pTopLayout = nullptr;
+    QVBoxLayout* m_pLeftLayout = nullptr;
+    QHBoxLayout* m_pVirtualTopLayout = nullptr;
+    QVBoxLayout* m_pRightLayout = nullptr;
+    QSplitter* m_pSplitter = nullptr;
+    QSettings* m_pVirtualCamSettings = nullptr;
+    QMap<QString, QCollectInfoThread*> m_mapCollectThread;
+    CustomPushButton* m_pHelpDocBtn = nullptr;
+    CustomLabel* m_pWarningLabel = nullptr;
+};
