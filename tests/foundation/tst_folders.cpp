@@ -1,0 +1,91 @@
+// The tool's folder arithmetic and the suite folders of the shared tools.
+
+#include "AppFolders.h"
+#include "XQInterface.h"
+
+#include <QtTest>
+
+class FoldersTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void parentDir_isTheFolderAboveTheExecutablesFolder_data();
+    void parentDir_isTheFolderAboveTheExecutablesFolder();
+    void quorvexAboveTheExecutable_isRemovedFromBaseAndSuite();
+    void collectionRoot_isBesideTheAppsFolder();
+    void folders_followEnvironmentOverrides();
+    void folders_defaultBelowXdgHomes();
+    void version_comesFromTheBuild();
+};
+
+void FoldersTest::parentDir_isTheFolderAboveTheExecutablesFolder_data()
+{
+    QTest::addColumn<QString>("appDir");
+    QTest::addColumn<QString>("parent");
+    QTest::newRow("suite") << "/opt/suite/apps/Quorvex" << "/opt/suite/apps";
+    QTest::newRow("root") << "/Quorvex" << "";
+    QTest::newRow("trailing dots kept") << "/a/../b/Quorvex" << "/a/../b";
+}
+
+void FoldersTest::parentDir_isTheFolderAboveTheExecutablesFolder()
+{
+    QFETCH(QString, appDir);
+    QFETCH(QString, parent);
+    QCOMPARE(parentDirOf(appDir), parent);
+}
+
+void FoldersTest::quorvexAboveTheExecutable_isRemovedFromBaseAndSuite()
+{
+    // A checkout inside a folder named Quorvex loses that piece: the tool's
+    // folders are then wrong by design, which is why the run script refuses it.
+    const QString parent = parentDirOf("/home/ana/Quorvex/build/suite/apps/Quorvex");
+    QCOMPARE(parent, QString("/home/ana/Quorvex/build/suite/apps"));
+    QCOMPARE(baseFolderOf(parent), QString("/home/ana/build/suite/apps"));
+    QCOMPARE(suiteFolderOf(baseFolderOf(parent)), QString("/home/ana/build/suite/apps/../"));
+    // Every occurrence goes, also inside longer names; lower case stays.
+    QCOMPARE(baseFolderOf("/x/QuorvexData/Quorvex/quorvex"), QString("/xData/quorvex"));
+    QCOMPARE(baseFolderOf("/opt/suite/apps"), QString("/opt/suite/apps"));
+}
+
+void FoldersTest::collectionRoot_isBesideTheAppsFolder()
+{
+    QCOMPARE(virtualCameraRootOf("/opt/suite/apps"), QString("/opt/suite/apps/../common/VirtualCamera"));
+    // For this test executable the same arithmetic applies to its own folder.
+    QCOMPARE(GetVirtualCameraRoot(),
+             baseFolderOf(parentDirOf(QCoreApplication::applicationDirPath())) + "/../common/VirtualCamera");
+}
+
+void FoldersTest::folders_followEnvironmentOverrides()
+{
+    qputenv("QUORVEX_USER_DATA", "/tmp/q-user");
+    qputenv("QUORVEX_PROGRAM_DATA", "/tmp/q-program");
+    qputenv("QUORVEX_READONLY_CFG", "/tmp/q-readonly");
+    qputenv("QUORVEX_SYSTEM_TEMP", "/tmp/q-temp");
+    QCOMPARE(XQInterface::userDataPath(), QString("/tmp/q-user"));
+    QCOMPARE(XQInterface::programDataPath(), QString("/tmp/q-program"));
+    QCOMPARE(XQInterface::readonlyCfgPath(), QString("/tmp/q-readonly"));
+    QCOMPARE(XQInterface::systemTemp(), QString("/tmp/q-temp"));
+    for (const char* name : {"QUORVEX_USER_DATA", "QUORVEX_PROGRAM_DATA", "QUORVEX_READONLY_CFG", "QUORVEX_SYSTEM_TEMP"})
+        qunsetenv(name);
+}
+
+void FoldersTest::folders_defaultBelowXdgHomes()
+{
+    qputenv("XDG_DATA_HOME", "/tmp/xdg-data");
+    qputenv("XDG_CONFIG_HOME", "/tmp/xdg-config");
+    qputenv("XDG_CACHE_HOME", "relative/is/ignored");
+    QCOMPARE(XQInterface::userDataPath(), QString("/tmp/xdg-data/ZELTA"));
+    QCOMPARE(XQInterface::programDataPath(), QString("/tmp/xdg-config/ZELTA"));
+    QCOMPARE(XQInterface::systemTemp(), QDir::homePath() + "/.cache/ZELTA");
+    // The read-only configuration sits in the suite beside the apps folder.
+    QVERIFY(XQInterface::readonlyCfgPath().endsWith("/common/config"));
+}
+
+void FoldersTest::version_comesFromTheBuild()
+{
+    QVERIFY(QRegularExpression("^V\\d+\\.\\d+\\.\\d+$").match(XQInterface::curExeVersion()).hasMatch());
+}
+
+QTEST_GUILESS_MAIN(FoldersTest)
+#include "tst_folders.moc"
