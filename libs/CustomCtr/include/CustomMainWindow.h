@@ -11,8 +11,9 @@ class CustomTitleBar;
 
 // Frameless top-level window of the suite: a CustomTitleBar on top, one
 // central widget below. Carries the default theme (when its resource bundle
-// is registered), so every widget inside is styled. Its edges resize it.
-// Escape does not close it, unlike a plain QDialog.
+// is registered), so every widget inside is styled. A grip in the
+// bottom-right corner resizes it. Escape does not close it, unlike a plain
+// QDialog.
 class CUSTOMCTR_EXPORT CustomMainWindow : public QDialog, public CustomObject
 {
     Q_OBJECT
@@ -28,16 +29,13 @@ public:
     void cSetCentralWidget(QWidget* widget);
     QWidget* cCentralWidget() const;
 
-    // Whether dragging the window's edges resizes it (on by default).
+    // Whether the corner grip is offered (on by default).
     void cSetResizable(bool resizable);
     bool cIsResizable() const;
 
 protected:
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     struct Impl;

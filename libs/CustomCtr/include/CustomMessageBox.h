@@ -50,7 +50,6 @@ public:
 
 protected:
     void changeEvent(QEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
 
 private:
     struct Impl;
