@@ -1,0 +1,29 @@
+#pragma once
+// Where a collection job puts its files. Paths are joined with "/" and not
+// normalised, like every folder of the suite.
+
+#include <QString>
+
+namespace collect {
+
+// <root>/<model>: a device's collection folder is keyed by its model name.
+QString CollectionFolderOf(const QString& virtualCameraRoot, const QString& modelName);
+// <collection folder>/Jpg
+QString ImageFolderOf(const QString& collectionFolder);
+// <image folder>/<n>.jpg
+QString ImageFileOf(const QString& imageFolder, quint32 frameNumber);
+// <collection folder>/ImportInformation.csv
+QString CsvFileOf(const QString& collectionFolder);
+
+// The three files a feature capture leaves, named after the model:
+// "<model>.xml", "<model>_regfile.dat", "<model>_strRegFile.dat".
+QString FeatureDescriptionName(const QString& modelName);
+QString RegisterDumpName(const QString& modelName);
+QString StringRegisterDumpName(const QString& modelName);
+
+// The model name comes from the network and becomes a folder that is later
+// deleted recursively: refuse anything that could leave the collection root
+// (a "/" or "\\", a control character, "." or ".."). Empty stays allowed.
+bool IsSafeModelName(const QString& modelName);
+
+} // namespace collect

@@ -1,0 +1,76 @@
+#pragma once
+// One collection job: images and codes through the code-reader SDK, then the
+// GenICam description, the register dumps and the feature tree read in every
+// state through the camera SDK, all into the device's collection folder.
+
+#include "XQCameraControl.h"
+#include "XqCodeReaderCtrl.h"
+
+#include <QSet>
+#include <QString>
+#include <QThread>
+#include <QVector>
+
+#include <atomic>
+
+class QCollectInfoThread final : public QThread
+{
+    Q_OBJECT
+    Q_DISABLE_COPY(QCollectInfoThread)
+
+public:
+    explicit QCollectInfoThread(QObject* parent = nullptr);
+    ~QCollectInfoThread() override;
+
+    // Copies the record; its serial number becomes the job's key. Call once,
+    // before start().
+    void SetDeviceInfo(const _XQ_CODEREADER_DEVICE_INFO_& stDeviceInfo);
+
+    // Moves a file: copies, then removes the source. "\\" in the destination
+    // counts as "/". Same path is a no-op success; a failed copy keeps the
+    // source.
+    static bool MoveFileToPath(const QString& strSourcePath, QString strDestPath, bool bOverwrite);
+
+    // Short name of a symbology number as the code-reader SDK reports it;
+    // "NONE" for anything not in the tool's table.
+    static void GetCodeTypeName(int nCodeType, QString& strCodeType);
+
+    // Registered with both SDKs, the thread object being the user pointer.
+    // A lost device stops the job and releases both handles.
+    static void OnDeviceException(unsigned int nMsgType, void* pUser);
+
+signals:
+    void SigDeviceCollectProgress(QString strSerialNumber, int nPercent);
+    void SigDeviceCollectStatus(QString strSerialNumber, QString nInfo);
+    void SigDeviceCollectFinish(QString strSerialNumber, QString nInfo);
+
+protected:
+    void run() override;
+
+private:
+    void PraseJsonConfig();
+    bool CollectImageInfo();
+    void CollectNodeInfo();
+    void TraverseNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode);
+    void TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth);
+    void ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* pstNode);
+    void ReleaseDevices();
+    void EmitStatus(const char* pSourceText);
+    void ReadCodeReaderStrings(XQ_HANDLE hCamera);
+    void MoveCollectedFiles(const QString& strModelName);
+
+    QVector<QString> m_vecBoolNodes;
+    QVector<QString> m_vecEnumNodes;
+    _XQ_CODEREADER_DEVICE_INFO_ m_stDeviceInfo{};
+    QString m_strSerialNumber;
+    QString m_strFolderPath;
+    QString m_strOutImageFile;
+    qint32 m_nImageCount = 0;
+    // The handles and the stop flag are also used by the SDKs' exception
+    // threads, hence atomic.
+    std::atomic<XQ_HANDLE> m_hCodeReader{nullptr};
+    std::atomic<XQ_HANDLE> m_hCamera{nullptr};
+    std::atomic<bool> m_bStop{false};
+    bool m_bRecordNodes = false;
+    QSet<QString> m_setIgnoreNodes;
+};

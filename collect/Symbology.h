@@ -1,0 +1,12 @@
+#pragma once
+// The tool's symbology table: numbers as the code-reader SDK reports them,
+// names as ImportInformation.csv carries them.
+
+#include <QString>
+
+namespace collect {
+
+// "NONE" for every number the table does not list.
+QString SymbologyName(int symbology);
+
+} // namespace collect
