@@ -73,6 +73,38 @@ typedef void (*XQ_EXCEPTION_CALLBACK)(unsigned int nMsgType, void* pUser);
 #define XQ_ACCESS_CONTROL   2 /* controller; other clients may read */
 #define XQ_ACCESS_MONITOR   3 /* read-only; never takes control, no streaming */
 
+/* ---- Feature nodes: interface types, access modes, visibility -------- */
+
+/* Interface types of feature nodes. */
+#define XQ_IFT_IVALUE       0
+#define XQ_IFT_IBASE        1
+#define XQ_IFT_IINTEGER     2
+#define XQ_IFT_IBOOLEAN     3
+#define XQ_IFT_ICOMMAND     4
+#define XQ_IFT_IFLOAT       5
+#define XQ_IFT_ISTRING      6
+#define XQ_IFT_IREGISTER    7
+#define XQ_IFT_ICATEGORY    8
+#define XQ_IFT_IENUMERATION 9
+#define XQ_IFT_IENUMENTRY   10
+#define XQ_IFT_IPORT        11
+
+/* Access modes of feature nodes. */
+#define XQ_AM_NI        0 /* not implemented */
+#define XQ_AM_NA        1 /* not available */
+#define XQ_AM_WO        2 /* write-only */
+#define XQ_AM_RO        3 /* read-only */
+#define XQ_AM_RW        4 /* read-write */
+#define XQ_AM_UNDEFINED 5
+#define XQ_AM_CYCLE     6 /* cycle detected while evaluating */
+
+/* Visibility of feature nodes; anything above 2 is hidden from users. */
+#define XQ_VISIBILITY_BEGINNER  0
+#define XQ_VISIBILITY_EXPERT    1
+#define XQ_VISIBILITY_GURU      2
+#define XQ_VISIBILITY_INVISIBLE 3
+#define XQ_VISIBILITY_UNDEFINED 99
+
 /* ---- Device lists ------------------------------------------------------ */
 
 #define XQ_MAX_DEVICE_NUM 256

@@ -1,0 +1,135 @@
+// Typed feature values of a camera session.
+#include "CameraSession.h"
+
+#include "FeatureAccess.h"
+#include "TextFields.h"
+
+namespace xq {
+namespace {
+
+// Marks string accesses for the recorder for the duration of one call.
+class StringContext final {
+public:
+    explicit StringContext(RegisterRecorder& recorder) : m_recorder(recorder) { m_recorder.setStringContext(true); }
+    ~StringContext() { m_recorder.setStringContext(false); }
+    StringContext(const StringContext&) = delete;
+    StringContext& operator=(const StringContext&) = delete;
+
+private:
+    RegisterRecorder& m_recorder;
+};
+
+} // namespace
+
+int CameraSession::getInteger(const char* name, std::int64_t* value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::getInteger(tree, name, value); });
+}
+
+int CameraSession::setInteger(const char* name, std::int64_t value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::setInteger(tree, name, value); });
+}
+
+int CameraSession::getFloat(const char* name, double* value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::getFloat(tree, name, value); });
+}
+
+int CameraSession::setFloat(const char* name, double value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::setFloat(tree, name, value); });
+}
+
+int CameraSession::getBoolean(const char* name, bool* value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::getBoolean(tree, name, value); });
+}
+
+int CameraSession::setBoolean(const char* name, bool value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::setBoolean(tree, name, value); });
+}
+
+void CameraSession::noteStringFeature(const char* name)
+{
+    ArvGcFeatureNode* node = nullptr;
+    if (features::find(genicam(), name, &node) != XQ_OK || !ARV_IS_GC_REGISTER(node))
+        return;
+    GErrorSlot error;
+    const guint64 address = arv_gc_register_get_address(ARV_GC_REGISTER(node), error.out());
+    if (error)
+        return;
+    const guint64 length = arv_gc_register_get_length(ARV_GC_REGISTER(node), error.out());
+    if (!error)
+        m_recorder.markStringRange(address, length);
+}
+
+int CameraSession::getString(const char* name, XQ_CC_STRINGVALUE* value)
+{
+    if (!value)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int state = usable(); state != XQ_OK)
+        return state;
+    const StringContext context(m_recorder);
+    std::string text;
+    std::int64_t maxLength = 0;
+    if (const int code = features::getString(genicam(), name, &text, &maxLength); code != XQ_OK)
+        return code;
+    noteStringFeature(name);
+    *value = XQ_CC_STRINGVALUE{};
+    copyText(value->chValue, text);
+    value->nMaxLength = maxLength;
+    return XQ_OK;
+}
+
+int CameraSession::setString(const char* name, const char* value)
+{
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int state = usable(); state != XQ_OK)
+        return state;
+    const StringContext context(m_recorder);
+    const int code = features::setString(genicam(), name, value);
+    if (code == XQ_OK)
+        noteStringFeature(name);
+    return code;
+}
+
+int CameraSession::getEnumeration(const char* name, XQ_ENUMVALUE* value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::getEnumeration(tree, name, value); });
+}
+
+int CameraSession::setEnumerationValue(const char* name, unsigned int value)
+{
+    return whileOpen([&](ArvGc* tree) { return features::setEnumerationValue(tree, name, value); });
+}
+
+int CameraSession::setEnumerationSymbol(const char* name, const char* symbol)
+{
+    return whileOpen([&](ArvGc* tree) { return features::setEnumerationSymbol(tree, name, symbol); });
+}
+
+int CameraSession::enumerationSymbol(const char* name, unsigned int value, char* buffer, unsigned int capacity)
+{
+    if (!buffer || capacity == 0)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int state = usable(); state != XQ_OK)
+        return state;
+    std::string symbol;
+    if (const int code = features::enumerationSymbolOf(genicam(), name, value, &symbol); code != XQ_OK)
+        return code;
+    if (symbol.size() >= capacity)
+        return XQ_ERR_BUFFER_TOO_SMALL;
+    copyText(buffer, capacity, symbol);
+    return XQ_OK;
+}
+
+int CameraSession::executeCommand(const char* name)
+{
+    return whileOpen([&](ArvGc* tree) { return features::executeCommand(tree, name); });
+}
+
+} // namespace xq

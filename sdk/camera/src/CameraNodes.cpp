@@ -1,0 +1,159 @@
+// Node tree of a camera session: root, children of categories, and the
+// properties of single nodes.
+#include "CameraSession.h"
+
+#include "FeatureAccess.h"
+#include "TextFields.h"
+
+#include <cstring>
+
+namespace xq {
+namespace {
+
+constexpr char kRootName[] = "Root";
+// nReserved slots of a node record that carry the session's node key.
+constexpr int kKeySlot = 0;
+constexpr int kStampSlot = 1;
+
+const char* orEmpty(const char* text) { return text ? text : ""; }
+
+} // namespace
+
+void CameraSession::fillNode(ArvGcFeatureNode* source, XQ_XML_NODE_FEATURE* node)
+{
+    std::memset(node, 0, sizeof *node);
+    const std::string name = orEmpty(arv_gc_feature_node_get_name(source));
+    node->nInterfaceType = features::interfaceTypeOf(ARV_GC_NODE(source));
+    node->nVisibility = features::visibilityOf(source);
+    copyText(node->chName, name);
+    const char* displayName = arv_gc_feature_node_get_display_name(source);
+    copyText(node->chDisplayName, displayName ? displayName : name.c_str());
+    copyText(node->chDescription, orEmpty(arv_gc_feature_node_get_description(source)));
+    copyText(node->chToolTip, orEmpty(arv_gc_feature_node_get_tooltip(source)));
+
+    // Names longer than the record's field are found again through this key.
+    auto [entry, added] = m_nodeIndex.emplace(name, static_cast<std::uint32_t>(m_nodeNames.size()));
+    if (added)
+        m_nodeNames.push_back(name);
+    node->nReserved[kKeySlot] = entry->second + 1;
+    node->nReserved[kStampSlot] = m_stamp;
+}
+
+std::string CameraSession::nodeNameOf(const XQ_XML_NODE_FEATURE& node) const
+{
+    const std::string shown = boundedText(node.chName, sizeof node.chName);
+    const std::uint32_t key = node.nReserved[kKeySlot];
+    if (node.nReserved[kStampSlot] == m_stamp && key >= 1 && key <= m_nodeNames.size()) {
+        const std::string& full = m_nodeNames[key - 1];
+        if (full.compare(0, shown.size(), shown) == 0)
+            return full;
+    }
+    return shown;
+}
+
+int CameraSession::rootNode(XQ_XML_NODE_FEATURE* node)
+{
+    if (!node)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int code = usable(); code != XQ_OK)
+        return code;
+    ArvGcFeatureNode* root = nullptr;
+    if (const int code = features::find(genicam(), kRootName, &root); code != XQ_OK)
+        return code;
+    fillNode(root, node);
+    return XQ_OK;
+}
+
+int CameraSession::children(const XQ_XML_NODE_FEATURE* node, XQ_XML_NODES_LIST* list)
+{
+    if (!node || !list)
+        return XQ_ERR_INVALID_PARAMETER;
+    list->nNodeNum = 0;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int code = usable(); code != XQ_OK)
+        return code;
+    ArvGcFeatureNode* parent = nullptr;
+    const std::string parentName = nodeNameOf(*node);
+    if (const int code = features::find(genicam(), parentName.c_str(), &parent); code != XQ_OK)
+        return code;
+    if (!ARV_IS_GC_CATEGORY(parent))
+        return XQ_ERR_GENICAM;
+
+    // The category rebuilds its list on every call: copy the names first.
+    std::vector<std::string> names;
+    for (const GSList* item = arv_gc_category_get_features(ARV_GC_CATEGORY(parent)); item; item = item->next)
+        names.emplace_back(orEmpty(static_cast<const char*>(item->data)));
+
+    unsigned int count = 0;
+    for (const auto& name : names) {
+        ArvGcNode* child = arv_gc_get_node(genicam(), name.c_str());
+        if (!child || !ARV_IS_GC_FEATURE_NODE(child))
+            continue;
+        if (count == XQ_MAX_XML_NODE_NUM) {
+            list->nNodeNum = count;
+            return XQ_ERR_BUFFER_TOO_SMALL;
+        }
+        fillNode(ARV_GC_FEATURE_NODE(child), &list->stNodes[count++]);
+    }
+    list->nNodeNum = count;
+    return XQ_OK;
+}
+
+int CameraSession::nodeFeature(const char* name, XQ_XML_NODE_FEATURE* node)
+{
+    if (!node)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int code = usable(); code != XQ_OK)
+        return code;
+    ArvGcFeatureNode* found = nullptr;
+    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
+        return code;
+    fillNode(found, node);
+    return XQ_OK;
+}
+
+int CameraSession::nodeAccessMode(const char* name, unsigned int* mode)
+{
+    if (!mode)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int code = usable(); code != XQ_OK)
+        return code;
+    ArvGcFeatureNode* found = nullptr;
+    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
+        return code;
+    *mode = features::accessModeOf(found);
+    return XQ_OK;
+}
+
+int CameraSession::nodeVisibility(const char* name, unsigned int* visibility)
+{
+    if (!visibility)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int code = usable(); code != XQ_OK)
+        return code;
+    ArvGcFeatureNode* found = nullptr;
+    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
+        return code;
+    *visibility = features::visibilityOf(found);
+    return XQ_OK;
+}
+
+int CameraSession::nodeInterfaceType(const char* name, unsigned int* type)
+{
+    if (!type)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int code = usable(); code != XQ_OK)
+        return code;
+    ArvGcFeatureNode* found = nullptr;
+    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
+        return code;
+    *type = features::interfaceTypeOf(ARV_GC_NODE(found));
+    return XQ_OK;
+}
+
+} // namespace xq

@@ -1,0 +1,95 @@
+// One camera handle: the open device, its recorded GenICam tree, the node
+// records handed out, and the exception callback.
+//
+// Calls on one session are serialised by its mutex; the session itself is
+// shared between the registry and calls in progress, so releasing a handle
+// while another thread uses it is safe.
+#pragma once
+
+#include "XQCameraControl.h"
+
+#include "DeviceLink.h"
+#include "ExceptionSlot.h"
+#include "RegisterRecorder.h"
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace xq {
+
+class CameraSession final : public std::enable_shared_from_this<CameraSession> {
+public:
+    CameraSession(const XQ_CC_DEVICE_INFO& info, std::uint32_t stamp);
+    ~CameraSession();
+    CameraSession(const CameraSession&) = delete;
+    CameraSession& operator=(const CameraSession&) = delete;
+
+    // Lifecycle (CameraSession.cpp)
+    int open(unsigned int accessMode, unsigned short switchoverKey);
+    int close();
+    // The handle is gone: no more callbacks, device closed.
+    void release();
+    int registerExceptionCallback(XQ_EXCEPTION_CALLBACK callback, void* user);
+    int setGvcpTimeout(unsigned int milliseconds);
+    int genicamXml(unsigned char* data, unsigned int capacity, unsigned int* length);
+
+    // Node tree (CameraNodes.cpp)
+    int rootNode(XQ_XML_NODE_FEATURE* node);
+    int children(const XQ_XML_NODE_FEATURE* node, XQ_XML_NODES_LIST* list);
+    int nodeFeature(const char* name, XQ_XML_NODE_FEATURE* node);
+    int nodeAccessMode(const char* name, unsigned int* mode);
+    int nodeVisibility(const char* name, unsigned int* visibility);
+    int nodeInterfaceType(const char* name, unsigned int* type);
+
+    // Feature values (CameraFeatures.cpp)
+    int getInteger(const char* name, std::int64_t* value);
+    int setInteger(const char* name, std::int64_t value);
+    int getFloat(const char* name, double* value);
+    int setFloat(const char* name, double value);
+    int getBoolean(const char* name, bool* value);
+    int setBoolean(const char* name, bool value);
+    int getString(const char* name, XQ_CC_STRINGVALUE* value);
+    int setString(const char* name, const char* value);
+    int getEnumeration(const char* name, XQ_ENUMVALUE* value);
+    int setEnumerationValue(const char* name, unsigned int value);
+    int setEnumerationSymbol(const char* name, const char* symbol);
+    int enumerationSymbol(const char* name, unsigned int value, char* buffer, unsigned int capacity);
+    int executeCommand(const char* name);
+
+private:
+    // XQ_OK if the device is open and usable; callers hold m_mutex.
+    int usable() const;
+    // Runs operation(tree) under the session lock on an open, usable device.
+    template <class Operation>
+    int whileOpen(Operation&& operation)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (const int state = usable(); state != XQ_OK)
+            return state;
+        return operation(genicam());
+    }
+    ArvGc* genicam() const;
+    int closeLocked();
+    std::string dumpModelName() const;
+    void fillNode(ArvGcFeatureNode* source, XQ_XML_NODE_FEATURE* node);
+    std::string nodeNameOf(const XQ_XML_NODE_FEATURE& node) const;
+    // Marks the registers behind a string feature for the string dump.
+    void noteStringFeature(const char* name);
+
+    const XQ_CC_DEVICE_INFO m_info;
+    const std::uint32_t m_stamp;
+    const std::shared_ptr<ExceptionSlot> m_exceptionSlot = std::make_shared<ExceptionSlot>();
+
+    mutable std::mutex m_mutex;
+    RegisterRecorder m_recorder;          // outlives the proxy that feeds it
+    std::unique_ptr<DeviceLink> m_link;
+    GObjectPtr<ArvDevice> m_proxy;
+    std::vector<std::string> m_nodeNames; // full names behind node records
+    std::unordered_map<std::string, std::uint32_t> m_nodeIndex;
+};
+
+} // namespace xq

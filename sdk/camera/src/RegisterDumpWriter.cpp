@@ -1,0 +1,146 @@
+#include "RegisterDumpWriter.h"
+
+#include "XQSdkDefs.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace xq {
+namespace {
+
+constexpr char kMagic[] = "QUORVEX-REGDUMP 1";
+
+std::string hexBytes(const std::vector<std::uint8_t>& bytes)
+{
+    static constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(bytes.size() * 2);
+    for (const std::uint8_t byte : bytes) {
+        text.push_back(digits[byte >> 4]);
+        text.push_back(digits[byte & 0x0F]);
+    }
+    return text;
+}
+
+std::string hexAddress(std::uint64_t address)
+{
+    char text[24];
+    std::snprintf(text, sizeof text, "0x%08llx", static_cast<unsigned long long>(address));
+    return text;
+}
+
+// Device texts are untrusted: anything but printable ASCII is %-escaped, so
+// the header stays one line of plain text.
+std::string escaped(const std::string& text)
+{
+    std::string out;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte > 0x20 && byte < 0x7F && byte != '%') {
+            out.push_back(c);
+        } else {
+            char code[4];
+            std::snprintf(code, sizeof code, "%%%02X", byte);
+            out += code;
+        }
+    }
+    return out;
+}
+
+bool writeFileAtomically(const std::string& path, const std::string& content)
+{
+    const std::string temporary = path + ".tmp." + std::to_string(::getpid());
+    {
+        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+        if (!out)
+            return false;
+        out.write(content.data(), static_cast<std::streamsize>(content.size()));
+        out.flush();
+        if (!out) {
+            std::remove(temporary.c_str());
+            return false;
+        }
+    }
+    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+        std::remove(temporary.c_str());
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::string dumpDirectory()
+{
+    if (const char* overridden = std::getenv("QUORVEX_SDK_DUMP_DIR"); overridden && *overridden)
+        return overridden;
+    char path[4096];
+    const ssize_t length = ::readlink("/proc/self/exe", path, sizeof path - 1);
+    if (length <= 0)
+        return ".";
+    const std::string executable(path, static_cast<std::size_t>(length));
+    const auto slash = executable.rfind('/');
+    return slash == std::string::npos ? "." : slash == 0 ? "/" : executable.substr(0, slash);
+}
+
+bool isSafeModelName(const std::string& model)
+{
+    for (const char c : model) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '/' || c == '\\' || byte < 0x20 || byte == 0x7F)
+            return false;
+    }
+    return true;
+}
+
+std::string formatRegisterDump(const RegisterRecording& recording, bool strings, const std::string& model,
+                               const std::string& deviceId)
+{
+    std::ostringstream text;
+    text << kMagic << '\n';
+    text << "content " << (strings ? "string" : "numeric") << '\n';
+    text << "model " << escaped(model) << '\n';
+    text << "device " << escaped(deviceId) << '\n';
+
+    std::size_t eventCount = 0;
+    for (const auto& event : recording.events)
+        eventCount += isStringAccess(recording, event.access) == strings ? 1 : 0;
+    text << "events " << eventCount << '\n';
+    for (const auto& event : recording.events) {
+        if (isStringAccess(recording, event.access) != strings)
+            continue;
+        text << (event.kind == RegisterEvent::Kind::Read ? 'R' : 'W') << ' ' << event.epoch << ' '
+             << hexAddress(event.access.address) << ' ' << event.access.length << ' ' << hexBytes(event.bytes) << '\n';
+    }
+
+    std::size_t lastCount = 0;
+    for (const auto& entry : recording.lastRead)
+        lastCount += isStringAccess(recording, entry.first) == strings ? 1 : 0;
+    text << "last " << lastCount << '\n';
+    for (const auto& [access, bytes] : recording.lastRead) {
+        if (isStringAccess(recording, access) != strings)
+            continue;
+        text << "L " << hexAddress(access.address) << ' ' << access.length << ' ' << hexBytes(bytes) << '\n';
+    }
+    text << "end\n";
+    return text.str();
+}
+
+int writeRegisterDumps(const RegisterRecording& recording, const std::string& directory, const std::string& model,
+                       const std::string& deviceId)
+{
+    if (!isSafeModelName(model))
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::string base = directory + "/" + model;
+    const bool numbersWritten =
+        writeFileAtomically(base + "_regfile.dat", formatRegisterDump(recording, false, model, deviceId));
+    const bool stringsWritten =
+        writeFileAtomically(base + "_strRegFile.dat", formatRegisterDump(recording, true, model, deviceId));
+    return numbersWritten && stringsWritten ? XQ_OK : XQ_ERR_RESOURCE;
+}
+
+} // namespace xq
