@@ -25,7 +25,12 @@ CustomTableWidget::CustomTableWidget(int rows, int columns, QWidget* parent)
     initTable();
 }
 
-CustomTableWidget::~CustomTableWidget() = default;
+CustomTableWidget::~CustomTableWidget()
+{
+    // The model outlives this part of the object and resets itself while the
+    // base class tears down; its signals must not reach a half-destroyed table.
+    disconnect(model(), nullptr, this, nullptr);
+}
 
 void CustomTableWidget::initTable()
 {

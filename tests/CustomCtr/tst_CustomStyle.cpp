@@ -1,0 +1,290 @@
+// The styling mix-in and the default theme, checked on rendered pixels as
+// well as on the generated style sheet text.
+#include "Custom.h"
+#include "CustomLabel.h"
+#include "CustomMainWindow.h"
+#include "CustomMenu.h"
+#include "CustomPushButton.h"
+#include "CustomTableWidget.h"
+#include "CustomTitleBar.h"
+
+#include <QHBoxLayout>
+#include <QResource>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+const QString kBundle = QStringLiteral(QUORVEX_SUITE_DIR "/common/resource/CustomCtr_Default.rcc");
+
+QImage render(QWidget* widget)
+{
+    widget->ensurePolished();
+    return widget->grab().toImage();
+}
+
+bool near(const QColor& actual, const QColor& expected, int tolerance = 8)
+{
+    return qAbs(actual.red() - expected.red()) <= tolerance && qAbs(actual.green() - expected.green()) <= tolerance
+        && qAbs(actual.blue() - expected.blue()) <= tolerance;
+}
+
+QString describe(const QColor& color)
+{
+    return color.name(QColor::HexArgb);
+}
+
+// Registers the theme bundle for one test and takes it away again.
+class BundleScope
+{
+public:
+    BundleScope() : m_registered(QResource::registerResource(kBundle)) {}
+    ~BundleScope()
+    {
+        if (m_registered)
+            QResource::unregisterResource(kBundle);
+    }
+    BundleScope(const BundleScope&) = delete;
+    BundleScope& operator=(const BundleScope&) = delete;
+    bool registered() const { return m_registered; }
+
+private:
+    const bool m_registered;
+};
+
+} // namespace
+
+class TestCustomStyle : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void language_defaultsToEnglishAndTakesOnlyKnownValues();
+    void setters_generateRulesPerStateAndEdge();
+    void invalidArguments_changeNothing();
+    void borderAndBackground_areRendered();
+    void singleEdge_drawsOnlyThatSide();
+    void fontColorWithAlphaAndFontSize_reachTheWidget();
+    void backgroundImage_fillsTheButton();
+    void withoutBundle_widgetsKeepThePlainLook();
+    void withBundle_windowCarriesTheTheme();
+    void withBundle_ownSettersOverrideTheTheme();
+    void withBundle_checkedCellShowsTheAccent();
+    void withBundle_titleControlsKeepTheirSize();
+};
+
+void TestCustomStyle::language_defaultsToEnglishAndTakesOnlyKnownValues()
+{
+    QCOMPARE(Custom::language(), int(Custom::English));
+    Custom::setLanguage(Custom::Chinese);
+    QCOMPARE(Custom::language(), 0);
+    Custom::setLanguage(7);
+    QCOMPARE(Custom::language(), 0);
+    Custom::setLanguage(-1);
+    QCOMPARE(Custom::language(), 0);
+    Custom::setLanguage(1);
+    QCOMPARE(Custom::language(), 1);
+}
+
+void TestCustomStyle::setters_generateRulesPerStateAndEdge()
+{
+    CustomPushButton button(nullptr, CustomPushButton::StyleOutline);
+    QVERIFY(button.cSetBorderColor(QStringLiteral("#f76900"), CustomObject::EdgeAll, CustomObject::StateNormal));
+    QVERIFY(button.cSetFontColor(QStringLiteral("#112233"), CustomObject::StateHover));
+    QVERIFY(button.cSetFontSize(15, CustomObject::StatePressed));
+
+    const QString sheet = button.styleSheet();
+    QCOMPARE(sheet, button.cStyleSheet());
+    for (const char* side : {"top", "right", "bottom", "left"})
+        QVERIFY2(sheet.contains(QStringLiteral("border-%1: 1px solid #f76900").arg(QLatin1String(side))),
+                 qPrintable(sheet));
+    QVERIFY2(sheet.contains(QStringLiteral("CustomPushButton:hover { color: #112233; }")), qPrintable(sheet));
+    QVERIFY2(sheet.contains(QStringLiteral("CustomPushButton:pressed { font-size: 15px; }")), qPrintable(sheet));
+
+    button.cClearStyle();
+    QVERIFY(button.styleSheet().isEmpty());
+}
+
+void TestCustomStyle::invalidArguments_changeNothing()
+{
+    CustomLabel label;
+    QVERIFY(label.cSetFontColor(QStringLiteral("red"), 0));
+    const QString before = label.styleSheet();
+
+    QVERIFY(!label.cSetBorderColor(QStringLiteral("#f76900"), 7, 0));
+    QVERIFY(!label.cSetBorderColor(QStringLiteral("#f76900"), 3, 3));
+    QVERIFY(!label.cSetBorderColor(QStringLiteral("not-a-colour"), 3, 0));
+    QVERIFY(!label.cSetFontColor(QStringLiteral("red; background: blue"), 0));
+    QVERIFY(!label.cSetFontColor(QString(), -1));
+    QVERIFY(!label.cSetFontSize(0, 0));
+    QVERIFY(!label.cSetBackgroundImage(QStringLiteral("x.png\"); background: blue; border-image: url(\""), 0));
+    QVERIFY(!label.cSetBackgroundImage(QStringLiteral("a\nb.png"), 0));
+    QCOMPARE(label.styleSheet(), before);
+}
+
+void TestCustomStyle::borderAndBackground_areRendered()
+{
+    CustomLabel label;
+    label.resize(60, 40);
+    QVERIFY(label.cSetBackgroundColor(QStringLiteral("#00ff00"), 0));
+    QVERIFY(label.cSetBorderWidth(3, 0));
+    QVERIFY(label.cSetBorderColor(QStringLiteral("#ff0000"), CustomObject::EdgeAll, 0));
+    const QImage image = render(&label);
+    QVERIFY2(near(image.pixelColor(1, 20), Qt::red), qPrintable(describe(image.pixelColor(1, 20))));
+    QVERIFY(near(image.pixelColor(58, 20), Qt::red));
+    QVERIFY(near(image.pixelColor(30, 1), Qt::red));
+    QVERIFY(near(image.pixelColor(30, 38), Qt::red));
+    QVERIFY2(near(image.pixelColor(30, 20), Qt::green), qPrintable(describe(image.pixelColor(30, 20))));
+}
+
+void TestCustomStyle::singleEdge_drawsOnlyThatSide()
+{
+    CustomLabel label;
+    label.resize(60, 40);
+    QVERIFY(label.cSetBackgroundColor(QStringLiteral("#ffffff"), 0));
+    QVERIFY(label.cSetBorderWidth(3, 0));
+    QVERIFY(label.cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeBottom, 0));
+    const QImage image = render(&label);
+    QVERIFY(near(image.pixelColor(30, 38), Qt::blue));
+    QVERIFY2(!near(image.pixelColor(30, 1), Qt::blue), qPrintable(describe(image.pixelColor(30, 1))));
+    QVERIFY(!near(image.pixelColor(1, 20), Qt::blue));
+}
+
+void TestCustomStyle::fontColorWithAlphaAndFontSize_reachTheWidget()
+{
+    CustomLabel label(QStringLiteral("Warning line"));
+    const int defaultHeight = label.sizeHint().height();
+    QVERIFY(label.cSetFontColor(QStringLiteral("#7F000000"), 0));
+    QVERIFY(label.cSetFontSize(30, 0));
+    label.ensurePolished();
+    QCOMPARE(label.font().pixelSize(), 30);
+    QVERIFY(label.sizeHint().height() > defaultHeight);
+    const QColor text = label.palette().color(QPalette::WindowText);
+    QVERIFY2(text.alpha() == 0x7f && text.red() == 0 && text.green() == 0 && text.blue() == 0,
+             qPrintable(describe(text)));
+}
+
+void TestCustomStyle::backgroundImage_fillsTheButton()
+{
+    QTemporaryDir dir;
+    QVERIFY(dir.isValid());
+    QImage image(8, 8, QImage::Format_RGB32);
+    image.fill(QColor(0x20, 0x40, 0xe0));
+    // A folder name with a space and parentheses, as user folders have.
+    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("my icons (1)")));
+    const QString path = dir.filePath(QStringLiteral("my icons (1)/help.png"));
+    QVERIFY(image.save(path));
+
+    CustomPushButton button(nullptr, CustomPushButton::StyleFlat);
+    button.resize(32, 32);
+    for (int state = 0; state < 3; ++state)
+        QVERIFY(button.cSetBackgroundImage(path, state));
+    const QImage shot = render(&button);
+    QVERIFY2(near(shot.pixelColor(16, 16), QColor(0x20, 0x40, 0xe0)), qPrintable(describe(shot.pixelColor(16, 16))));
+}
+
+void TestCustomStyle::withoutBundle_widgetsKeepThePlainLook()
+{
+    QVERIFY(!QFile::exists(Custom::defaultStyleSheetPath()));
+    QVERIFY(Custom::defaultStyleSheet().isEmpty());
+    CustomMainWindow window;
+    QVERIFY(window.styleSheet().isEmpty());
+    CustomMenu menu;
+    QVERIFY(menu.styleSheet().isEmpty());
+}
+
+void TestCustomStyle::withBundle_windowCarriesTheTheme()
+{
+    QVERIFY2(QFile::exists(kBundle), qPrintable(QStringLiteral("theme bundle not built: %1").arg(kBundle)));
+    BundleScope bundle;
+    QVERIFY(bundle.registered());
+    const QString theme = Custom::defaultStyleSheet();
+    QVERIFY(theme.contains(QStringLiteral("#f76900")));
+
+    CustomMainWindow window;
+    QVERIFY(window.styleSheet().startsWith(theme));
+    auto* const central = new QWidget;
+    auto* const layout = new QHBoxLayout(central);
+    auto* const primary = new CustomPushButton(QStringLiteral("Go"), central, CustomPushButton::StylePrimary);
+    primary->setFixedSize(86, 26);
+    layout->addWidget(primary);
+    window.cSetCentralWidget(central);
+    window.resize(300, 200);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+    const QImage shot = render(primary);
+    QVERIFY2(near(shot.pixelColor(6, 13), QColor(0xf7, 0x69, 0x00)), qPrintable(describe(shot.pixelColor(6, 13))));
+}
+
+void TestCustomStyle::withBundle_ownSettersOverrideTheTheme()
+{
+    BundleScope bundle;
+    QVERIFY2(bundle.registered(), qPrintable(QStringLiteral("theme bundle not registered: %1").arg(kBundle)));
+    CustomMainWindow window;
+    auto* const central = new QWidget;
+    auto* const layout = new QHBoxLayout(central);
+    auto* const outline = new CustomPushButton(QStringLiteral("Record"), central, CustomPushButton::StyleOutline);
+    outline->setFixedSize(86, 26);
+    QVERIFY(outline->cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeAll, CustomObject::StateNormal));
+    layout->addWidget(outline);
+    window.cSetCentralWidget(central);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+    const QImage shot = render(outline);
+    QVERIFY2(near(shot.pixelColor(0, 13), Qt::blue, 40), qPrintable(describe(shot.pixelColor(0, 13))));
+    // The rest of the theme's look (white face) stays.
+    QVERIFY2(near(shot.pixelColor(6, 5), Qt::white), qPrintable(describe(shot.pixelColor(6, 5))));
+}
+
+void TestCustomStyle::withBundle_checkedCellShowsTheAccent()
+{
+    BundleScope bundle;
+    QVERIFY2(bundle.registered(), qPrintable(QStringLiteral("theme bundle not registered: %1").arg(kBundle)));
+    CustomMainWindow window;
+    auto* const table = new CustomTableWidget(2, 2);
+    for (int row = 0; row < 2; ++row) {
+        table->setItem(row, 0, new QTableWidgetItem);
+        table->setCheckBoxVisible(row, 0, true);
+    }
+    table->setCellCheckState(0, 0, Qt::Checked, true);
+    window.cSetCentralWidget(table);
+    window.resize(300, 200);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+
+    const QImage shot = render(table->viewport());
+    const QRect checked = table->checkBoxRect(0, 0);
+    const QRect unchecked = table->checkBoxRect(1, 0);
+    // A corner of the box interior, away from the tick.
+    const QPoint inChecked(checked.left() + 3, checked.top() + 3);
+    const QPoint inUnchecked(unchecked.left() + 3, unchecked.top() + 3);
+    QVERIFY2(near(shot.pixelColor(inChecked), QColor(0xf7, 0x69, 0x00), 30),
+             qPrintable(describe(shot.pixelColor(inChecked))));
+    QVERIFY2(near(shot.pixelColor(inUnchecked), Qt::white, 12), qPrintable(describe(shot.pixelColor(inUnchecked))));
+}
+
+void TestCustomStyle::withBundle_titleControlsKeepTheirSize()
+{
+    BundleScope bundle;
+    QVERIFY2(bundle.registered(), qPrintable(QStringLiteral("theme bundle not registered: %1").arg(kBundle)));
+    CustomMainWindow window;
+    window.cTitleBar()->cSetTitleHeight(40);
+    CustomPushButton* const help = window.cTitleBar()->cAddMenu(QString(), nullptr);
+    window.resize(400, 300);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    for (const auto control : {CustomTitleBar::MinimizeControl, CustomTitleBar::MaximizeControl,
+                               CustomTitleBar::CloseControl}) {
+        const QSize size = window.cTitleBar()->cControlButton(control)->size();
+        QVERIFY2(size == QSize(50, 40), qPrintable(QStringLiteral("control %1x%2").arg(size.width()).arg(size.height())));
+    }
+    QCOMPARE(help->width(), help->height());
+    QVERIFY(help->height() >= 20);
+}
+
+QTEST_MAIN(TestCustomStyle)
+#include "tst_CustomStyle.moc"
