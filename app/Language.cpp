@@ -10,6 +10,7 @@
 
 const char* const kLanguageChinese = "CH";
 const char* const kLanguageEnglish = "ENG";
+const char* const kWindowMessageEventType = "windows_generic_MSG";
 
 namespace {
 
@@ -42,8 +43,8 @@ int languageTranslatorCount()
 
 QString languageSettingsPath()
 {
-    return (XQInterface::programDataPath() + "/CustomConfig.ini")
-        .replace(QStringLiteral("VANTO"), QStringLiteral("ZELTA"));
+    QString strPath = XQInterface::programDataPath() + "/CustomConfig.ini";
+    return strPath.replace(QStringLiteral("VANTO"), QStringLiteral("ZELTA"));
 }
 
 QString readLanguage()
@@ -74,4 +75,39 @@ bool applyLanguage(const QString& code)
         return true;
     }
     return true;
+}
+
+void applyStartupLanguage(const QStringList& arguments)
+{
+    applyLanguage(readLanguage());
+    if (arguments.size() < 2)
+        return;
+    const QString& strArgument = arguments.at(1);
+    if (strArgument == QLatin1String(kLanguageChinese))
+        applyLanguage(QString::fromLatin1(kLanguageChinese));
+    else if (strArgument == QLatin1String(kLanguageEnglish))
+        applyLanguage(QString::fromLatin1(kLanguageEnglish));
+}
+
+void switchLanguageOnRequest(const QString& code)
+{
+    if (code == QLatin1String(kLanguageEnglish)) {
+        qInfo("Quorvex ENG");
+        applyLanguage(code);
+    } else if (code == QLatin1String(kLanguageChinese)) {
+        qInfo("Quorvex CN");
+        applyLanguage(code);
+    }
+}
+
+QString languageCodeForNativeEvent(const QByteArray& eventType, const void* message)
+{
+    if (!message || eventType != kWindowMessageEventType)
+        return QString();
+    const unsigned int number = static_cast<const WindowMessageHead*>(message)->message;
+    if (number == kEnglishLanguageMessage)
+        return QString::fromLatin1(kLanguageEnglish);
+    if (number == kChineseLanguageMessage)
+        return QString::fromLatin1(kLanguageChinese);
+    return QString();
 }

@@ -35,14 +35,7 @@ int main(int argc, char* argv[])
 
     QCoreApplication::setAttribute(Qt::AA_NativeWindows, false);
 
-    applyLanguage(readLanguage());
-    if (argc >= 2) {
-        const QString strArgument = QString::fromLocal8Bit(argv[1]);
-        if (strArgument == QLatin1String(kLanguageChinese))
-            applyLanguage(QString::fromLatin1(kLanguageChinese));
-        else if (strArgument == QLatin1String(kLanguageEnglish))
-            applyLanguage(QString::fromLatin1(kLanguageEnglish));
-    }
+    applyStartupLanguage(QCoreApplication::arguments());
 
     installCrashHandler();
     QApplication::setWindowIcon(QIcon(":/Orbicle/tools/DriverTool.ico"));
