@@ -1,0 +1,25 @@
+#pragma once
+// Where the virtual camera store lives. The store is the "VirtualCamera"
+// folder of the suite's machine-wide temporary folder; paths are joined with
+// "/" and not normalised, like every path of the suite.
+
+#include <QString>
+
+namespace VirtualStore {
+
+// XQInterface::systemTemp() in native separator form.
+QString SystemTempPath();
+// SystemTempPath() + "/VirtualCamera".
+QString StorePath();
+// StorePath() + "/VirtualCameraConfig.ini".
+QString ConfigFilePath();
+// StorePath() + "/Cameras/<group>".
+QString CameraFolder(const QString& strGroup);
+// CameraFolder(group) + "/<model>_regfile.dat": the file a serving program
+// holds locked while a client is connected.
+QString RegisterFilePath(const QString& strGroup, const QString& strModel);
+
+// A group or model name that can safely name a folder or file of the store.
+bool IsSafeStoreName(const QString& strName);
+
+} // namespace VirtualStore

@@ -1,0 +1,29 @@
+#pragma once
+// The code reader models the store knows, with the firmware version text a
+// virtual camera of that model reports.
+
+#include <QMap>
+#include <QString>
+
+namespace VirtualStore {
+
+class SupportedModelTable final {
+public:
+    // Filled with the fixed rows.
+    SupportedModelTable();
+
+    // The version text for a model. A model without a row yields "" and
+    // gains a row with an empty version, as a map's operator[] would.
+    QString VersionFor(const QString& strModel);
+
+    int Size() const { return m_mapVersions.size(); }
+    const QMap<QString, QString>& Rows() const { return m_mapVersions; }
+
+private:
+    QMap<QString, QString> m_mapVersions;
+};
+
+// The table of the running program, filled at first use.
+SupportedModelTable& SupportedModels();
+
+} // namespace VirtualStore

@@ -1,0 +1,168 @@
+// Copying collection folders into the store, removing camera folders, and
+// telling whether a serving program holds a camera.
+
+#include "StoreTestSupport.h"
+#include "FileOperations.h"
+#include "camera_hold.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace VirtualStore;
+
+class StoreFileOperationsTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_pDir;
+    QString Path(const QString& strRelative) const { return m_pDir->path() + "/" + strRelative; }
+
+private slots:
+    void init()
+    {
+        m_pDir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_pDir->isValid());
+    }
+
+    void copy_takesSubfoldersInFullDepthAndLeavesHiddenEntries()
+    {
+        StoreTest::MakeCollectionFolder(Path("src"), "QV-ID200-13M");
+        QVERIFY(StoreTest::WriteFile(Path("src/Jpg/deep/er/x.bin"), "deep"));
+        QVERIFY(StoreTest::WriteFile(Path("src/.hidden"), "h"));
+        QVERIFY(CopyDirectory(Path("src"), Path("dst"), true));
+        QCOMPARE(StoreTest::ReadFile(Path("dst/Jpg/deep/er/x.bin")), QByteArray("deep"));
+        QCOMPARE(StoreTest::ReadFile(Path("dst/Jpg/3.jpg")), StoreTest::ReadFile(Path("src/Jpg/3.jpg")));
+        QCOMPARE(StoreTest::ReadFile(Path("dst/QV-ID200-13M_regfile.dat")),
+                 StoreTest::ReadFile(Path("src/QV-ID200-13M_regfile.dat")));
+        QVERIFY(!QFileInfo::exists(Path("dst/.hidden")));
+    }
+
+    void copy_overwritesOnlyWhenAsked()
+    {
+        QVERIFY(StoreTest::WriteFile(Path("src/a.txt"), "new"));
+        QVERIFY(StoreTest::WriteFile(Path("dst/a.txt"), "old"));
+        QVERIFY(!CopyDirectory(Path("src"), Path("dst"), false));
+        QCOMPARE(StoreTest::ReadFile(Path("dst/a.txt")), QByteArray("old"));
+        QVERIFY(CopyDirectory(Path("src"), Path("dst"), true));
+        QCOMPARE(StoreTest::ReadFile(Path("dst/a.txt")), QByteArray("new"));
+    }
+
+    void copy_fromMissingSource_makesTheDestinationAndSucceeds()
+    {
+        QVERIFY(CopyDirectory(Path("missing"), Path("dst"), true));
+        QVERIFY(QFileInfo(Path("dst")).isDir());
+        QVERIFY2(!CopyDirectory(Path("missing"), Path("no/parents"), true), "only one level is created");
+    }
+
+    void copy_doesNotFollowAFolderLinkBackUpTheTree()
+    {
+        QVERIFY(StoreTest::WriteFile(Path("src/Jpg/1.jpg"), "1"));
+        QVERIFY(QFile::link(Path("src"), Path("src/Jpg/loop")));
+        QVERIFY(CopyDirectory(Path("src"), Path("dst"), true));
+        QCOMPARE(StoreTest::ReadFile(Path("dst/Jpg/1.jpg")), QByteArray("1"));
+        QVERIFY(!QFileInfo::exists(Path("dst/Jpg/loop")));
+    }
+
+    void delete_removesFilesAndWholeFolders()
+    {
+        QVERIFY(!DeleteFileOrFolder(QString()));
+        QVERIFY(StoreTest::WriteFile(Path("file.txt"), "x"));
+        QVERIFY(DeleteFileOrFolder(Path("file.txt")));
+        QVERIFY(!QFileInfo::exists(Path("file.txt")));
+        StoreTest::MakeCollectionFolder(Path("cam"), "QV-ID200-13M");
+        QVERIFY(DeleteFileOrFolder(Path("cam")));
+        QVERIFY(!QFileInfo::exists(Path("cam")));
+        QVERIFY(DeleteFileOrFolder(Path("missing")));
+    }
+
+    void delete_keepsAFolderWithHiddenFilesButEmptiesTheRest()
+    {
+        StoreTest::MakeCollectionFolder(Path("cam"), "QV-ID200-13M");
+        QVERIFY(StoreTest::WriteFile(Path("cam/.keep"), "k"));
+        QVERIFY(!DeleteFileOrFolder(Path("cam")));
+        QVERIFY(QFileInfo::exists(Path("cam/.keep")));
+        QVERIFY(!QFileInfo::exists(Path("cam/Jpg")));
+        QVERIFY(!QFileInfo::exists(Path("cam/QV-ID200-13M.xml")));
+    }
+
+    void delete_removesLinksWithoutTouchingWhatTheyPointAt()
+    {
+        QVERIFY(StoreTest::WriteFile(Path("outside/precious.txt"), "keep me"));
+        QVERIFY(StoreTest::WriteFile(Path("cam/1.jpg"), "1"));
+        QVERIFY(QFile::link(Path("outside"), Path("cam/Jpg")));
+        QVERIFY(DeleteFileOrFolder(Path("cam")));
+        QVERIFY(!QFileInfo::exists(Path("cam")));
+        QCOMPARE(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
+
+        QVERIFY(QFile::link(Path("outside"), Path("link")));
+        QVERIFY(DeleteFileOrFolder(Path("link")));
+        QCOMPARE(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
+    }
+
+    void occupancy_followsTheHolderWithinThisProcess()
+    {
+        const QString strFile = Path("cam/M_regfile.dat");
+        QVERIFY2(!IsFileOccupied(strFile), "a missing register file is not occupied");
+        QVERIFY(StoreTest::WriteFile(strFile, "registers"));
+        QVERIFY(!IsFileOccupied(strFile));
+        {
+            quorvex::store::CameraHold hold;
+            std::string error;
+            QVERIFY2(hold.acquire(strFile.toStdString(), error), error.c_str());
+            QVERIFY(IsFileOccupied(strFile));
+            quorvex::store::CameraHold second;
+            QVERIFY2(second.acquire(strFile.toStdString(), error), "holders share the lock");
+            hold.release();
+            QVERIFY2(IsFileOccupied(strFile), "the second holder still holds it");
+            quorvex::store::CameraHold moved = std::move(second);
+            QVERIFY(IsFileOccupied(strFile));
+        }
+        QVERIFY(!IsFileOccupied(strFile));
+        QCOMPARE(StoreTest::ReadFile(strFile), QByteArray("registers"));
+    }
+
+    void occupancy_seesAHolderInAnotherProcessAndItsExit()
+    {
+        const QString strFile = Path("M_regfile.dat");
+        QVERIFY(StoreTest::WriteFile(strFile, "registers"));
+        int ready[2];
+        QVERIFY(::pipe(ready) == 0);
+        const pid_t child = ::fork();
+        QVERIFY(child >= 0);
+        if (child == 0) {
+            quorvex::store::CameraHold hold;
+            std::string error;
+            const char state = hold.acquire(strFile.toStdString(), error) ? 'y' : 'n';
+            (void)!::write(ready[1], &state, 1);
+            ::pause();
+            ::_exit(0);
+        }
+        ::close(ready[1]);
+        char state = 0;
+        QCOMPARE(::read(ready[0], &state, 1), ssize_t(1));
+        ::close(ready[0]);
+        QCOMPARE(state, 'y');
+        QVERIFY(IsFileOccupied(strFile));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        QCOMPARE(::waitpid(child, &status, 0), child);
+        QVERIFY2(!IsFileOccupied(strFile), "the lock ends with its holder, crash included");
+    }
+
+    void occupancy_ofAFifo_answersWithoutWaiting()
+    {
+        const QByteArray fifo = QFile::encodeName(Path("M_regfile.dat"));
+        QVERIFY(::mkfifo(fifo.constData(), 0600) == 0);
+        QCOMPARE(quorvex::store::probeHold(fifo.toStdString()), quorvex::store::HoldState::NotHeld);
+    }
+};
+
+QTEST_GUILESS_MAIN(StoreFileOperationsTest)
+#include "tst_StoreFileOperations.moc"

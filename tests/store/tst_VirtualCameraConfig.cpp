@@ -1,0 +1,249 @@
+// The store's configuration file: what a new camera's group looks like on
+// disk, the model table behind its version text, and reading the list back.
+
+#include "StoreTestSupport.h"
+#include "StorePaths.h"
+#include "SupportedModels.h"
+#include "VirtualCameraConfig.h"
+#include "VirtualCameraCreation.h"
+#include "VirtualCameraList.h"
+
+#include <QDate>
+#include <QRegularExpression>
+#include <QSet>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+#include <sys/stat.h>
+
+using namespace VirtualStore;
+
+namespace {
+
+struct GeneratedIdentity {
+    QString strMac;
+    QString strIp;
+};
+
+// The MAC and address are random; take them from the file and check their
+// form, so the rest can be compared byte for byte.
+GeneratedIdentity TakeIdentity(const QByteArray& bytes, const QString& strGroup)
+{
+    const QString text = QString::fromUtf8(bytes);
+    const int nStart = text.indexOf("[" + strGroup + "]");
+    const QString section = text.mid(nStart, text.indexOf("\n\n", nStart) - nStart);
+    const QRegularExpression mac("\nnMacAddrHigh=([0-9A-F]{8})\n");
+    const QRegularExpression ip("\nnCurrentIp=(a4034[0-9a-f]{2})\n");
+    return {mac.match(section).captured(1), ip.match(section).captured(1)};
+}
+
+QByteArray ExpectedGroup(const QString& strGroup, const QString& strModel, const QString& strVersion,
+                         const GeneratedIdentity& identity)
+{
+    // The settings class writes the keys of a new group sorted by name.
+    return QString("[%1]\n"
+                   "bIsConnect=0\n"
+                   "chDeviceVersion=%2\n"
+                   "chManufacturerName=GEV\n"
+                   "chManufacturerSpecificInfo=GEV\n"
+                   "chModelName=%3\n"
+                   "chSerialNumber=%1\n"
+                   "chUserDefinedName=\n"
+                   "nCurrentIp=%4\n"
+                   "nCurrentSubNetMask=ffffff00\n"
+                   "nDefultGateWay=a4034fe\n"
+                   "nIpCfgCurrent=80000005\n"
+                   "nIpCfgOption=80000007\n"
+                   "nMacAddrHigh=%5\n"
+                   "nMacAddrLow=%5\n"
+                   "nMajorVer=2\n"
+                   "nMinorVer=0\n"
+                   "nNetExport=a403418\n"
+                   "nTLayerType=1\n")
+        .arg(strGroup, strVersion, strModel, identity.strIp, identity.strMac)
+        .toUtf8();
+}
+
+const QByteArray kGlobal = "[Global]\nTriggerIntervalTime=2000\nVirtualMode=1\n";
+
+} // namespace
+
+class VirtualCameraConfigTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_pDir;
+    QString ConfigPath() const { return m_pDir->path() + "/VirtualCameraConfig.ini"; }
+
+private slots:
+    void init()
+    {
+        m_pDir = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_pDir->isValid());
+    }
+
+    void oneCamera_writesGlobalAndTheGroupWithExactTexts()
+    {
+        SupportedModelTable models;
+        {
+            QSettings settings(ConfigPath(), QSettings::IniFormat);
+            settings.setIniCodec("utf-8");
+            WriteVirtualCameraGroup(settings, "Vir73440012", "QV-ID310-12M", models);
+        }
+        const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
+        const GeneratedIdentity identity = TakeIdentity(bytes, "Vir73440012");
+        QVERIFY2(!identity.strMac.isEmpty(), bytes.constData());
+        QVERIFY2(!identity.strIp.isEmpty(), bytes.constData());
+        QCOMPARE(bytes, kGlobal + "\n" + ExpectedGroup("Vir73440012", "QV-ID310-12M", "V3.0.0.R 240611", identity));
+    }
+
+    void twoCamerasOfOneModel_shareModelAndVersionButNotSerial()
+    {
+        SupportedModelTable models;
+        {
+            QSettings settings(ConfigPath(), QSettings::IniFormat);
+            settings.setIniCodec("utf-8");
+            WriteVirtualCameraGroup(settings, "Vir10000001", "QV-ID500-20M", models);
+            WriteVirtualCameraGroup(settings, "Vir10000002", "QV-ID500-20M", models);
+        }
+        const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
+        const QByteArray expected = kGlobal + "\n"
+            + ExpectedGroup("Vir10000001", "QV-ID500-20M", "V3.1.2.R 240903", TakeIdentity(bytes, "Vir10000001"))
+            + "\n"
+            + ExpectedGroup("Vir10000002", "QV-ID500-20M", "V3.1.2.R 240903", TakeIdentity(bytes, "Vir10000002"));
+        QCOMPARE(bytes, expected);
+    }
+
+    void addingToAnEditedFile_rewritesGlobalAndKeepsOtherGroups()
+    {
+        QVERIFY(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=0\nTriggerIntervalTime=5\n\n"
+                                                   "[Vir00000001]\nchModelName=Old\n"));
+        SupportedModelTable models;
+        {
+            std::unique_ptr<QSettings> settings(OpenVirtualCameraSettings(ConfigPath(), nullptr));
+            WriteVirtualCameraGroup(*settings, "Vir00000002", "QV-ID110-03M", models);
+        }
+        QSettings reread(ConfigPath(), QSettings::IniFormat);
+        QCOMPARE(reread.value("Global/VirtualMode").toString(), QString("1"));
+        QCOMPARE(reread.value("Global/TriggerIntervalTime").toString(), QString("2000"));
+        QCOMPARE(reread.value("Vir00000001/chModelName").toString(), QString("Old"));
+        QCOMPARE(reread.value("Vir00000002/chSerialNumber").toString(), QString("Vir00000002"));
+    }
+
+    void unknownModel_writesEmptyVersionAndGainsAnEmptyRow()
+    {
+        SupportedModelTable models;
+        const int nRows = models.Size();
+        {
+            QSettings settings(ConfigPath(), QSettings::IniFormat);
+            WriteVirtualCameraGroup(settings, "Vir12345678", "Unlisted-ID", models);
+        }
+        QVERIFY(StoreTest::ReadFile(ConfigPath()).contains("\nchDeviceVersion=\n"));
+        QCOMPARE(models.Size(), nRows + 1);
+        QVERIFY(models.Rows().contains("Unlisted-ID"));
+        QCOMPARE(models.Rows().value("Unlisted-ID"), QString());
+    }
+
+    void modelTable_has37ReadersWith11VersionsOfTheFixedForm()
+    {
+        const SupportedModelTable models;
+        QCOMPARE(models.Size(), 37);
+        const QRegularExpression form("^V(\\d+)\\.(\\d+)\\.(\\d+)\\.R (\\d{6})$");
+        QSet<QString> versions;
+        for (auto it = models.Rows().cbegin(); it != models.Rows().cend(); ++it) {
+            QVERIFY2(it.key().contains("ID"), qPrintable(it.key()));
+            QVERIFY2(IsSafeStoreName(it.key()), qPrintable(it.key()));
+            const QRegularExpressionMatch match = form.match(it.value());
+            QVERIFY2(match.hasMatch(), qPrintable(it.value()));
+            QVERIFY2(QDate::fromString(match.captured(4), "yyMMdd").isValid(), qPrintable(it.value()));
+            versions.insert(it.value());
+        }
+        QCOMPARE(versions.size(), 11);
+    }
+
+    void configFileWritability()
+    {
+        QVERIFY2(IsConfigFileWritable(ConfigPath()), "a missing file is created later, so it passes");
+        QVERIFY(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=1\n"));
+        QVERIFY(IsConfigFileWritable(ConfigPath()));
+        QCOMPARE(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
+
+        QVERIFY(QDir().mkpath(m_pDir->path() + "/folder.ini"));
+        QVERIFY(!IsConfigFileWritable(m_pDir->path() + "/folder.ini"));
+
+        QVERIFY(::chmod(QFile::encodeName(ConfigPath()).constData(), 0444) == 0);
+        const StoreTest::FilePermissionsEnforced permissions;
+        QVERIFY2(permissions.IsActive(), "could not drop the capabilities that override file permissions");
+        QVERIFY(!IsConfigFileWritable(ConfigPath()));
+        QCOMPARE(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
+    }
+
+    void listReading_ordersGroupsAsTextAndSkipsWhatIsNotACamera()
+    {
+        QVERIFY(StoreTest::WriteFile(ConfigPath(), "[Vir2]\nchModelName=Two\n"
+                                                   "[Global]\nVirtualMode=1\n"
+                                                   "[Vir10]\nbIsConnect=0\nchModelName=Ten\n"
+                                                   "[Vir3]\nbIsConnect=0\n"
+                                                   "[..]\nchModelName=Escape\n"
+                                                   "[Vir4]\nchModelName=\"A,B %1\"\n"));
+        QSettings settings(ConfigPath(), QSettings::IniFormat);
+        settings.setIniCodec("utf-8");
+        const QVector<VirtualCameraEntry> entries = ReadVirtualCameraList(settings);
+        QCOMPARE(entries.size(), 3);
+        QCOMPARE(entries[0].strGroup, QString("Vir10"));
+        QCOMPARE(entries[0].strModel, QString("Ten"));
+        QCOMPARE(entries[1].strGroup, QString("Vir2"));
+        QCOMPARE(entries[2].strModel, QString("A,B %1"));
+        QCOMPARE(VirtualCameraEntryText(entries[2].strModel, entries[2].strGroup), QString("A,B %1(Vir4)"));
+    }
+
+    void listReading_onlyGlobalOrNoFile_givesNoEntries()
+    {
+        QSettings missing(ConfigPath(), QSettings::IniFormat);
+        QVERIFY(ReadVirtualCameraList(missing).isEmpty());
+        QVERIFY(StoreTest::WriteFile(m_pDir->path() + "/global.ini", "[Global]\nVirtualMode=1\n"));
+        QSettings onlyGlobal(m_pDir->path() + "/global.ini", QSettings::IniFormat);
+        QVERIFY(ReadVirtualCameraList(onlyGlobal).isEmpty());
+    }
+
+    void collectedModels_areTheVisibleSubfoldersByNameIgnoringCase()
+    {
+        const QString root = m_pDir->path() + "/root";
+        for (const char* name : {"b-ID", "A-ID", ".hidden", "c-ID"})
+            QVERIFY(QDir().mkpath(root + "/" + name));
+        QVERIFY(StoreTest::WriteFile(root + "/file.txt", "not a model"));
+        bool bExists = false;
+        QCOMPARE(ListCollectedModels(root, bExists), QStringList({"A-ID", "b-ID", "c-ID"}));
+        QVERIFY(bExists);
+        QVERIFY(ListCollectedModels(root + "/missing", bExists).isEmpty());
+        QVERIFY(!bExists);
+    }
+
+    void planningACamera_cleansTheNameAndTakesTheIdFromTheClock()
+    {
+        const auto plan = PlanVirtualCamera("A%B", "/root", 1731734400123);
+        QVERIFY(plan.has_value());
+        QCOMPARE(plan->strModel, QString("AB"));
+        QCOMPARE(plan->strSourceFolder, QString("/root/AB"));
+        QCOMPARE(plan->strId, QString("73440012"));
+        QCOMPARE(plan->strGroup, QString("Vir73440012"));
+        QCOMPARE(plan->strCameraFolder, StorePath() + "/Cameras/Vir73440012");
+        QVERIFY(!PlanVirtualCamera("", "/root", 1731734400123));
+        QVERIFY(!PlanVirtualCamera("..", "/root", 1731734400123));
+        QVERIFY(!PlanVirtualCamera("a/b", "/root", 1731734400123));
+    }
+
+    void storePaths_followTheSuiteTemporaryFolder()
+    {
+        qputenv("QUORVEX_SYSTEM_TEMP", "/tmp/suite %1");
+        QCOMPARE(ConfigFilePath(), QString("/tmp/suite %1/VirtualCamera/VirtualCameraConfig.ini"));
+        QCOMPARE(RegisterFilePath("Vir1", "M"), QString("/tmp/suite %1/VirtualCamera/Cameras/Vir1/M_regfile.dat"));
+        qunsetenv("QUORVEX_SYSTEM_TEMP");
+    }
+};
+
+QTEST_GUILESS_MAIN(VirtualCameraConfigTest)
+#include "tst_VirtualCameraConfig.moc"
