@@ -39,6 +39,10 @@ public:
     // A lost device stops the job and releases both handles.
     static void OnDeviceException(unsigned int nMsgType, void* pUser);
 
+    // Destroys the code-reader handle and stops, closes and destroys the
+    // camera handle. The window calls it before deleting a finished job.
+    void ReleaseDevices();
+
 signals:
     void SigDeviceCollectProgress(QString strSerialNumber, int nPercent);
     void SigDeviceCollectStatus(QString strSerialNumber, QString nInfo);
@@ -54,7 +58,6 @@ private:
     void TraverseNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode);
     void TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth);
     void ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* pstNode);
-    void ReleaseDevices();
     void EmitStatus(const char* pSourceText);
     void ReadCodeReaderStrings(XQ_HANDLE hCamera);
     void MoveCollectedFiles(const QString& strModelName);
