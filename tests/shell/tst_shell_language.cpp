@@ -1,0 +1,252 @@
+// Language at start, the switch messages, the catalogue chain and the help
+// button, observed in a real window of a probe program that runs from a
+// suite laid out in a temporary folder.
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+const char* const kCatalogueNames[] = {"Quorvex_zh.qm", "qt_zh_CN.qm", "widgets_zh_cn.qm", "CustomCtr_zh_CN.qm",
+                                       "CommonTools_zh_CN.qm"};
+const char* const kHelpPage = "GUID-C9B6C6BA-02CC-4D2D-8A13-48773AF3C0AF.html";
+const QString kChineseTitle = QStringLiteral("奎沃思");
+
+struct State
+{
+    QString language;
+    QString title;
+    QString record;
+    QString header;
+    QString catalogues;
+};
+
+} // namespace
+
+class LanguageTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QTemporaryDir> m_pSuite;
+    QString m_strProgramData;
+    QMap<QString, State> m_states;
+    QMap<QString, QString> m_lines;
+
+    // Lays out <tmp>/apps/Quorvex/<probe> and <tmp>/common/translation.
+    bool makeSuite(const QStringList& leaveOut = {})
+    {
+        const QString apps = m_pSuite->path() + "/apps/Quorvex";
+        const QString translations = m_pSuite->path() + "/common/translation";
+        if (!QDir().mkpath(apps) || !QDir().mkpath(translations))
+            return false;
+        if (!QFile::copy(QStringLiteral(QUORVEX_LANGUAGE_PROBE), apps + "/probe"))
+            return false;
+        for (const char* name : kCatalogueNames) {
+            const QString staged = QStringLiteral(QUORVEX_SUITE_DIR "/common/translation/") + name;
+            if (!QFile::exists(staged)) {
+                qWarning("%s is not staged: build the QuorvexTranslations target", qPrintable(staged));
+                return false;
+            }
+            if (!leaveOut.contains(name) && !QFile::copy(staged, translations + '/' + name))
+                return false;
+        }
+        return true;
+    }
+
+    void storeLanguage(const QByteArray& value, const QString& folder = QString())
+    {
+        const QString dir = folder.isEmpty() ? m_strProgramData : folder;
+        QDir().mkpath(dir);
+        QFile file(dir + "/CustomConfig.ini");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[General]\nLanguage=" + value + "\n");
+    }
+
+    bool runProbe(const QStringList& arguments = {})
+    {
+        QProcess probe;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("QUORVEX_PROGRAM_DATA", m_strProgramData);
+        probe.setProcessEnvironment(environment);
+        probe.start(m_pSuite->path() + "/apps/Quorvex/probe", arguments);
+        if (!probe.waitForFinished(60000) || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0) {
+            qWarning("probe failed: %s", probe.readAllStandardError().constData());
+            return false;
+        }
+        const QRegularExpression stateLine(
+            "^(\\S+) language=(\\d) title=(.*?) record=(.*?) header=(.*?) catalogues=(.*)$");
+        const QStringList lines = QString::fromUtf8(probe.readAllStandardOutput()).split('\n');
+        for (const QString& line : lines) {
+            const QRegularExpressionMatch match = stateLine.match(line);
+            if (match.hasMatch()) {
+                m_states[match.captured(1)] = {match.captured(2), match.captured(3), match.captured(4),
+                                               match.captured(5), match.captured(6)};
+            } else if (!line.isEmpty()) {
+                m_lines[line.section(' ', 0, 0)] = line.section(' ', 1);
+            }
+        }
+        return m_states.contains("start");
+    }
+
+    void verifyChinese(const QString& step)
+    {
+        const State state = m_states.value(step);
+        QCOMPARE(state.language, QString("0"));
+        QCOMPARE(state.title, kChineseTitle);
+        QCOMPARE(state.record, QStringLiteral("采集"));
+        QCOMPARE(state.header, QStringLiteral("型号名称"));
+        QCOMPARE(state.catalogues, QString("Quorvex,qt,widgets,CustomCtr"));
+    }
+
+    void verifyUntranslated(const QString& step, const QString& language)
+    {
+        const State state = m_states.value(step);
+        QCOMPARE(state.language, language);
+        QCOMPARE(state.title, QString("Quorvex"));
+        QCOMPARE(state.record, QString("Record"));
+        QCOMPARE(state.header, QString("Model Name"));
+        QCOMPARE(state.catalogues, QString());
+    }
+
+private slots:
+    void init()
+    {
+        m_pSuite = std::make_unique<QTemporaryDir>();
+        m_strProgramData = m_pSuite->path() + "/programdata/ZELTA";
+        m_states.clear();
+        m_lines.clear();
+    }
+
+    void storedChinese_startsChinese()
+    {
+        QVERIFY(makeSuite());
+        storeLanguage("Q0g=");
+        QVERIFY(runProbe());
+        verifyChinese("start");
+        QCOMPARE(m_lines.value("apply-chinese"), QString("returned=1"));
+    }
+
+    void storedUnencodedCH_startsUntranslated()
+    {
+        QVERIFY(makeSuite());
+        storeLanguage("CH");
+        QVERIFY(runProbe());
+        verifyUntranslated("start", "1");
+    }
+
+    void noSettingsFile_startsUntranslated()
+    {
+        QVERIFY(makeSuite());
+        QVERIFY(runProbe());
+        verifyUntranslated("start", "1");
+    }
+
+    void settingsPath_readsZELTAwhereVANTOwasNamed()
+    {
+        QVERIFY(makeSuite());
+        storeLanguage("Q0g=", m_pSuite->path() + "/ZELTA/cfg");
+        m_strProgramData = m_pSuite->path() + "/VANTO/cfg";
+        QVERIFY(runProbe());
+        verifyChinese("start");
+    }
+
+    void commandLine_overridesStoredLanguage()
+    {
+        QVERIFY(makeSuite());
+        storeLanguage("Q0g=");
+        QVERIFY(runProbe({"ENG"}));
+        verifyUntranslated("start", "1");
+
+        storeLanguage("RU5H");
+        QVERIFY(runProbe({"CH"}));
+        verifyChinese("start");
+    }
+
+    void commandLineOtherSpellings_areIgnored_data()
+    {
+        QTest::addColumn<QString>("argument");
+        QTest::newRow("lower case") << "eng";
+        QTest::newRow("short") << "EN";
+        QTest::newRow("trailing space") << "ENG ";
+    }
+
+    void commandLineOtherSpellings_areIgnored()
+    {
+        QFETCH(QString, argument);
+        QVERIFY(makeSuite());
+        storeLanguage("Q0g=");
+        QVERIFY(runProbe({argument}));
+        verifyChinese("start");
+    }
+
+    void switchMessages_changeTheWholeWindow()
+    {
+        QVERIFY(makeSuite());
+        storeLanguage("Q0g=");
+        QVERIFY(runProbe());
+        verifyChinese("start");
+
+        QCOMPARE(m_lines.value("msg-english"), QString("handled=1 result=12345"));
+        verifyUntranslated("msg-english", "1");
+        QCOMPARE(m_lines.value("msg-english-again"), QString("handled=1 result=12345"));
+        verifyUntranslated("msg-english-again", "1");
+        QCOMPARE(m_lines.value("msg-chinese"), QString("handled=1 result=12345"));
+        verifyChinese("msg-chinese");
+
+        // Other messages, and events of the X11 kind, are not ours.
+        QCOMPARE(m_lines.value("msg-other"), QString("handled=0 result=12345"));
+        verifyChinese("msg-other");
+        QCOMPARE(m_lines.value("msg-x11"), QString("handled=0 result=12345"));
+        verifyChinese("msg-x11");
+    }
+
+    void missingCatalogue_stopsTheChain_data()
+    {
+        QTest::addColumn<QString>("missing");
+        QTest::addColumn<QString>("answering");
+        QTest::newRow("tool's own") << "Quorvex_zh.qm" << "";
+        QTest::newRow("Qt's") << "qt_zh_CN.qm" << "Quorvex";
+        QTest::newRow("widgets") << "widgets_zh_cn.qm" << "Quorvex,qt";
+        QTest::newRow("widget library") << "CustomCtr_zh_CN.qm" << "Quorvex,qt,widgets";
+        QTest::newRow("shared tools") << "CommonTools_zh_CN.qm" << "Quorvex,qt,widgets,CustomCtr";
+    }
+
+    void missingCatalogue_stopsTheChain()
+    {
+        QFETCH(QString, missing);
+        QFETCH(QString, answering);
+        QVERIFY(makeSuite({missing}));
+        storeLanguage("Q0g=");
+        QVERIFY(runProbe());
+        QCOMPARE(m_states.value("start").language, QString("0"));
+        QCOMPARE(m_states.value("start").catalogues, answering);
+        QCOMPARE(m_lines.value("apply-chinese"), QString("returned=0"));
+    }
+
+    void helpButton_opensTheManualOfTheCurrentLanguage()
+    {
+        QVERIFY(makeSuite());
+        storeLanguage("Q0g=");
+        QVERIFY(runProbe());
+        const QString base = QDir(m_pSuite->path()).absolutePath() + "/common/doc/";
+        QCOMPARE(m_lines.value("help-start"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
+        QCOMPARE(m_lines.value("help-english"), base + "User_Manual_ZELTA_English/" + kHelpPage);
+        QCOMPARE(m_lines.value("help-chinese"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
+
+        // The staged suite has both pages where the button looks.
+        for (const char* folder : {"User_Manual_ZELTA_English", "User_Manual_ZELTA_Chinese"}) {
+            const QString page = QStringLiteral(QUORVEX_SUITE_DIR "/common/doc/") + folder + '/' + kHelpPage;
+            QVERIFY2(QFile::exists(page), qPrintable(page + " is not staged"));
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(LanguageTest)
+#include "tst_shell_language.moc"
