@@ -1,0 +1,90 @@
+#pragma once
+// What the server needs from one simulated device. The transport layer
+// (bootstrap registers, control privilege, streaming) is the server's; a
+// model supplies identity, its GenICam description, the registers behind
+// that description and the pictures it streams.
+
+#include "byte_order.h"
+#include "gvcp.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace quorvex::sim {
+
+struct DeviceIdentity final {
+    std::string manufacturerName;
+    std::string modelName;
+    std::string deviceVersion;
+    std::string manufacturerInfo;
+    std::string serialNumber;
+    std::string userDefinedName;
+    std::array<std::uint8_t, 6> mac{};
+};
+
+struct FrameFormat final {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t pixelFormat = gvsp::kPixelMono8;
+
+    std::uint32_t bytesPerPixel() const { return pixelFormat == gvsp::kPixelRgb8 ? 3 : 1; }
+    std::size_t imageSize() const { return std::size_t{width} * height * bytesPerPixel(); }
+};
+
+enum class AcquisitionMode { Continuous, SingleFrame, MultiFrame };
+
+// Everything the stream channel needs to know when acquisition starts.
+struct AcquisitionSetup final {
+    FrameFormat format;
+    AcquisitionMode mode = AcquisitionMode::Continuous;
+    std::uint32_t frameCount = 1; // MultiFrame only
+    bool softwareTriggered = false;
+    bool externallyTriggered = false; // trigger on but from a source we never fire
+    double framesPerSecond = 10.0;     // free running
+};
+
+// Commands a register write asked for; the server acts on them after the
+// write has been acknowledged in the register image.
+struct DeviceCommands final {
+    bool acquisitionStart = false;
+    bool acquisitionStop = false;
+    unsigned softwareTriggers = 0;
+};
+
+// Produces the pictures of one device. Called only from its stream thread.
+class FrameSource {
+public:
+    virtual ~FrameSource() = default;
+    // Fills image (resized to format.imageSize()) with frame frameNumber.
+    // The same frame number and format give the same bytes.
+    virtual void render(std::uint64_t frameNumber, const FrameFormat& format, std::vector<std::uint8_t>& image) = 0;
+};
+
+// The device-specific side. Calls come from the control thread under the
+// device's lock; the model needs no locking of its own.
+class DeviceModel {
+public:
+    virtual ~DeviceModel() = default;
+
+    virtual const DeviceIdentity& identity() const = 0;
+    // The file name announced in the XML URL (".zip" means a zipped description).
+    virtual std::string genicamFileName() const = 0;
+    virtual std::string_view genicamXml() const = 0;
+
+    // Registers outside the bootstrap block and the description. Return a
+    // GVCP status; out is fully written on success.
+    virtual gvcp::Status readMemory(std::uint32_t address, MutableByteView out) = 0;
+    virtual gvcp::Status writeMemory(std::uint32_t address, ByteView data, DeviceCommands& commands) = 0;
+
+    virtual AcquisitionSetup acquisitionSetup() const = 0;
+    // Told when streaming starts and stops, so image settings can be locked.
+    virtual void setAcquisitionActive(bool active) = 0;
+
+    // A new, independent picture source for a stream thread.
+    virtual std::unique_ptr<FrameSource> createFrameSource() const = 0;
+};
+
+} // namespace quorvex::sim

@@ -1,0 +1,195 @@
+#include "simulator_server.h"
+
+#include <algorithm>
+#include <array>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace quorvex::sim {
+
+namespace {
+
+// Larger than any valid command, so oversized ones are seen as such.
+constexpr std::size_t kReceiveBuffer = 2048;
+constexpr int kIdlePollMs = 200;
+
+} // namespace
+
+SimulatorServer::ServedDevice::ServedDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address,
+                                            std::uint16_t port)
+    : control(std::move(model), address), controlSocket(UdpSocket::bind(address, port))
+{
+    std::unique_ptr<FrameSource> source = control.model().createFrameSource();
+    stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source));
+    control.setStreamSourcePort(stream->sourcePort());
+}
+
+SimulatorServer::SimulatorServer(ServerOptions options) : m_options(options)
+{
+    m_wakeFd = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (m_wakeFd < 0)
+        throw SimulatorError("cannot create the simulator's wake-up event");
+}
+
+SimulatorServer::~SimulatorServer()
+{
+    stop();
+    m_devices.clear();
+    ::close(m_wakeFd);
+}
+
+void SimulatorServer::addDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address)
+{
+    if (m_running)
+        throw SimulatorError("devices can only be added before the simulator starts");
+    if (!isLoopback(address) || (address & 0xFF) == 0 || (address & 0xFF) == 0xFF)
+        throw SimulatorError("refusing to serve on " + formatIpv4(address) +
+                             ": only loopback host addresses (127.x.y.1-254) are used");
+    for (const auto& device : m_devices)
+        if (device->control.ipAddress() == address)
+            throw SimulatorError("two devices cannot share the address " + formatIpv4(address));
+    m_devices.push_back(std::make_unique<ServedDevice>(std::move(model), address, m_options.gvcpPort));
+}
+
+void SimulatorServer::start()
+{
+    if (m_running)
+        return;
+    if (m_options.answerBroadcasts)
+        m_broadcastSocket = UdpSocket::bind(0xFFFFFFFF, m_options.gvcpPort, true);
+    m_running = true;
+    m_thread = std::thread([this] { run(); });
+}
+
+void SimulatorServer::stop()
+{
+    if (!m_running.exchange(false))
+        return;
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t ignored = ::write(m_wakeFd, &one, sizeof one);
+    m_thread.join();
+    for (const auto& device : m_devices) {
+        StreamActions actions;
+        actions.stop = true;
+        device->stream->apply(actions);
+    }
+    m_broadcastSocket = UdpSocket();
+}
+
+std::uint32_t SimulatorServer::deviceAddress(std::size_t index) const
+{
+    return m_devices.at(index)->control.ipAddress();
+}
+
+StreamStatistics SimulatorServer::streamStatistics(std::size_t index) const
+{
+    return m_devices.at(index)->stream->statistics();
+}
+
+int SimulatorServer::pollTimeoutMs() const
+{
+    const Clock::time_point now = Clock::now();
+    int timeout = kIdlePollMs;
+    for (const auto& device : m_devices) {
+        std::optional<Clock::time_point> deadline;
+        {
+            const std::lock_guard<std::mutex> lock(device->mutex);
+            deadline = device->control.nextDeadline();
+        }
+        if (!deadline)
+            continue;
+        const auto remaining = std::chrono::duration_cast<std::chrono::milliseconds>(*deadline - now).count() + 1;
+        timeout = std::min<int>(timeout, static_cast<int>(std::max<long long>(remaining, 0)));
+    }
+    return timeout;
+}
+
+void SimulatorServer::run()
+{
+    std::vector<pollfd> fds;
+    fds.push_back({m_wakeFd, POLLIN, 0});
+    for (const auto& device : m_devices)
+        fds.push_back({device->controlSocket.fd(), POLLIN, 0});
+    if (m_broadcastSocket.isOpen())
+        fds.push_back({m_broadcastSocket.fd(), POLLIN, 0});
+
+    while (m_running) {
+        const int ready = ::poll(fds.data(), fds.size(), pollTimeoutMs());
+        if (ready > 0) {
+            for (std::size_t i = 0; i < m_devices.size(); ++i)
+                if (fds[i + 1].revents & POLLIN)
+                    serveDevice(*m_devices[i]);
+            if (m_broadcastSocket.isOpen() && (fds.back().revents & POLLIN))
+                serveBroadcasts();
+        }
+        expireHeartbeats();
+    }
+}
+
+void SimulatorServer::serveDevice(ServedDevice& device)
+{
+    std::array<std::uint8_t, kReceiveBuffer> buffer{};
+    std::vector<std::uint8_t> reply;
+    reply.reserve(gvcp::kHeaderSize + gvcp::kMaxPayload);
+    Peer sender;
+    long size = 0;
+    // Drain what is waiting, but give other devices a turn now and then.
+    for (int turn = 0; turn < 64 && (size = device.controlSocket.receiveFrom(sender, buffer.data(), buffer.size())) >= 0;
+         ++turn) {
+        if (!isLoopback(sender.address))
+            continue; // never answer anything that is not on this machine
+        StreamActions actions;
+        {
+            const std::lock_guard<std::mutex> lock(device.mutex);
+            device.control.handle({buffer.data(), static_cast<std::size_t>(size)}, sender, Clock::now(), reply,
+                                  actions);
+        }
+        if (!reply.empty())
+            device.controlSocket.sendTo(sender, reply.data(), reply.size());
+        else if (size < static_cast<long>(gvcp::kHeaderSize) || buffer[0] != gvcp::kCommandKey)
+            ++m_malformedPackets;
+        device.stream->apply(std::move(actions));
+    }
+}
+
+void SimulatorServer::serveBroadcasts()
+{
+    std::array<std::uint8_t, kReceiveBuffer> buffer{};
+    std::vector<std::uint8_t> reply;
+    Peer sender;
+    long size = 0;
+    for (int turn = 0; turn < 64 && (size = m_broadcastSocket.receiveFrom(sender, buffer.data(), buffer.size())) >= 0;
+         ++turn) {
+        if (!isLoopback(sender.address))
+            continue;
+        // Each device answers from its own socket, with its own address inside.
+        for (const auto& device : m_devices) {
+            bool answered = false;
+            {
+                const std::lock_guard<std::mutex> lock(device->mutex);
+                answered = device->control.handleBroadcast({buffer.data(), static_cast<std::size_t>(size)}, reply);
+            }
+            if (!answered) {
+                ++m_malformedPackets;
+                break;
+            }
+            device->controlSocket.sendTo(sender, reply.data(), reply.size());
+        }
+    }
+}
+
+void SimulatorServer::expireHeartbeats()
+{
+    const Clock::time_point now = Clock::now();
+    for (const auto& device : m_devices) {
+        StreamActions actions;
+        {
+            const std::lock_guard<std::mutex> lock(device->mutex);
+            device->control.tick(now, actions);
+        }
+        device->stream->apply(std::move(actions));
+    }
+}
+
+} // namespace quorvex::sim

@@ -1,0 +1,41 @@
+#pragma once
+// Requests from the control side of a device to its stream channel,
+// collected while a packet is handled and carried out after it.
+
+#include "device_model.h"
+#include "peer.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace quorvex::sim {
+
+struct StreamTarget final {
+    Peer destination;
+    std::uint32_t packetSize = 0;       // IP datagram size, as in the packet-size register
+    std::uint32_t packetDelayTicks = 0; // pause after each packet, in nanoseconds
+};
+
+struct ResendRequest final {
+    std::uint16_t blockId = 0;
+    std::uint32_t firstPacketId = 0;
+    std::uint32_t lastPacketId = 0;
+};
+
+struct StreamStart final {
+    AcquisitionSetup setup;
+    StreamTarget target;
+};
+
+struct StreamActions final {
+    bool stop = false;                 // carried out before start
+    std::optional<StreamStart> start;
+    unsigned softwareTriggers = 0;
+    std::optional<StreamTarget> testPacket;
+    std::vector<ResendRequest> resends;
+
+    bool empty() const { return !stop && !start && softwareTriggers == 0 && !testPacket && resends.empty(); }
+};
+
+} // namespace quorvex::sim

@@ -1,0 +1,88 @@
+#pragma once
+// The stream channel of one device: a thread that renders frames and sends
+// them as GVSP leader, payload and trailer packets, on software trigger
+// (at once) or free running at the frame rate. It also answers packet
+// resend requests and fires test packets.
+
+#include "device_model.h"
+#include "stream_actions.h"
+#include "udp_socket.h"
+
+#include <array>
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace quorvex::sim {
+
+struct StreamStatistics final {
+    std::uint64_t framesSent = 0;
+    std::uint64_t packetsSent = 0;
+    std::uint64_t sendFailures = 0;
+    std::uint64_t packetsResent = 0;
+};
+
+class StreamChannel final {
+public:
+    StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source);
+    ~StreamChannel();
+    StreamChannel(const StreamChannel&) = delete;
+    StreamChannel& operator=(const StreamChannel&) = delete;
+
+    std::uint16_t sourcePort() const { return m_sourcePort; }
+    // Queues what the control side asked for; never blocks on sending.
+    void apply(StreamActions actions);
+    StreamStatistics statistics() const;
+
+private:
+    struct SentFrame final {
+        std::uint16_t blockId = 0;
+        std::uint64_t timestamp = 0;
+        FrameFormat format;
+        std::uint32_t packetSize = 0;
+        std::vector<std::uint8_t> image;
+    };
+
+    void run();
+    bool frameDue(Clock::time_point now, Clock::time_point& wakeAt);
+    void sendFrame(std::uint64_t frameNumber, std::uint16_t blockId, const StreamTarget& target,
+                   const FrameFormat& format);
+    void sendResend(const ResendRequest& request, const StreamTarget& target);
+    void sendTestPacket(const StreamTarget& target);
+    // Sends packets built by fill(packetId, header, payload) for ids
+    // [first, last], batched into as few system calls as possible.
+    void sendPackets(const SentFrame& frame, const StreamTarget& target, std::uint32_t firstId, std::uint32_t lastId,
+                     std::uint16_t status);
+    std::uint32_t packetCount(const SentFrame& frame) const;
+
+    UdpSocket m_socket;
+    std::uint16_t m_sourcePort = 0;
+    std::unique_ptr<FrameSource> m_source;
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_quit = false;
+    bool m_running = false;
+    StreamStart m_start;
+    unsigned m_pendingTriggers = 0;
+    std::uint64_t m_framesThisAcquisition = 0;
+    Clock::time_point m_nextFrameTime{};
+    std::vector<ResendRequest> m_resends;
+    std::vector<StreamTarget> m_testPackets;
+    StreamStatistics m_statistics;
+
+    // Owned by the stream thread only.
+    std::uint64_t m_frameNumber = 0;
+    std::uint16_t m_blockId = 0;
+    std::array<SentFrame, 2> m_history;
+    std::size_t m_newest = 0;
+    std::vector<std::array<std::uint8_t, 44>> m_headers;
+
+    std::thread m_thread;
+};
+
+} // namespace quorvex::sim

@@ -1,0 +1,129 @@
+#include "options.h"
+
+#include "core/byte_order.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+namespace quorvex::sim {
+
+namespace {
+
+constexpr unsigned kMaxDemoDevices = 64;
+
+bool parseNumber(const std::string& text, unsigned long minimum, unsigned long maximum, unsigned long& value)
+{
+    if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos || text.size() > 9)
+        return false;
+    value = std::strtoul(text.c_str(), nullptr, 10);
+    return value >= minimum && value <= maximum;
+}
+
+} // namespace
+
+bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& options, std::string& error)
+{
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        std::string name = argument;
+        std::string value;
+        bool hasValue = false;
+        const std::size_t equals = argument.find('=');
+        if (argument.rfind("--", 0) == 0 && equals != std::string::npos) {
+            name = argument.substr(0, equals);
+            value = argument.substr(equals + 1);
+            hasValue = true;
+        }
+        const auto takeValue = [&]() {
+            if (hasValue)
+                return true;
+            if (i + 1 >= arguments.size()) {
+                error = "option " + name + " needs a value";
+                return false;
+            }
+            value = arguments[++i];
+            return true;
+        };
+
+        unsigned long number = 0;
+        if (name == "-h" || name == "--help") {
+            options.showHelp = true;
+        } else if (name == "--version") {
+            options.showVersion = true;
+        } else if (name == "-v" || name == "--verbose") {
+            options.verbose = true;
+        } else if (name == "--print-xml") {
+            options.printXml = true;
+        } else if (name == "--no-broadcast") {
+            options.answerBroadcasts = false;
+        } else if (name == "-n" || name == "--demo") {
+            if (!takeValue())
+                return false;
+            if (!parseNumber(value, 1, kMaxDemoDevices, number)) {
+                error = "--demo needs a number of devices from 1 to " + std::to_string(kMaxDemoDevices) + ", not '" +
+                        value + "'";
+                return false;
+            }
+            options.demoDevices = static_cast<unsigned>(number);
+        } else if (name == "-a" || name == "--base-address") {
+            if (!takeValue())
+                return false;
+            std::uint32_t address = 0;
+            if (!parseIpv4(value, address)) {
+                error = "--base-address needs a dotted IPv4 address, not '" + value + "'";
+                return false;
+            }
+            if (!isLoopback(address)) {
+                error = "--base-address must be a loopback address (127.x.y.z); " + value + " is not";
+                return false;
+            }
+            options.baseAddress = address;
+        } else if (name == "-p" || name == "--port") {
+            if (!takeValue())
+                return false;
+            if (!parseNumber(value, 1, 65535, number)) {
+                error = "--port needs a UDP port from 1 to 65535, not '" + value + "'";
+                return false;
+            }
+            options.gvcpPort = static_cast<std::uint16_t>(number);
+        } else {
+            error = "unknown option '" + argument + "' (see --help)";
+            return false;
+        }
+    }
+    // Every device needs a host address of its own inside 127.0.0.0/8.
+    const std::uint64_t last = std::uint64_t{options.baseAddress} + options.demoDevices - 1;
+    if (last > 0x7FFFFFFE) {
+        error = "not enough loopback addresses after " + formatIpv4(options.baseAddress) + " for " +
+                std::to_string(options.demoDevices) + " devices";
+        return false;
+    }
+    return true;
+}
+
+std::string usageText(const std::string& programName)
+{
+    return "Usage: " + programName + " [OPTION]...\n"
+           "Serves simulated GigE Vision code readers on loopback addresses until\n"
+           "interrupted (SIGINT or SIGTERM).\n"
+           "\n"
+           "  -n, --demo N            serve N demo code readers (1-64, default 2)\n"
+           "  -a, --base-address IP   address of the first device; the others follow\n"
+           "                          (default 127.0.0.2; must be in 127.0.0.0/8)\n"
+           "  -p, --port PORT         GVCP port (default 3956, the standard one)\n"
+           "      --no-broadcast      do not answer discovery broadcasts, only\n"
+           "                          commands sent to a device's own address\n"
+           "      --print-xml         print the demo device's GenICam description and exit\n"
+           "  -v, --verbose           print stream statistics every five seconds\n"
+           "      --version           print the version and exit\n"
+           "  -h, --help              print this help and exit\n"
+           "\n"
+           "Each device answers discovery, register and memory commands on UDP\n"
+           "<address>:<port> and streams to the address and port a client sets.\n"
+           "Nothing is ever sent outside 127.0.0.0/8.\n"
+           "\n"
+           "Exit status: 0 after a clean stop, 1 when an address or port cannot be\n"
+           "used, 2 for a wrong command line.\n";
+}
+
+} // namespace quorvex::sim

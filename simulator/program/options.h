@@ -1,0 +1,25 @@
+#pragma once
+// Command-line options of quorvex-simulator.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quorvex::sim {
+
+struct ProgramOptions final {
+    unsigned demoDevices = 2;
+    std::uint32_t baseAddress = 0x7F000002; // 127.0.0.2
+    std::uint16_t gvcpPort = 3956;
+    bool answerBroadcasts = true;
+    bool verbose = false;
+    bool showHelp = false;
+    bool showVersion = false;
+    bool printXml = false;
+};
+
+// Parses argv; on failure returns false with a message in error.
+bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& options, std::string& error);
+std::string usageText(const std::string& programName);
+
+} // namespace quorvex::sim
