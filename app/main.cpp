@@ -50,9 +50,9 @@ int main(int argc, char* argv[])
         w.show();
 
         auto* pFilter = new XQNativeEventFilter(&w);
-        QCoreApplication::installNativeEventFilter(pFilter);
+        app.installNativeEventFilter(pFilter);
         ret = QApplication::exec();
-        QCoreApplication::removeNativeEventFilter(pFilter);
+        app.removeNativeEventFilter(pFilter);
         delete pFilter;
 
         closeInstanceGuard();
