@@ -3,9 +3,11 @@
 // collect workflow on the left, the virtual cameras on the right.
 
 #include "CustomMainWindow.h"
+#include "XqCodeReaderCtrl.h"
 
 #include <QMap>
 #include <QString>
+#include <QVector>
 
 class CustomComboBox;
 class CustomLabel;
@@ -60,9 +62,24 @@ private slots:
 private:
     // Device discovery and the device table.
     void InitDeviceTable();
+    void FillDeviceRow(int row, const _XQ_CODEREADER_DEVICE_INFO_& record);
+    int GetDeviceRowCount();
+    void FindDeviceInfo(QString serial, _XQ_CODEREADER_DEVICE_INFO_& out);
+    int FindDeviceRow(QString serial);
+    void GetCheckCamera(QVector<_XQ_CODEREADER_DEVICE_INFO_>& out);
+
+    // The collect workflow.
+    void RemoveCollectThread(QString serial);
+    void DeleteCollectedFiles(QString serial);
+    bool DeleteFileOrFolder(QString path);
+    void StopAllCollect();
+
     // The collected-device selector and the virtual camera list.
     void InitComBoboxInfo();
     void InitVirtualCameraList();
+    // Writes a new camera's configuration group; warns and returns false
+    // when the store's file cannot be written.
+    bool WriteVirtualCameraConfig(QString strGroup, QString strModel);
 
     CustomTableWidget* m_pDeviceTable = nullptr;
     CustomPushButton* m_pCollectBtn = nullptr;
@@ -78,4 +95,5 @@ private:
     QMap<QString, QCollectInfoThread*> m_mapCollectThread;
     CustomPushButton* m_pHelpDocBtn = nullptr;
     CustomLabel* m_pWarningLabel = nullptr;
+    _XQ_CODEREADER_DEVICE_INFO_LIST_ m_stDeviceList{};
 };

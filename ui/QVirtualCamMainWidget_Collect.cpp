@@ -2,33 +2,155 @@
 
 #include "QVirtualCamMainWidget.h"
 
+#include "AppFolders.h"
+#include "CollectedFiles.h"
+#include "CustomComboBox.h"
+#include "CustomMessageBox.h"
+#include "CustomPushButton.h"
+#include "CustomTableWidget.h"
+#include "QCollectInfoThread.h"
+#include "XQInterface.h"
+
 #include <QCloseEvent>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDebug>
 
-QVirtualCamMainWidget::~QVirtualCamMainWidget() = default;
+#include <new>
 
-void QVirtualCamMainWidget::closeEvent(QCloseEvent* event)
+namespace {
+
+QString modelNameOf(const _XQ_CODEREADER_DEVICE_INFO_& record)
 {
-    CustomMainWindow::closeEvent(event);
+    return XQInterface::uchar2QString(record.stGigE.chModelName, 64, "UTF-8");
+}
+
+} // namespace
+
+QVirtualCamMainWidget::~QVirtualCamMainWidget()
+{
+    StopAllCollect();
 }
 
 void QVirtualCamMainWidget::OnCollectBtn()
 {
+    QVector<_XQ_CODEREADER_DEVICE_INFO_> vecDevices;
+    GetCheckCamera(vecDevices);
+    for (const _XQ_CODEREADER_DEVICE_INFO_& record : vecDevices) {
+        auto* pThread = new (std::nothrow) QCollectInfoThread(this);
+        if (!pThread)
+            return;
+        pThread->SetDeviceInfo(record);
+        connect(pThread, SIGNAL(SigDeviceCollectProgress(QString, int)), this,
+                SLOT(UpDateCollectProgress(QString, int)));
+        connect(pThread, SIGNAL(SigDeviceCollectStatus(QString, QString)), this,
+                SLOT(OnCollectStatus(QString, QString)));
+        connect(pThread, SIGNAL(SigDeviceCollectFinish(QString, QString)), this,
+                SLOT(OnCollectFinish(QString, QString)));
+        pThread->start(QThread::InheritPriority);
+        const QString strSerial = XQInterface::uchar2QString(record.stGigE.chSerialNumber, 64, "UTF-8");
+        m_mapCollectThread[strSerial] = pThread;
+    }
+    m_pCollectBtn->setEnabled(false);
 }
 
 void QVirtualCamMainWidget::UpDateCollectProgress(QString strSerialNumber, int nPercent)
 {
-    Q_UNUSED(strSerialNumber);
-    Q_UNUSED(nPercent);
+    if (!m_pDeviceTable)
+        return;
+    const int row = FindDeviceRow(strSerialNumber);
+    if (QTableWidgetItem* pItem = m_pDeviceTable->item(row, 4))
+        pItem->setText(QString());
+    m_pDeviceTable->setProgressBarVisible(row, 4, true, 0, 100);
+    m_pDeviceTable->updateProgressBarValue(row, 4, nPercent);
+    if (nPercent == 100)
+        m_pDeviceTable->setProgressBarVisible(row, 4, false, 0, 100);
 }
 
 void QVirtualCamMainWidget::OnCollectStatus(QString strSerialNumber, QString nInfo)
 {
-    Q_UNUSED(strSerialNumber);
-    Q_UNUSED(nInfo);
+    if (!m_pDeviceTable)
+        return;
+    const int row = FindDeviceRow(strSerialNumber);
+    m_pDeviceTable->setProgressBarVisible(row, 4, false, 0, 100);
+    if (QTableWidgetItem* pItem = m_pDeviceTable->item(row, 4)) {
+        pItem->setText(nInfo);
+        RemoveCollectThread(strSerialNumber);
+        DeleteCollectedFiles(strSerialNumber);
+    }
 }
 
 void QVirtualCamMainWidget::OnCollectFinish(QString strSerialNumber, QString nInfo)
 {
-    Q_UNUSED(strSerialNumber);
     Q_UNUSED(nInfo);
+    if (!m_pDeviceTable)
+        return;
+    const int row = FindDeviceRow(strSerialNumber);
+    m_pDeviceTable->setProgressBarVisible(row, 4, false, 0, 100);
+    QTableWidgetItem* pItem = m_pDeviceTable->item(row, 4);
+    if (!pItem)
+        return;
+    pItem->setText(tr("Collect Finished"));
+    _XQ_CODEREADER_DEVICE_INFO_ record{};
+    FindDeviceInfo(strSerialNumber, record);
+    const QString strModel = modelNameOf(record);
+    if (m_pVirtualComboBox->findText(strModel, Qt::MatchExactly | Qt::MatchCaseSensitive) < 0)
+        m_pVirtualComboBox->addItem(strModel);
+    RemoveCollectThread(strSerialNumber);
+}
+
+void QVirtualCamMainWidget::RemoveCollectThread(QString serial)
+{
+    const auto it = m_mapCollectThread.find(serial);
+    if (it != m_mapCollectThread.end()) {
+        QCollectInfoThread* pThread = it.value();
+        pThread->ReleaseDevices();
+        delete pThread;  // waits until the job's run() has returned
+        m_mapCollectThread.erase(it);
+    }
+    if (m_mapCollectThread.isEmpty())
+        m_pCollectBtn->setEnabled(true);
+}
+
+void QVirtualCamMainWidget::DeleteCollectedFiles(QString serial)
+{
+    _XQ_CODEREADER_DEVICE_INFO_ record{};
+    FindDeviceInfo(serial, record);
+    const QString strModel = modelNameOf(record);
+    const QStringList refused =
+        deleteCollectedFilesOf(QCoreApplication::applicationDirPath(), GetVirtualCameraRoot(), strModel);
+    if (!refused.isEmpty())
+        qInfo().noquote() << "not removing files of a device with the unusable model name" << strModel;
+}
+
+bool QVirtualCamMainWidget::DeleteFileOrFolder(QString path)
+{
+    return DeleteFileOrFolderAt(path);
+}
+
+void QVirtualCamMainWidget::StopAllCollect()
+{
+    if (m_mapCollectThread.isEmpty())
+        return;
+    for (auto it = m_mapCollectThread.begin(); it != m_mapCollectThread.end(); ++it) {
+        it.value()->ReleaseDevices();
+        DeleteCollectedFiles(it.key());
+        delete it.value();
+        it.value() = nullptr;
+    }
+    m_mapCollectThread = QMap<QString, QCollectInfoThread*>();
+}
+
+void QVirtualCamMainWidget::closeEvent(QCloseEvent* event)
+{
+    if (m_mapCollectThread.isEmpty())
+        return;
+    const int nAnswer = CustomMessageBox::ask(this, tr("Camera in collecting. Are you sure you want to quit?"),
+                                              tr("Prompt"), 3, QString(), false);
+    if (nAnswer == 1) {
+        close();
+        event->accept();
+    } else {
+        event->ignore();
+    }
 }
