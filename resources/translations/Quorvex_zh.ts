@@ -67,6 +67,10 @@
         <source>No image was captured!</source>
         <translation>未采集到图像！</translation>
     </message>
+    <message>
+        <source>Invalid device model name!</source>
+        <translation>设备型号名称无效！</translation>
+    </message>
 </context>
 <context>
     <name>QVirtualCamMainWidget</name>
