@@ -41,15 +41,16 @@ function(quorvex_suite_program target subdir)
 endfunction()
 
 # One test executable per unit:
-#   quorvex_add_test(NAME name SOURCES ... [LIBS ...] [QT] [GTEST] [NETNS]
+#   quorvex_add_test(NAME name SOURCES ... [LIBS ...] [QT] [GTEST] [NETNS] [XVFB]
 #                    [TIMEOUT seconds] [ENV VAR=value ...] [LABELS ...])
 # QT     links QtTest and runs on the offscreen platform.
 # GTEST  links GoogleTest's main.
 # NETNS  runs the test inside a private network namespace with only loopback up.
+# XVFB   runs the test on a virtual X display of its own (platform xcb).
 # Every test gets its own home: XDG folders and the tool's folder overrides
 # point into the build tree, so no test touches the real user's files.
 function(quorvex_add_test)
-  cmake_parse_arguments(T "QT;GTEST;NETNS" "NAME;TIMEOUT" "SOURCES;LIBS;ENV;LABELS" ${ARGN})
+  cmake_parse_arguments(T "QT;GTEST;NETNS;XVFB" "NAME;TIMEOUT" "SOURCES;LIBS;ENV;LABELS" ${ARGN})
   add_executable(${T_NAME} ${T_SOURCES})
   set_target_properties(${T_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests-bin")
   target_link_libraries(${T_NAME} PRIVATE ${T_LIBS} Threads::Threads)
@@ -71,6 +72,9 @@ function(quorvex_add_test)
   set(cmd "${CMAKE_SOURCE_DIR}/tests/run-test")
   if(T_NETNS)
     list(APPEND cmd --netns)
+  endif()
+  if(T_XVFB)
+    list(APPEND cmd --xvfb)
   endif()
   add_test(NAME ${T_NAME} COMMAND ${cmd} $<TARGET_FILE:${T_NAME}>)
 
