@@ -39,29 +39,6 @@ bool CopyDirectory(const QString& strSource, const QString& strDestination, bool
     return true;
 }
 
-bool DeleteFileOrFolder(const QString& strPath)
-{
-    if (strPath.isEmpty())
-        return false;
-    const QFileInfo info(strPath);
-    if (info.isSymLink() || info.isFile()) {
-        // The link itself goes; what it points at may lie outside the store.
-        info.dir().remove(info.fileName());
-        return true;
-    }
-    QDir folder(strPath);
-    if (!folder.exists())
-        return true;
-    const QFileInfoList entries = folder.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot);
-    for (const QFileInfo& entry : entries) {
-        if (entry.isDir() && !entry.isSymLink())
-            DeleteFileOrFolder(entry.absoluteFilePath());
-        else
-            folder.remove(entry.fileName());
-    }
-    return folder.rmdir(folder.absolutePath());
-}
-
 bool IsFileOccupied(const QString& strPath)
 {
     return quorvex::store::isHeldOpen(QFile::encodeName(strPath).toStdString());

@@ -1,5 +1,7 @@
 #pragma once
-// Folder copy and removal for the store, and the "held open" test.
+// Folder copy for the store, and the "held open" test. Removal is the
+// suite's DeleteFileOrFolderAt (CollectedFiles.h), shared with the collect
+// workflow.
 
 #include <QString>
 
@@ -11,11 +13,6 @@ namespace VirtualStore {
 // followed. False at the first failure, leaving a partial copy; a missing
 // source copies nothing and yields true.
 bool CopyDirectory(const QString& strSource, const QString& strDestination, bool bOverwrite);
-
-// Removes a file, or a folder with all its non-hidden contents. A folder
-// that keeps hidden entries stays, and the result is false. Symbolic links
-// are removed themselves, never followed.
-bool DeleteFileOrFolder(const QString& strPath);
 
 // True while a serving program holds the file (a client is connected to
 // that virtual camera), or when the file exists but cannot be tested. A

@@ -1,34 +1,146 @@
 // The collected-device selector, creating virtual cameras and their list.
+// The store's logic lives in store/; these slots only connect it to the
+// widgets.
 
 #include "QVirtualCamMainWidget.h"
 
+#include "AppFolders.h"
+#include "CustomComboBox.h"
+#include "CustomListWidget.h"
+#include "CustomMenu.h"
+#include "CustomMessageBox.h"
+#include "FileOperations.h"
+#include "StorePaths.h"
+#include "SupportedModels.h"
+#include "VirtualCameraConfig.h"
+#include "VirtualCameraCreation.h"
+#include "VirtualCameraList.h"
+
+#include <QAction>
+#include <QCursor>
+#include <QDateTime>
+#include <QDir>
+#include <QListWidgetItem>
+#include <QSettings>
+#include <QtDebug>
+
+namespace {
+
+constexpr int kGroupRole = Qt::UserRole + 2;
+constexpr int kModelRole = Qt::UserRole + 3;
+
+} // namespace
+
 void QVirtualCamMainWidget::InitComBoboxInfo()
 {
+    bool bRootExists = false;
+    const QStringList models = VirtualStore::ListCollectedModels(GetVirtualCameraRoot(), bRootExists);
+    if (!bRootExists)
+        qInfo() << "File is not exist.";
+    if (m_pVirtualComboBox)
+        m_pVirtualComboBox->addItems(models);
 }
 
 void QVirtualCamMainWidget::InitVirtualCameraList()
 {
+    if (!m_pVirtualCamSettings)
+        m_pVirtualCamSettings = VirtualStore::OpenVirtualCameraSettings(VirtualStore::ConfigFilePath(), this);
+    const QVector<VirtualStore::VirtualCameraEntry> entries =
+        VirtualStore::ReadVirtualCameraList(*m_pVirtualCamSettings);
+    for (const VirtualStore::VirtualCameraEntry& entry : entries)
+        UpdateVirtualCameraList(entry.strModel, entry.strGroup);
+}
+
+bool QVirtualCamMainWidget::WriteVirtualCameraConfig(QString strGroup, QString strModel)
+{
+    const QString strPath = VirtualStore::ConfigFilePath();
+    if (!VirtualStore::IsConfigFileWritable(strPath)) {
+        CustomMessageBox::warning(this, tr("The configuration file fails to be written. Start the tool as an administrator!"),
+                                  tr("Prompt"), CustomMessageBox::ConfirmButton);
+        return false;
+    }
+    if (!m_pVirtualCamSettings)
+        m_pVirtualCamSettings = VirtualStore::OpenVirtualCameraSettings(strPath, this);
+    VirtualStore::WriteVirtualCameraGroup(*m_pVirtualCamSettings, strGroup, strModel,
+                                          VirtualStore::SupportedModels());
+    return true;
 }
 
 void QVirtualCamMainWidget::OnAddVirtualBtn()
 {
+    const QString strText = m_pVirtualComboBox ? m_pVirtualComboBox->currentText() : QString();
+    const std::optional<VirtualStore::VirtualCameraPlan> plan =
+        VirtualStore::PlanVirtualCamera(strText, GetVirtualCameraRoot(), QDateTime::currentMSecsSinceEpoch());
+    if (!plan) {
+        if (!strText.isEmpty())
+            qInfo() << "Model name cannot name a camera folder:" << strText;
+        return;
+    }
+    QDir().mkpath(plan->strCameraFolder);
+    if (!WriteVirtualCameraConfig(plan->strGroup, plan->strModel))
+        return;
+    VirtualStore::CopyDirectory(plan->strSourceFolder, plan->strCameraFolder, true);
+    UpdateVirtualCameraList(plan->strModel, plan->strGroup);
 }
 
 void QVirtualCamMainWidget::UpdateVirtualComBobox()
 {
+    if (!m_pVirtualComboBox)
+        return;
+    m_pVirtualComboBox->clear();
+    bool bExists = false;
+    const QStringList names = VirtualStore::ListCollectedModels("VirtualCamera/Cameras", bExists);
+    if (!bExists)
+        qInfo() << "File is not exist.";
+    m_pVirtualComboBox->addItems(names);
 }
 
 void QVirtualCamMainWidget::OnDeleteVirtualCamera()
 {
+    QListWidgetItem* pItem = m_pVirtualCameraList ? m_pVirtualCameraList->currentItem() : nullptr;
+    if (!pItem)
+        return;
+    const QString strGroup = pItem->data(kGroupRole).toString();
+    const QString strModel = pItem->data(kModelRole).toString();
+    if (!VirtualStore::IsSafeStoreName(strGroup)) {
+        qInfo() << "Refusing to delete a camera whose group cannot name a folder:" << strGroup;
+        return;
+    }
+    // A model name that cannot name a file has no register file a server
+    // could hold.
+    const bool bOccupied = VirtualStore::IsSafeStoreName(strModel)
+        && VirtualStore::IsFileOccupied(VirtualStore::RegisterFilePath(strGroup, strModel));
+    if (bOccupied) {
+        CustomMessageBox::warning(this, tr("The camera is connected, please disconnect and try again!"), tr("Prompt"),
+                                  CustomMessageBox::ConfirmButton, QString());
+        return;
+    }
+    DeleteFileOrFolder(VirtualStore::CameraFolder(strGroup));
+    delete m_pVirtualCameraList->takeItem(m_pVirtualCameraList->currentRow());
+    if (m_pVirtualCamSettings)
+        m_pVirtualCamSettings->remove(strGroup);
 }
 
 void QVirtualCamMainWidget::UpdateVirtualCameraList(QString strDeviceModel, QString strSerialNumber)
 {
-    Q_UNUSED(strDeviceModel);
-    Q_UNUSED(strSerialNumber);
+    if (!m_pVirtualCameraList)
+        return;
+    auto* pItem = new QListWidgetItem(VirtualStore::VirtualCameraEntryText(strDeviceModel, strSerialNumber));
+    pItem->setData(kGroupRole, strSerialNumber);
+    pItem->setData(kModelRole, strDeviceModel);
+    m_pVirtualCameraList->addItem(pItem);
 }
 
 void QVirtualCamMainWidget::OnCustomContextMenuRequested(const QPoint& pos)
 {
-    Q_UNUSED(pos);
+    if (!m_pVirtualCameraList || !m_pVirtualCameraList->currentItem())
+        return;
+    auto* pMenu = new CustomMenu(m_pVirtualCameraList);
+    auto* pDeleteAction = new QAction(tr("Delete"), pMenu);
+    connect(pDeleteAction, &QAction::triggered, this, &QVirtualCamMainWidget::OnDeleteVirtualCamera);
+    pMenu->addAction(pDeleteAction);
+    pMenu->popup(m_pVirtualCameraList->mapToGlobal(pos));
+    pMenu->exec(QCursor::pos());
+    // A menu is made per request; once it has run it is no longer needed.
+    pMenu->deleteLater();
 }

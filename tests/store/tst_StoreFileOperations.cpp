@@ -1,7 +1,9 @@
-// Copying collection folders into the store, removing camera folders, and
-// telling whether a serving program holds a camera.
+// Copying collection folders into the store, removing camera folders (with
+// the suite's shared removal), and telling whether a serving program holds
+// a camera.
 
 #include "StoreTestSupport.h"
+#include "CollectedFiles.h"
 #include "FileOperations.h"
 #include "camera_hold.h"
 
@@ -72,21 +74,21 @@ private slots:
 
     void delete_removesFilesAndWholeFolders()
     {
-        QVERIFY(!DeleteFileOrFolder(QString()));
+        QVERIFY(!DeleteFileOrFolderAt(QString()));
         QVERIFY(StoreTest::WriteFile(Path("file.txt"), "x"));
-        QVERIFY(DeleteFileOrFolder(Path("file.txt")));
+        QVERIFY(DeleteFileOrFolderAt(Path("file.txt")));
         QVERIFY(!QFileInfo::exists(Path("file.txt")));
         StoreTest::MakeCollectionFolder(Path("cam"), "QV-ID200-13M");
-        QVERIFY(DeleteFileOrFolder(Path("cam")));
+        QVERIFY(DeleteFileOrFolderAt(Path("cam")));
         QVERIFY(!QFileInfo::exists(Path("cam")));
-        QVERIFY(DeleteFileOrFolder(Path("missing")));
+        QVERIFY(DeleteFileOrFolderAt(Path("missing")));
     }
 
     void delete_keepsAFolderWithHiddenFilesButEmptiesTheRest()
     {
         StoreTest::MakeCollectionFolder(Path("cam"), "QV-ID200-13M");
         QVERIFY(StoreTest::WriteFile(Path("cam/.keep"), "k"));
-        QVERIFY(!DeleteFileOrFolder(Path("cam")));
+        QVERIFY(!DeleteFileOrFolderAt(Path("cam")));
         QVERIFY(QFileInfo::exists(Path("cam/.keep")));
         QVERIFY(!QFileInfo::exists(Path("cam/Jpg")));
         QVERIFY(!QFileInfo::exists(Path("cam/QV-ID200-13M.xml")));
@@ -97,12 +99,12 @@ private slots:
         QVERIFY(StoreTest::WriteFile(Path("outside/precious.txt"), "keep me"));
         QVERIFY(StoreTest::WriteFile(Path("cam/1.jpg"), "1"));
         QVERIFY(QFile::link(Path("outside"), Path("cam/Jpg")));
-        QVERIFY(DeleteFileOrFolder(Path("cam")));
+        QVERIFY(DeleteFileOrFolderAt(Path("cam")));
         QVERIFY(!QFileInfo::exists(Path("cam")));
         QCOMPARE(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
 
         QVERIFY(QFile::link(Path("outside"), Path("link")));
-        QVERIFY(DeleteFileOrFolder(Path("link")));
+        QVERIFY(DeleteFileOrFolderAt(Path("link")));
         QCOMPARE(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
     }
 

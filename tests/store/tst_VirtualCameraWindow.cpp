@@ -1,0 +1,277 @@
+// The window's right half against a real store: the selector and list at
+// start-up, "Add", and "Delete" from the list's context menu, including the
+// refusal while a serving program holds the camera.
+
+#include "StoreTestSupport.h"
+#include "AppFolders.h"
+#include "CustomComboBox.h"
+#include "CustomListWidget.h"
+#include "CustomMessageBox.h"
+#include "CustomPushButton.h"
+#include "QVirtualCamMainWidget.h"
+#include "StorePaths.h"
+#include "camera_hold.h"
+
+#include <QAction>
+#include <QContextMenuEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QtTest>
+
+#include <functional>
+#include <memory>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr int kGroupRole = Qt::UserRole + 2;
+constexpr int kModelRole = Qt::UserRole + 3;
+
+// Runs handler on the next pop-up menu or modal dialog once it is shown;
+// both run their own event loop, so the answer has to come from a timer.
+void WhenShown(std::function<QWidget*()> find, std::function<void(QWidget*)> handler, int nTriesLeft = 200)
+{
+    QTimer::singleShot(10, [=]() {
+        if (QWidget* pWidget = find(); pWidget && pWidget->isVisible()) {
+            handler(pWidget);
+            return;
+        }
+        if (nTriesLeft > 0)
+            WhenShown(find, handler, nTriesLeft - 1);
+    });
+}
+
+QWidget* ActivePopup()
+{
+    return QApplication::activePopupWidget();
+}
+
+QWidget* ActiveModal()
+{
+    return QApplication::activeModalWidget();
+}
+
+// Answers the next message box with its confirm button and keeps its text.
+void ConfirmNextMessageBox(QString* pText)
+{
+    WhenShown(ActiveModal, [pText](QWidget* pBox) {
+        if (auto* pLabel = pBox->findChild<QLabel*>("MessageText"))
+            *pText = pLabel->text();
+        if (auto* pButton = pBox->findChild<QAbstractButton*>("ConfirmBtn"))
+            pButton->click();
+        else
+            pBox->close();
+    });
+}
+
+} // namespace
+
+class VirtualCameraWindowTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<QVirtualCamMainWidget> m_pWindow;
+
+    CustomComboBox* Selector() const { return m_pWindow->findChild<CustomComboBox*>(); }
+    CustomListWidget* List() const { return m_pWindow->findChild<CustomListWidget*>(); }
+    CustomPushButton* AddButton() const
+    {
+        for (CustomPushButton* pButton : m_pWindow->findChildren<CustomPushButton*>())
+            if (pButton->text() == "Add")
+                return pButton;
+        return nullptr;
+    }
+
+    void OpenWindow()
+    {
+        m_pWindow = std::make_unique<QVirtualCamMainWidget>();
+        QVERIFY(m_pWindow->Init());
+        QVERIFY(Selector() && List() && AddButton());
+    }
+
+    QStringList ListTexts() const
+    {
+        QStringList texts;
+        for (int nRow = 0; nRow < List()->count(); ++nRow)
+            texts << List()->item(nRow)->text();
+        return texts;
+    }
+
+    // Right-clicks the list's empty space and picks "Delete" from the menu;
+    // false if no menu came up.
+    bool DeleteThroughContextMenu()
+    {
+        bool bMenuShown = false;
+        WhenShown(ActivePopup, [&bMenuShown](QWidget* pPopup) {
+            bMenuShown = true;
+            auto* pMenu = qobject_cast<QMenu*>(pPopup);
+            QAction* pDelete = nullptr;
+            for (QAction* pAction : pMenu ? pMenu->actions() : QList<QAction*>())
+                if (pAction->text() == "Delete")
+                    pDelete = pAction;
+            // A click hides the menu first, then triggers the action.
+            pPopup->hide();
+            if (pDelete)
+                pDelete->trigger();
+        }, 20);
+        QWidget* pViewport = List()->viewport();
+        const QPoint pos(5, pViewport->height() - 5);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, pos, pViewport->mapToGlobal(pos));
+        QApplication::sendEvent(pViewport, &event);
+        // Let a pending answer timer run out when no menu came.
+        QTest::qWait(bMenuShown ? 0 : 300);
+        return bMenuShown;
+    }
+
+    QString CollectionRoot() const { return GetVirtualCameraRoot(); }
+
+    QByteArray ConfigBytes() const { return StoreTest::ReadFile(VirtualStore::ConfigFilePath()); }
+
+private slots:
+    void init()
+    {
+        QVERIFY(QDir(VirtualStore::StorePath()).removeRecursively());
+        QVERIFY(QDir(CollectionRoot()).removeRecursively());
+    }
+
+    void cleanup()
+    {
+        m_pWindow.reset();
+    }
+
+    void start_listsCollectedModelsAndStoreCamerasInTextOrder()
+    {
+        for (const char* name : {"QV-ID310-12M", "QV-ID100-DEMO", ".hidden"})
+            QVERIFY(QDir().mkpath(CollectionRoot() + "/" + name));
+        QVERIFY(StoreTest::WriteFile(VirtualStore::ConfigFilePath(), "[Global]\nVirtualMode=1\n"
+                                                                     "[Vir2]\nchModelName=Two\n"
+                                                                     "[Vir10]\nchModelName=Ten\n"
+                                                                     "[..]\nchModelName=Escape\n"));
+        OpenWindow();
+        QCOMPARE(Selector()->count(), 2);
+        QCOMPARE(Selector()->itemText(0), QString("QV-ID100-DEMO"));
+        QCOMPARE(Selector()->itemText(1), QString("QV-ID310-12M"));
+        QCOMPARE(ListTexts(), QStringList({"Ten(Vir10)", "Two(Vir2)"}));
+        QCOMPARE(List()->item(0)->data(kGroupRole).toString(), QString("Vir10"));
+        QCOMPARE(List()->item(0)->data(kModelRole).toString(), QString("Ten"));
+    }
+
+    void add_thenDelete_createsAndRemovesFolderGroupAndEntry()
+    {
+        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QV-ID310-12M", "QV-ID310-12M");
+        OpenWindow();
+        Selector()->setCurrentText("QV-ID310-12M");
+        AddButton()->click();
+
+        QCOMPARE(List()->count(), 1);
+        const QString strText = List()->item(0)->text();
+        const QRegularExpressionMatch match = QRegularExpression("^QV-ID310-12M\\((Vir\\d{8})\\)$").match(strText);
+        QVERIFY2(match.hasMatch(), qPrintable(strText));
+        const QString strGroup = match.captured(1);
+        QCOMPARE(List()->item(0)->data(kGroupRole).toString(), strGroup);
+        QCOMPARE(List()->item(0)->data(kModelRole).toString(), QString("QV-ID310-12M"));
+        const QString strFolder = VirtualStore::CameraFolder(strGroup);
+        QCOMPARE(StoreTest::ReadFile(strFolder + "/Jpg/2.jpg"),
+                 StoreTest::ReadFile(CollectionRoot() + "/QV-ID310-12M/Jpg/2.jpg"));
+        QTRY_VERIFY(ConfigBytes().contains(("chSerialNumber=" + strGroup).toUtf8()));
+
+        List()->setCurrentRow(0);
+        QVERIFY(DeleteThroughContextMenu());
+        QCOMPARE(List()->count(), 0);
+        QVERIFY(!QFileInfo::exists(strFolder));
+        QTRY_VERIFY(!ConfigBytes().contains(strGroup.toUtf8()));
+        QVERIFY(ConfigBytes().contains("[Global]"));
+    }
+
+    void delete_whileAServerHoldsTheCamera_isRefusedWithAWarning()
+    {
+        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QV-ID100-DEMO", "QV-ID100-DEMO");
+        OpenWindow();
+        Selector()->setCurrentText("QV-ID100-DEMO");
+        AddButton()->click();
+        QCOMPARE(List()->count(), 1);
+        const QString strGroup = List()->item(0)->data(kGroupRole).toString();
+
+        quorvex::store::CameraHold hold;
+        std::string error;
+        QVERIFY2(hold.acquire(VirtualStore::RegisterFilePath(strGroup, "QV-ID100-DEMO").toStdString(), error),
+                 error.c_str());
+        List()->setCurrentRow(0);
+        QString strWarning;
+        ConfirmNextMessageBox(&strWarning);
+        QVERIFY(DeleteThroughContextMenu());
+        QCOMPARE(strWarning, QString("The camera is connected, please disconnect and try again!"));
+        QCOMPARE(List()->count(), 1);
+        QVERIFY(QFileInfo::exists(VirtualStore::CameraFolder(strGroup) + "/QV-ID100-DEMO.xml"));
+
+        hold.release();
+        QVERIFY(DeleteThroughContextMenu());
+        QCOMPARE(List()->count(), 0);
+        QVERIFY(!QFileInfo::exists(VirtualStore::CameraFolder(strGroup)));
+    }
+
+    void delete_ofACameraWithoutRegisterFile_isAllowed_andHiddenFilesKeepItsFolder()
+    {
+        QVERIFY(StoreTest::WriteFile(VirtualStore::ConfigFilePath(), "[Vir12345678]\nchModelName=QV-ID900-05M\n"));
+        QVERIFY(StoreTest::WriteFile(VirtualStore::CameraFolder("Vir12345678") + "/Jpg/1.jpg", "1"));
+        QVERIFY(StoreTest::WriteFile(VirtualStore::CameraFolder("Vir12345678") + "/.keep", "k"));
+        OpenWindow();
+        QCOMPARE(List()->count(), 1);
+        List()->setCurrentRow(0);
+        QVERIFY(DeleteThroughContextMenu());
+        QCOMPARE(List()->count(), 0);
+        QVERIFY(!QFileInfo::exists(VirtualStore::CameraFolder("Vir12345678") + "/Jpg"));
+        QVERIFY(QFileInfo::exists(VirtualStore::CameraFolder("Vir12345678") + "/.keep"));
+        QTRY_VERIFY(!ConfigBytes().contains("Vir12345678"));
+    }
+
+    void contextMenu_needsACurrentEntry()
+    {
+        QVERIFY(StoreTest::WriteFile(VirtualStore::ConfigFilePath(), "[Vir1]\nchModelName=M\n"));
+        OpenWindow();
+        List()->setCurrentItem(nullptr);
+        QVERIFY(!DeleteThroughContextMenu());
+        QCOMPARE(List()->count(), 1);
+    }
+
+    void add_withEmptySelection_doesNothing()
+    {
+        OpenWindow();
+        QCOMPARE(Selector()->count(), 0);
+        AddButton()->click();
+        QCOMPARE(List()->count(), 0);
+        QVERIFY(!QFileInfo::exists(VirtualStore::StorePath() + "/Cameras"));
+    }
+
+    void add_withUnwritableConfiguration_warnsAndLeavesAnEmptyFolder()
+    {
+        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QV-ID310-12M", "QV-ID310-12M");
+        const QByteArray original = "[Global]\nVirtualMode=1\n";
+        QVERIFY(StoreTest::WriteFile(VirtualStore::ConfigFilePath(), original));
+        QVERIFY(::chmod(QFile::encodeName(VirtualStore::ConfigFilePath()).constData(), 0444) == 0);
+        OpenWindow();
+        Selector()->setCurrentText("QV-ID310-12M");
+        QString strWarning;
+        {
+            const StoreTest::FilePermissionsEnforced permissions;
+            QVERIFY2(permissions.IsActive(), "could not drop the capabilities that override file permissions");
+            ConfirmNextMessageBox(&strWarning);
+            AddButton()->click();
+        }
+        QCOMPARE(strWarning, QString("The configuration file fails to be written. Start the tool as an administrator!"));
+        QCOMPARE(List()->count(), 0);
+        m_pWindow.reset();
+        QCOMPARE(ConfigBytes(), original);
+        const QStringList folders = QDir(VirtualStore::StorePath() + "/Cameras").entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        QCOMPARE(folders.size(), 1);
+        QVERIFY(QDir(VirtualStore::StorePath() + "/Cameras/" + folders.first()).isEmpty());
+        ::chmod(QFile::encodeName(VirtualStore::ConfigFilePath()).constData(), 0644);
+    }
+};
+
+QTEST_MAIN(VirtualCameraWindowTest)
+#include "tst_VirtualCameraWindow.moc"
