@@ -1,0 +1,379 @@
+// Whole collection jobs against simulated devices on loopback, inside the
+// test's private network namespace: a complete job and what it leaves, the
+// progress sequence, the ignore list, two devices of one model at once, a
+// device that vanishes mid-walk, and a camera that is no code reader.
+
+#include "AravisDescription.h"
+#include "DeviceProcess.h"
+#include "FrameCodes.h"
+#include "JobRecorder.h"
+#include "SuiteLayout.h"
+#include "TestLog.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QMap>
+#include <QRegularExpression>
+#include <QtTest>
+
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+constexpr int kDiscoveryTimeoutMs = 30000;
+constexpr unsigned long kJobTimeoutMs = 240000;
+constexpr int kCornerTolerance = 4;
+
+const QByteArray kCsvHeader =
+    "TriggerIndex,FrameNum,PicPath,Code1,CodeType1,CodeCoordinate1,Code2,CodeType2,CodeCoordinate2,"
+    "Code3,CodeType3,CodeCoordinate3,Code4,CodeType4,CodeCoordinate4,Code5,CodeType5,CodeCoordinate5,"
+    "Code6,CodeType6,CodeCoordinate6\n";
+
+QByteArray ReadAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool WriteIgnoreList(const QByteArray& json)
+{
+    QDir().mkpath(QStringLiteral("Config"));
+    QFile file(QStringLiteral("Config/Config.json"));
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(json) == json.size();
+}
+
+bool UseShippedIgnoreList()
+{
+    return WriteIgnoreList(ReadAll(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/config/Config.json")));
+}
+
+// B and E as the job logged them; -1 when it logged no such step.
+int TotalFromLog(const TestLog& log, const QString& pattern)
+{
+    const QRegularExpression expression(pattern);
+    for (const QString& message : log.messages()) {
+        const QRegularExpressionMatch match = expression.match(message);
+        if (match.hasMatch())
+            return match.captured(1).toInt();
+    }
+    return -1;
+}
+
+QStringList FilesIn(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
+}
+
+bool WaitFor(const std::function<bool()>& condition, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition()) {
+        if (clock.elapsed() > timeoutMs)
+            return false;
+        QThread::msleep(5);
+    }
+    return true;
+}
+
+} // namespace
+
+class TestCollectJob final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void fullJob_leavesCollectionFolderAndReportsInOrder();
+    void ignoreList_skipsBySubstring();
+    void ignoreList_emptyPattern_readsNothing();
+    void twoDevicesOfOneModel_bothFinish();
+    void disconnectionMidWalk_endsWithCollectFailed();
+    void cameraWithoutRunningMode_failsImageCapture();
+
+private:
+    QString m_workFolder;
+};
+
+void TestCollectJob::init()
+{
+    // Each case starts from an empty collection root and staging folder.
+    QDir(CollectionRoot()).removeRecursively();
+    for (const QString& name : FilesIn(ApplicationDir())) {
+        if (name != QFileInfo(QCoreApplication::applicationFilePath()).fileName())
+            QFile::remove(ApplicationDir() + QLatin1Char('/') + name);
+    }
+    // The suite ships a "common" folder; the job makes only the last level.
+    QVERIFY(QDir().mkpath(SuiteRoot() + QStringLiteral("/common")));
+    QVERIFY(QDir::setCurrent(SuiteRoot()));
+}
+
+void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
+{
+    QVERIFY(UseShippedIgnoreList());
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QVERIFY2(!readers.isEmpty(), qPrintable(QStringLiteral("no code reader found; simulator said: ") + simulator.output()));
+    const XQ_CODEREADER_DEVICE_INFO& reader = readers.first();
+    const QString model = ModelOf(reader);
+    QVERIFY(!model.isEmpty());
+
+    TestLog log;
+    JobRecorder job(reader);
+    job.start();
+    QVERIFY2(job.wait(kJobTimeoutMs), "the job did not end");
+
+    QCOMPARE(job.statuses(), QStringList{});
+    QCOMPARE(job.finishes(), QStringList{QStringLiteral("Collect Finished")});
+    QCOMPARE(job.foreignReports(), 0);
+
+    // Folder: Jpg/1.jpg .. n.jpg, the CSV, the description and both dumps.
+    const QString folder = CollectionRoot() + QLatin1Char('/') + model;
+    QCOMPARE(FilesIn(folder), (QStringList{QStringLiteral("ImportInformation.csv"), QStringLiteral("Jpg"),
+                                           model + QStringLiteral(".xml"), model + QStringLiteral("_regfile.dat"),
+                                           model + QStringLiteral("_strRegFile.dat")}));
+    const QStringList images = FilesIn(folder + QStringLiteral("/Jpg"));
+    QVERIFY(!images.isEmpty());
+    for (int n = 1; n <= images.size(); ++n)
+        QVERIFY2(images.contains(QStringLiteral("%1.jpg").arg(n)), qPrintable(images.join(' ')));
+
+    // CSV: the exact header, then one CR LF row per image naming the codes
+    // that are really in that image.
+    const QByteArray csv = ReadAll(folder + QStringLiteral("/ImportInformation.csv"));
+    QVERIFY(csv.startsWith(kCsvHeader));
+    QByteArray body = csv.mid(kCsvHeader.size());
+    QVERIFY(body.endsWith("\r\n"));
+    body.chop(2);
+    const QList<QByteArray> rows = body.split('\n');
+    QCOMPARE(rows.size(), images.size());
+    int codesSeen = 0;
+    for (int n = 1; n <= rows.size(); ++n) {
+        QByteArray rowBytes = rows[n - 1];
+        QVERIFY2(rowBytes.endsWith('\r') || n == rows.size(), "data rows end in CR LF");
+        if (rowBytes.endsWith('\r'))
+            rowBytes.chop(1);
+        CsvRow row;
+        QVERIFY2(ParseCsvRow(QString::fromUtf8(rowBytes), &row), rowBytes.constData());
+        QCOMPARE(row.triggerIndex, QStringLiteral("1"));
+        QCOMPARE(row.frameNumber, QString::number(n));
+        QCOMPARE(row.picturePath, QStringLiteral("%1.jpg").arg(n));
+        QVERIFY(row.codes.size() <= 6);
+
+        QVector<FrameCode> decoded;
+        QVERIFY(DecodeFrameCodes(folder + QStringLiteral("/Jpg/%1.jpg").arg(n), &decoded));
+        QCOMPARE(row.codes.size(), std::min(decoded.size(), 6));
+        for (const FrameCode& written : row.codes) {
+            const auto match = std::find_if(decoded.cbegin(), decoded.cend(), [&](const FrameCode& code) {
+                return code.text == written.text;
+            });
+            QVERIFY2(match != decoded.cend(), qPrintable(QStringLiteral("frame %1: %2 is not in the image").arg(n).arg(written.text)));
+            QCOMPARE(written.typeName, match->typeName);
+            for (int i = 0; i < 8; ++i)
+                QVERIFY2(std::abs(written.corners[i] - match->corners[i]) <= kCornerTolerance,
+                         qPrintable(QStringLiteral("frame %1, %2: coordinate %3 is %4, the image has %5")
+                                        .arg(n).arg(written.text).arg(i).arg(written.corners[i]).arg(match->corners[i])));
+        }
+        codesSeen += row.codes.size();
+    }
+    QVERIFY2(codesSeen > 0, "the demo reader's frames show codes, so some row must name one");
+
+    // The description byte for byte, as Aravis reads it from the device.
+    const QByteArray xml = QByteArray::fromStdString(DescriptionFromAravis(AddressOf(reader).toStdString()));
+    QVERIFY(!xml.isEmpty());
+    QVERIFY(ReadAll(folder + QLatin1Char('/') + model + QStringLiteral(".xml")) == xml);
+    QVERIFY(QFileInfo(folder + QLatin1Char('/') + model + QStringLiteral("_regfile.dat")).size() > 0);
+    QVERIFY(QFileInfo(folder + QLatin1Char('/') + model + QStringLiteral("_strRegFile.dat")).exists());
+
+    // Nothing staged is left beside the program.
+    QCOMPARE(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+
+    // Progress: the capture counter (0), 9, 10, one value per boolean and
+    // per readable enumeration, then 99 and 100.
+    const int bools = TotalFromLog(log, QStringLiteral("^boolIndex\\[\\d+\\], boolTotal\\[(\\d+)\\]$"));
+    const int enums = TotalFromLog(log, QStringLiteral("^enumIndex\\[\\d+\\], enumTotal\\[(\\d+)\\]"));
+    QVERIFY2(bools > 0 && enums > 0, "a demo code reader has booleans and enumerations with several entries");
+    const QVector<int> progress = job.progress();
+    QVERIFY(progress.size() >= 5 + bools);
+    QCOMPARE(progress.mid(0, 3), (QVector<int>{0, 9, 10}));
+    for (int i = 0; i < bools; ++i) {
+        const int expected = static_cast<int>(static_cast<double>(static_cast<float>(i) / static_cast<float>(bools + enums)) * 0.9 * 100 + 10);
+        QCOMPARE(progress.at(3 + i), expected);
+    }
+    const QVector<int> enumPart = progress.mid(3 + bools, progress.size() - 5 - bools);
+    QVERIFY(enumPart.size() <= enums);
+    int j = 0;
+    for (const int value : enumPart) {
+        // Enumerations whose value cannot be read report nothing.
+        while (j < enums
+               && value != static_cast<int>(static_cast<double>(static_cast<float>(bools + j) / static_cast<float>(enums + bools)) * 0.9 * 100 + 10))
+            ++j;
+        QVERIFY2(j < enums, "enumeration progress out of order");
+        ++j;
+    }
+    QCOMPARE(progress.mid(progress.size() - 2), (QVector<int>{99, 100}));
+
+    // Log lines carry this class's file and functions.
+    QVERIFY(log.contains(QStringLiteral("collect %1 successs\n").arg(model)));
+    QVERIFY(log.contains(QStringLiteral("node = DeviceReset")));
+    int jobLines = 0;
+    for (const LogLine& line : log.lines()) {
+        if (!line.function.contains(QStringLiteral("QCollectInfoThread::")))
+            continue;
+        ++jobLines;
+        QVERIFY2(line.file.endsWith(QStringLiteral("QCollectInfoThread.cpp")), qPrintable(line.file));
+        QVERIFY(line.line > 0);
+    }
+    QVERIFY(jobLines > bools);
+}
+
+void TestCollectJob::ignoreList_skipsBySubstring()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QVERIFY2(!readers.isEmpty(), qPrintable(simulator.output()));
+
+    // "Trigger" covers TriggerMode, TriggerSource, TriggerSoftware and the
+    // reader's trigger strings: every name holding it is skipped, others not.
+    QVERIFY(WriteIgnoreList(R"({"IgnoreNodes": ["Trigger", "Trigger"]})"));
+    TestLog log;
+    JobRecorder job(readers.first());
+    job.start();
+    QVERIFY(job.wait(kJobTimeoutMs));
+    QCOMPARE(job.finishes().size(), 1);
+
+    const QStringList skipped = log.messagesStartingWith(QStringLiteral("no collect "));
+    QSet<QString> names;
+    for (const QString& line : skipped) {
+        const QString name = line.mid(QStringLiteral("no collect ").size());
+        QVERIFY2(name.contains(QStringLiteral("Trigger")), qPrintable(name));
+        names.insert(name);
+    }
+    QVERIFY2(names.contains(QStringLiteral("TriggerMode")), qPrintable(skipped.join('|')));
+    QVERIFY2(names.size() >= 2, "more than one feature holds the pattern");
+    QCOMPARE(log.messagesStartingWith(QStringLiteral("node = ")), QStringList({"node = Trigger", "node = Trigger"}));
+}
+
+void TestCollectJob::ignoreList_emptyPattern_readsNothing()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QVERIFY2(!readers.isEmpty(), qPrintable(simulator.output()));
+
+    // A non-string element turns into the empty pattern, which every name
+    // contains: nothing is read, so there is nothing to flip or step through.
+    QVERIFY(WriteIgnoreList(R"({"IgnoreNodes": [null]})"));
+    TestLog log;
+    JobRecorder job(readers.first());
+    job.start();
+    QVERIFY(job.wait(kJobTimeoutMs));
+    QCOMPARE(job.finishes(), QStringList{QStringLiteral("Collect Finished")});
+    QCOMPARE(job.progress(), (QVector<int>{0, 9, 10, 99, 100}));
+    QVERIFY(log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty());
+    QVERIFY(log.messagesStartingWith(QStringLiteral("enumIndex[")).isEmpty());
+    QVERIFY(log.messagesStartingWith(QStringLiteral("-----------------------collect ")).isEmpty());
+    QVERIFY(log.contains(QStringLiteral("no collect Root")));
+    QVERIFY(log.messagesStartingWith(QStringLiteral("no collect ")).size() > 10);
+}
+
+void TestCollectJob::twoDevicesOfOneModel_bothFinish()
+{
+    QVERIFY(UseShippedIgnoreList());
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(5, &error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(5, kDiscoveryTimeoutMs);
+    QVERIFY2(readers.size() >= 2, qPrintable(simulator.output()));
+    QMap<QString, QVector<XQ_CODEREADER_DEVICE_INFO>> byModel;
+    for (const auto& reader : readers)
+        byModel[ModelOf(reader)].append(reader);
+    const auto pair = std::find_if(byModel.cbegin(), byModel.cend(), [](const auto& group) { return group.size() >= 2; });
+    QVERIFY2(pair != byModel.cend(), "the simulator's demo readers have no two of one model");
+
+    JobRecorder first(pair->at(0));
+    JobRecorder second(pair->at(1));
+    QVERIFY(first.serialNumber() != second.serialNumber());
+    first.start();
+    second.start();
+    QVERIFY(first.wait(kJobTimeoutMs));
+    QVERIFY(second.wait(kJobTimeoutMs));
+    QCOMPARE(first.finishes(), QStringList{QStringLiteral("Collect Finished")});
+    QCOMPARE(second.finishes(), QStringList{QStringLiteral("Collect Finished")});
+    QCOMPARE(first.foreignReports(), 0);
+    QCOMPARE(second.foreignReports(), 0);
+    QCOMPARE(first.progress().constLast(), 100);
+    QCOMPARE(second.progress().constLast(), 100);
+
+    // They share one folder; whichever moved last left its files there.
+    const QString folder = CollectionRoot() + QLatin1Char('/') + pair.key();
+    QVERIFY(QFileInfo::exists(folder + QStringLiteral("/ImportInformation.csv")));
+    QVERIFY(QFileInfo::exists(folder + QLatin1Char('/') + pair.key() + QStringLiteral(".xml")));
+    QVERIFY(QFileInfo::exists(folder + QStringLiteral("/Jpg/1.jpg")));
+}
+
+void TestCollectJob::disconnectionMidWalk_endsWithCollectFailed()
+{
+    QVERIFY(UseShippedIgnoreList());
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QVERIFY2(!readers.isEmpty(), qPrintable(simulator.output()));
+
+    TestLog log;
+    JobRecorder job(readers.first());
+    job.start();
+    // Pull the plug once the boolean pass has begun.
+    QVERIFY2(WaitFor([&] { return !log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty() || job.wait(0); },
+                     static_cast<int>(kJobTimeoutMs)),
+             "the boolean pass never began");
+    QVERIFY2(!job.wait(0), "the job ended before the device could be pulled");
+    simulator.kill();
+
+    QVERIFY2(job.wait(kJobTimeoutMs), "the job hangs after the device vanished");
+    QCOMPARE(job.finishes(), QStringList{});
+    QVERIFY2(job.statuses().contains(QStringLiteral("Collect Failed!")), qPrintable(job.statuses().join('|')));
+    QCOMPARE(job.statuses().constLast(), QStringLiteral("Collect Failed!"));
+    QVERIFY(!job.progress().contains(99));
+}
+
+void TestCollectJob::cameraWithoutRunningMode_failsImageCapture()
+{
+    QVERIFY(UseShippedIgnoreList());
+    DeviceProcess camera;
+    QString error;
+    QVERIFY2(camera.startFakeCamera(&error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QVERIFY2(!readers.isEmpty(), qPrintable(QStringLiteral("the fake camera was not found: ") + camera.output()));
+
+    JobRecorder job(readers.first());
+    job.start();
+    QVERIFY(job.wait(kJobTimeoutMs));
+    QCOMPARE(job.statuses(), QStringList{QStringLiteral("Set Running Mode fail!")});
+    QCOMPARE(job.finishes(), QStringList{});
+    QCOMPARE(job.progress(), QVector<int>{});
+    // No feature capture: nothing staged, no description in the folder.
+    const QString model = ModelOf(readers.first());
+    QCOMPARE(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+    QVERIFY(!QFileInfo::exists(CollectionRoot() + QLatin1Char('/') + model + QLatin1Char('/') + model + QStringLiteral(".xml")));
+}
+
+int main(int argc, char** argv)
+{
+    RunFromOwnSuiteLayout(argv);
+    QCoreApplication app(argc, argv);
+    TestCollectJob test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_collect_job.moc"
