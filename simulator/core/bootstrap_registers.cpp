@@ -1,5 +1,7 @@
 #include "bootstrap_registers.h"
 
+#include "control_privilege.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -79,6 +81,7 @@ BootstrapRegisters::BootstrapRegisters(const DeviceIdentity& identity, std::uint
     setValue(kStreamChannelCount, 1);
     setValue(kStreamChannelCapability, 0x80000000);
     setValue(kGvcpCapability, kGvcpCapabilities);
+    setValue(kHeartbeatTimeout, ControlPrivilege::kDefaultHeartbeatTimeoutMs);
     setValue(kTickFrequencyHigh, 0);
     setValue(kTickFrequencyLow, kTickFrequency);
     setValue(kStreamPacketSize, gvcp::packetsize::kDefault);

@@ -101,7 +101,9 @@ gvcp::Status FeatureRegisters::read(std::uint32_t address, MutableByteView out) 
     for (; slot != m_slots.end() && slot->address < end; ++slot) {
         if (slot->address + slot->length <= address)
             continue;
-        if (!isAvailable(*slot->definition))
+        // Texts are refused while unavailable; numbers stay readable, since
+        // availability rules of other features are computed from them.
+        if (slot->definition->type == FeatureType::String && !isAvailable(*slot->definition))
             return gvcp::status::kAccessDenied;
         if (slot->definition->access == FeatureAccess::WriteOnly) {
             // Write-only registers read as zero rather than refusing.

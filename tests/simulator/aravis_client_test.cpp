@@ -3,12 +3,16 @@
 // streaming with decodable codes.
 
 #include "decode_helpers.h"
+#include "gvcp_client.h"
 #include "simulator_fixture.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
+#include <functional>
+#include <vector>
 #include <set>
 #include <string>
 #include <thread>
@@ -187,4 +191,279 @@ TEST_F(AravisClient, softwareTrigger_givesOneDecodableFramePerTrigger)
     // No trigger, no frame.
     EXPECT_EQ(stream.pop(std::chrono::milliseconds(300)), nullptr);
     execute(device.get(), "AcquisitionStop");
+}
+
+namespace {
+
+// Every feature node below Root, depth first.
+void walkFeatures(ArvGc* genicam, const char* name, const std::function<void(ArvGcFeatureNode*)>& visit)
+{
+    ArvGcNode* node = arv_gc_get_node(genicam, name);
+    if (!ARV_IS_GC_FEATURE_NODE(node))
+        return;
+    visit(ARV_GC_FEATURE_NODE(node));
+    if (!ARV_IS_GC_CATEGORY(node))
+        return;
+    std::vector<std::string> children;
+    for (const GSList* child = arv_gc_category_get_features(ARV_GC_CATEGORY(node)); child; child = child->next)
+        children.emplace_back(static_cast<const char*>(child->data));
+    for (const std::string& child : children)
+        walkFeatures(genicam, child.c_str(), visit);
+}
+
+// Features whose rewriting would cut the test's own connection or stream.
+bool isTransportFeature(const std::string& name)
+{
+    return name.rfind("Gev", 0) == 0 || name == "DeviceUserID";
+}
+
+} // namespace
+
+TEST_F(AravisClient, everyFeature_readsAndWritesBackThroughAravis)
+{
+    const auto server = test::startDemoServer(1);
+    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
+    ASSERT_TRUE(device.get());
+    ArvGc* genicam = arv_device_get_genicam(device.get());
+
+    int features = 0, read = 0, written = 0, unavailable = 0;
+    walkFeatures(genicam, "Root", [&](ArvGcFeatureNode* feature) {
+        ++features;
+        const std::string name = arv_gc_feature_node_get_name(feature);
+        GError* error = nullptr;
+        if (ARV_IS_GC_CATEGORY(feature) || ARV_IS_GC_COMMAND(feature))
+            return;
+        const bool available = arv_gc_feature_node_is_available(feature, &error);
+        ASSERT_EQ(error, nullptr) << name << ": " << takeError(error);
+        const ArvGcAccessMode access = arv_gc_feature_node_get_actual_access_mode(feature);
+        if (access == ARV_GC_ACCESS_MODE_WO)
+            return;
+        const std::string value = arv_gc_feature_node_get_value_as_string(feature, &error) ?: "";
+        if (!available) {
+            // The device itself refuses texts the description calls unavailable.
+            // Enumerations also pass for strings, so test for them first.
+            if (ARV_IS_GC_STRING(feature) && !ARV_IS_GC_ENUMERATION(feature)) {
+                EXPECT_NE(error, nullptr) << name << " is unavailable but was read";
+            }
+            g_clear_error(&error);
+            ++unavailable;
+            return;
+        }
+        ASSERT_EQ(error, nullptr) << name << ": " << takeError(error);
+        ++read;
+        if (access != ARV_GC_ACCESS_MODE_RW || isTransportFeature(name))
+            return;
+        arv_gc_feature_node_set_value_from_string(feature, value.c_str(), &error);
+        EXPECT_EQ(error, nullptr) << "writing " << name << " = " << value << ": " << takeError(error);
+        ++written;
+        // Booleans and enumerations go through every state and back.
+        if (ARV_IS_GC_BOOLEAN(feature)) {
+            const gboolean on = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(feature), &error);
+            arv_gc_boolean_set_value(ARV_GC_BOOLEAN(feature), !on, &error);
+            EXPECT_EQ(arv_gc_boolean_get_value(ARV_GC_BOOLEAN(feature), &error), !on) << name;
+            arv_gc_boolean_set_value(ARV_GC_BOOLEAN(feature), on, &error);
+        } else if (ARV_IS_GC_ENUMERATION(feature)) {
+            auto* enumeration = ARV_GC_ENUMERATION(feature);
+            for (const GSList* entry = arv_gc_enumeration_get_entries(enumeration); entry; entry = entry->next) {
+                const char* entryName = arv_gc_feature_node_get_name(ARV_GC_FEATURE_NODE(entry->data));
+                arv_gc_enumeration_set_string_value(enumeration, entryName, &error);
+                EXPECT_EQ(error, nullptr) << name << " = " << entryName << ": " << takeError(error);
+                EXPECT_STREQ(arv_gc_enumeration_get_string_value(enumeration, &error), entryName);
+            }
+            arv_gc_enumeration_set_string_value(enumeration, value.c_str(), &error);
+        } else if (ARV_IS_GC_STRING(feature)) {
+            arv_gc_string_set_value(ARV_GC_STRING(feature), "probe", &error);
+            EXPECT_STREQ(arv_gc_string_get_value(ARV_GC_STRING(feature), &error), "probe") << name;
+            arv_gc_string_set_value(ARV_GC_STRING(feature), value.c_str(), &error);
+        }
+        EXPECT_EQ(error, nullptr) << name << ": " << takeError(error);
+    });
+    EXPECT_GE(features, 150);
+    EXPECT_LE(features, 300);
+    EXPECT_GT(read, 100);
+    EXPECT_GT(written, 60);
+    EXPECT_GT(unavailable, 5);
+}
+
+TEST_F(AravisClient, codeReaderTexts_areReadableUnderTheSettingsThatEnableThem)
+{
+    const auto server = test::startDemoServer(1);
+    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
+    ASSERT_TRUE(device.get());
+    ArvDevice* dev = device.get();
+    GError* error = nullptr;
+    const auto readable = [&](const char* name) {
+        arv_device_get_string_feature_value(dev, name, &error);
+        const bool ok = error == nullptr;
+        g_clear_error(&error);
+        return ok;
+    };
+    // The collector's order: user set, then the code-reader block step by step.
+    setFeature(dev, "UserSetSelector", "Default");
+    execute(dev, "UserSetLoad");
+    setFeature(dev, "RunningMode", "Training");
+    setFeature(dev, "TriggerMode", "Off");
+    EXPECT_FALSE(readable("TcpEndTriggerStr"));
+    EXPECT_FALSE(readable("Barcodecharacterbegins"));
+
+    setFeature(dev, "RunningMode", "Normal");
+    setFeature(dev, "TriggerMode", "On");
+    setFeature(dev, "TriggerSource", "TcpStart");
+    setFeature(dev, "CommunicationProtocols", "TcpServer");
+    for (const char* enable : {"TcpEndTriggerEnable", "UdpEndTriggerEnable", "IOEndTriggerEnable",
+                               "SerialEndTriggerEnable", "BarcodecharacterbeginsEnable", "BarcodeContainStringEnable",
+                               "BarcodeNoContainStringEnable", "RegularExpressionRulesEnable"}) {
+        arv_device_set_boolean_feature_value(dev, enable, TRUE, &error);
+        EXPECT_EQ(error, nullptr) << enable << ": " << takeError(error);
+    }
+    for (const char* text : {"UdpEndTriggerStr", "TcpEndTriggerStr", "Barcodecharacterbegins", "BarcodeContainString",
+                             "BarcodeNoContainString", "TcpServerStartText", "TcpServerStopText",
+                             "TcpServerDelimiter", "RegularExpressionRules", "TcpStartTriggerStr"})
+        EXPECT_TRUE(readable(text)) << text;
+    EXPECT_FALSE(readable("UdpStartTriggerStr"));
+    EXPECT_FALSE(readable("TcpStartText"));
+
+    setFeature(dev, "TriggerSource", "UdpStart");
+    EXPECT_TRUE(readable("UdpStartTriggerStr"));
+    EXPECT_FALSE(readable("TcpStartTriggerStr"));
+    setFeature(dev, "CommunicationProtocols", "CommuPtlTcpIP");
+    for (const char* text : {"TcpStartText", "TcpStopText", "TcpDelimiter"})
+        EXPECT_TRUE(readable(text)) << text;
+    EXPECT_FALSE(readable("TcpServerStartText"));
+
+    // RunningMode takes the number 2 as well, which is Normal.
+    arv_device_set_integer_feature_value(dev, "RunningMode", 2, &error);
+    EXPECT_EQ(error, nullptr) << takeError(error);
+    EXPECT_STREQ(arv_device_get_string_feature_value(dev, "RunningMode", &error), "Normal");
+    arv_device_set_integer_feature_value(dev, "TriggerSource", 7, &error);
+    EXPECT_STREQ(arv_device_get_string_feature_value(dev, "TriggerSource", &error), "Software");
+}
+
+TEST_F(AravisClient, userSets_saveAndLoad_andDefaultRestoresFactoryValues)
+{
+    const auto server = test::startDemoServer(1);
+    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
+    ASSERT_TRUE(device.get());
+    ArvDevice* dev = device.get();
+    GError* error = nullptr;
+    arv_device_set_integer_feature_value(dev, "Width", 640, &error);
+    arv_device_set_float_feature_value(dev, "ExposureTime", 2500.0, &error);
+    setFeature(dev, "UserSetSelector", "UserSet1");
+    execute(dev, "UserSetSave");
+    setFeature(dev, "UserSetSelector", "Default");
+    execute(dev, "UserSetLoad");
+    EXPECT_EQ(arv_device_get_integer_feature_value(dev, "Width", &error), 1280);
+    EXPECT_DOUBLE_EQ(arv_device_get_float_feature_value(dev, "ExposureTime", &error), 1000.0);
+    setFeature(dev, "UserSetSelector", "UserSet1");
+    execute(dev, "UserSetLoad");
+    EXPECT_EQ(arv_device_get_integer_feature_value(dev, "Width", &error), 640);
+    EXPECT_EQ(arv_device_get_integer_feature_value(dev, "PayloadSize", &error), 640 * 1024);
+    EXPECT_DOUBLE_EQ(arv_device_get_float_feature_value(dev, "ExposureTime", &error), 2500.0);
+    EXPECT_EQ(error, nullptr) << takeError(error);
+}
+
+TEST_F(AravisClient, exclusiveAccess_refusesASecondClientUntilTheHeartbeatLapses)
+{
+    const auto server = test::startDemoServer(1);
+    const Peer device{test::kFirstDeviceAddress, gvcp::kPort};
+    {
+        // An Aravis controller turned exclusive keeps a second Aravis client out.
+        GObjectPtr<ArvDevice> first(open("127.0.0.2"));
+        ASSERT_TRUE(first.get());
+        GError* error = nullptr;
+        arv_device_write_register(first.get(), gvcp::reg::kControlChannelPrivilege,
+                                  gvcp::ccp::kControl | gvcp::ccp::kExclusive, &error);
+        ASSERT_EQ(error, nullptr) << takeError(error);
+        ArvDevice* second = arv_open_device("127.0.0.2", &error);
+        EXPECT_EQ(second, nullptr) << "opened despite exclusive access";
+        g_clear_error(&error);
+        if (second)
+            g_object_unref(second);
+    }
+
+    // A controller that stops beating: a bare client with a short time-out.
+    test::GvcpClient owner;
+    auto ack = owner.request(device, test::writeReg(gvcp::reg::kControlChannelPrivilege, gvcp::ccp::kExclusive));
+    ASSERT_TRUE(ack);
+    ASSERT_EQ(test::ackStatus(*ack), 0);
+    ack = owner.request(device, test::writeReg(gvcp::reg::kHeartbeatTimeout, 700));
+    ASSERT_TRUE(ack);
+    ASSERT_EQ(test::ackStatus(*ack), 0);
+
+    GError* error = nullptr;
+    ArvDevice* refused = arv_open_device("127.0.0.2", &error);
+    EXPECT_EQ(refused, nullptr);
+    g_clear_error(&error);
+    if (refused)
+        g_object_unref(refused);
+
+    std::this_thread::sleep_for(std::chrono::milliseconds(900));
+    GObjectPtr<ArvDevice> accepted(open("127.0.0.2"));
+    ASSERT_TRUE(accepted.get());
+    EXPECT_TRUE(arv_gv_device_is_controller(ARV_GV_DEVICE(accepted.get())));
+    // The lapsed owner is now the one refused.
+    ack = owner.request(device, test::writeReg(gvcp::reg::kControlChannelPrivilege, gvcp::ccp::kControl));
+    ASSERT_TRUE(ack);
+    EXPECT_EQ(test::ackStatus(*ack), gvcp::status::kAccessDenied);
+}
+
+TEST_F(AravisClient, freeRun_deliversFramesAtTheFrameRate)
+{
+    const auto server = test::startDemoServer(1);
+    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
+    ASSERT_TRUE(device.get());
+    ArvDevice* dev = device.get();
+    GError* error = nullptr;
+    setFeature(dev, "TriggerMode", "Off");
+    arv_device_set_integer_feature_value(dev, "Width", 640, &error);
+    arv_device_set_integer_feature_value(dev, "Height", 480, &error);
+    arv_device_set_boolean_feature_value(dev, "AcquisitionFrameRateEnable", TRUE, &error);
+    arv_device_set_float_feature_value(dev, "AcquisitionFrameRate", 25.0, &error);
+    ASSERT_EQ(error, nullptr) << takeError(error);
+    EXPECT_DOUBLE_EQ(arv_device_get_float_feature_value(dev, "ResultingFrameRate", &error), 25.0);
+    Stream stream(dev, 8);
+    ASSERT_TRUE(stream.get());
+    execute(dev, "AcquisitionStart");
+
+    int complete = 0;
+    const auto start = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - start < std::chrono::seconds(2)) {
+        ArvBuffer* buffer = stream.pop(std::chrono::milliseconds(200));
+        if (!buffer)
+            continue;
+        if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS)
+            ++complete;
+        stream.pushBack(buffer);
+    }
+    execute(dev, "AcquisitionStop");
+    // 25 frames a second for two seconds; generous bounds for a busy machine.
+    EXPECT_GE(complete, 40);
+    EXPECT_LE(complete, 52);
+}
+
+TEST_F(AravisClient, malformedPackets_leaveTheDeviceServing)
+{
+    const auto server = test::startDemoServer(1);
+    const Peer device{test::kFirstDeviceAddress, gvcp::kPort};
+    test::GvcpClient attacker;
+    const std::vector<std::vector<std::uint8_t>> junk{
+        {},
+        {0x42},
+        {0x42, 0x01, 0x00, 0x84, 0xFF, 0xFF, 0x00, 0x01},
+        std::vector<std::uint8_t>(4000, 0x42),
+        test::command(gvcp::command::kReadMem, 1, test::words({0, 0x7FFFFFFF})),
+        test::command(gvcp::command::kWriteMem, 1, std::vector<std::uint8_t>(1200, 0xEE)),
+        test::command(gvcp::command::kPacketResend, 1, test::words({0, 0, 0xFFFFFF}), 0),
+        test::command(0xFFFF, 1),
+    };
+    for (const auto& packet : junk)
+        attacker.send(device, packet);
+    // Whatever came back is a well-formed ack; the device still answers.
+    while (auto reply = attacker.receive(std::chrono::milliseconds(200)))
+        EXPECT_GE(reply->size(), 8u);
+    const auto ack = attacker.request(device, test::readReg(gvcp::reg::kStreamChannelCount, 9));
+    ASSERT_TRUE(ack);
+    EXPECT_EQ(test::ackWord(*ack, 0), 1u);
+    GObjectPtr<ArvDevice> opened(open("127.0.0.2"));
+    EXPECT_TRUE(opened.get());
 }
