@@ -1,0 +1,48 @@
+#pragma once
+// A private X server for a test and the few questions a test asks it: which
+// top-level windows exist, what they are called, which one has the focus.
+
+#include <QProcess>
+#include <QString>
+
+// Xlib's macros clash with Qt's headers: only the .cpp includes it.
+struct _XDisplay;
+using XWindowId = unsigned long;
+
+class XTestDisplay final
+{
+public:
+    XTestDisplay() = default;
+    ~XTestDisplay();
+    Q_DISABLE_COPY(XTestDisplay)
+
+    // Starts Xvfb on a free display number; false with errorText() set when
+    // it cannot (for example when Xvfb is not installed).
+    bool start();
+    QString errorText() const { return m_strError; }
+    QString name() const { return m_strName; } // ":N"
+
+    // A mapped top-level window whose title contains the text; 0 when none.
+    XWindowId findWindow(const QString& titlePart) const;
+    int countWindows(const QString& titlePart) const;
+    QString title(XWindowId window) const;
+
+    // The top-level window that holds the keyboard focus, 0 when none.
+    XWindowId focusedTopLevel() const;
+
+    // Maps a plain window of our own and gives it the focus.
+    XWindowId showDecoyWithFocus();
+
+    void destroyWindow(XWindowId window) const;
+
+    // Asks a window to close, as a window manager's close button does.
+    void requestClose(XWindowId window) const;
+
+private:
+    QList<XWindowId> topLevelWindows() const;
+
+    QProcess m_server;
+    _XDisplay* m_pDisplay = nullptr;
+    QString m_strName;
+    QString m_strError;
+};
