@@ -74,7 +74,7 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value");
         QTest::newRow("plain") << "Vir73440012" << "chModelName" << "QV-ID310-12M";
-        QTest::newRow("inner space") << "Vir1" << "chDeviceVersion" << "V3.0.0.R 240611";
+        QTest::newRow("inner space") << "Vir1" << "chDeviceVersion" << "V3.2.1.R 240315";
         QTest::newRow("empty") << "Vir1" << "chUserDefinedName" << "";
         QTest::newRow("outer spaces") << "Vir1" << "name" << "  padded  ";
         QTest::newRow("separators") << "Vir1" << "name" << "a;b,c=d";
@@ -185,7 +185,7 @@ private slots:
             QSettings settings(StoreDir() + "/VirtualCameraConfig.ini", QSettings::IniFormat);
             settings.setIniCodec("utf-8");
             AddCamera(settings, "Vir20000002", "QV-ID700-50M", 12);
-            AddCamera(settings, "Vir10000001", "QV-ID100-DEMO");
+            AddCamera(settings, "Vir10000001", "QVX-ID2040M");
         }
         const StoreListing listing = readStore(Utf8(StoreDir()));
         QVERIFY(listing.configFileFound);
@@ -194,8 +194,8 @@ private slots:
 
         const StoreCamera& first = listing.cameras[0];
         QCOMPARE(first.group, std::string("Vir10000001"));
-        QCOMPARE(first.modelName, std::string("QV-ID100-DEMO"));
-        QCOMPARE(first.deviceVersion, std::string("V3.0.0.R 240611"));
+        QCOMPARE(first.modelName, std::string("QVX-ID2040M"));
+        QCOMPARE(first.deviceVersion, std::string("V3.2.1.R 240315"));
         QCOMPARE(first.manufacturerName, std::string("GEV"));
         QCOMPARE(first.userDefinedName, std::string());
         QCOMPARE(first.majorVersion, 2u);
@@ -209,9 +209,9 @@ private slots:
         QCOMPARE(first.mac[5], std::uint8_t(first.macLow));
         const std::string folder = Utf8(StoreDir()) + "/Cameras/Vir10000001";
         QCOMPARE(first.folder, folder);
-        QCOMPARE(first.genicamXml, folder + "/QV-ID100-DEMO.xml");
-        QCOMPARE(first.registerFile, folder + "/QV-ID100-DEMO_regfile.dat");
-        QCOMPARE(first.stringRegisterFile, folder + "/QV-ID100-DEMO_strRegFile.dat");
+        QCOMPARE(first.genicamXml, folder + "/QVX-ID2040M.xml");
+        QCOMPARE(first.registerFile, folder + "/QVX-ID2040M_regfile.dat");
+        QCOMPARE(first.stringRegisterFile, folder + "/QVX-ID2040M_strRegFile.dat");
         QCOMPARE(first.importInformation, folder + "/ImportInformation.csv");
         QCOMPARE(first.images, (std::vector<std::string>{folder + "/Jpg/1.jpg", folder + "/Jpg/2.jpg",
                                                         folder + "/Jpg/3.jpg"}));

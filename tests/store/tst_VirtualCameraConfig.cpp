@@ -91,13 +91,13 @@ private slots:
         {
             QSettings settings(ConfigPath(), QSettings::IniFormat);
             settings.setIniCodec("utf-8");
-            WriteVirtualCameraGroup(settings, "Vir73440012", "QV-ID310-12M", models);
+            WriteVirtualCameraGroup(settings, "Vir73440012", "QVX-ID2040M", models);
         }
         const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
         const GeneratedIdentity identity = TakeIdentity(bytes, "Vir73440012");
         QVERIFY2(!identity.strMac.isEmpty(), bytes.constData());
         QVERIFY2(!identity.strIp.isEmpty(), bytes.constData());
-        QCOMPARE(bytes, kGlobal + "\n" + ExpectedGroup("Vir73440012", "QV-ID310-12M", "V3.0.0.R 240611", identity));
+        QCOMPARE(bytes, kGlobal + "\n" + ExpectedGroup("Vir73440012", "QVX-ID2040M", "V3.2.1.R 240315", identity));
     }
 
     void twoCamerasOfOneModel_shareModelAndVersionButNotSerial()
@@ -106,14 +106,14 @@ private slots:
         {
             QSettings settings(ConfigPath(), QSettings::IniFormat);
             settings.setIniCodec("utf-8");
-            WriteVirtualCameraGroup(settings, "Vir10000001", "QV-ID500-20M", models);
-            WriteVirtualCameraGroup(settings, "Vir10000002", "QV-ID500-20M", models);
+            WriteVirtualCameraGroup(settings, "Vir10000001", "QVX-ID3160C", models);
+            WriteVirtualCameraGroup(settings, "Vir10000002", "QVX-ID3160C", models);
         }
         const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
         const QByteArray expected = kGlobal + "\n"
-            + ExpectedGroup("Vir10000001", "QV-ID500-20M", "V3.1.2.R 240903", TakeIdentity(bytes, "Vir10000001"))
+            + ExpectedGroup("Vir10000001", "QVX-ID3160C", "V3.4.0.R 240902", TakeIdentity(bytes, "Vir10000001"))
             + "\n"
-            + ExpectedGroup("Vir10000002", "QV-ID500-20M", "V3.1.2.R 240903", TakeIdentity(bytes, "Vir10000002"));
+            + ExpectedGroup("Vir10000002", "QVX-ID3160C", "V3.4.0.R 240902", TakeIdentity(bytes, "Vir10000002"));
         QCOMPARE(bytes, expected);
     }
 
@@ -124,7 +124,7 @@ private slots:
         SupportedModelTable models;
         {
             std::unique_ptr<QSettings> settings(OpenVirtualCameraSettings(ConfigPath(), nullptr));
-            WriteVirtualCameraGroup(*settings, "Vir00000002", "QV-ID110-03M", models);
+            WriteVirtualCameraGroup(*settings, "Vir00000002", "QVX-ID1003M", models);
         }
         QSettings reread(ConfigPath(), QSettings::IniFormat);
         QCOMPARE(reread.value("Global/VirtualMode").toString(), QString("1"));

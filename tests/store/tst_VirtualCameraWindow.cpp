@@ -145,7 +145,7 @@ private slots:
 
     void start_listsCollectedModelsAndStoreCamerasInTextOrder()
     {
-        for (const char* name : {"QV-ID310-12M", "QV-ID100-DEMO", ".hidden"})
+        for (const char* name : {"QVX-ID5120M", "QVX-ID2040M", ".hidden"})
             QVERIFY(QDir().mkpath(CollectionRoot() + "/" + name));
         QVERIFY(StoreTest::WriteFile(VirtualStore::ConfigFilePath(), "[Global]\nVirtualMode=1\n"
                                                                      "[Vir2]\nchModelName=Two\n"
@@ -153,8 +153,8 @@ private slots:
                                                                      "[..]\nchModelName=Escape\n"));
         OpenWindow();
         QCOMPARE(Selector()->count(), 2);
-        QCOMPARE(Selector()->itemText(0), QString("QV-ID100-DEMO"));
-        QCOMPARE(Selector()->itemText(1), QString("QV-ID310-12M"));
+        QCOMPARE(Selector()->itemText(0), QString("QVX-ID2040M"));
+        QCOMPARE(Selector()->itemText(1), QString("QVX-ID5120M"));
         QCOMPARE(ListTexts(), QStringList({"Ten(Vir10)", "Two(Vir2)"}));
         QCOMPARE(List()->item(0)->data(kGroupRole).toString(), QString("Vir10"));
         QCOMPARE(List()->item(0)->data(kModelRole).toString(), QString("Ten"));
@@ -162,21 +162,21 @@ private slots:
 
     void add_thenDelete_createsAndRemovesFolderGroupAndEntry()
     {
-        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QV-ID310-12M", "QV-ID310-12M");
+        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID5120M", "QVX-ID5120M");
         OpenWindow();
-        Selector()->setCurrentText("QV-ID310-12M");
+        Selector()->setCurrentText("QVX-ID5120M");
         AddButton()->click();
 
         QCOMPARE(List()->count(), 1);
         const QString strText = List()->item(0)->text();
-        const QRegularExpressionMatch match = QRegularExpression("^QV-ID310-12M\\((Vir\\d{8})\\)$").match(strText);
+        const QRegularExpressionMatch match = QRegularExpression("^QVX-ID5120M\\((Vir\\d{8})\\)$").match(strText);
         QVERIFY2(match.hasMatch(), qPrintable(strText));
         const QString strGroup = match.captured(1);
         QCOMPARE(List()->item(0)->data(kGroupRole).toString(), strGroup);
-        QCOMPARE(List()->item(0)->data(kModelRole).toString(), QString("QV-ID310-12M"));
+        QCOMPARE(List()->item(0)->data(kModelRole).toString(), QString("QVX-ID5120M"));
         const QString strFolder = VirtualStore::CameraFolder(strGroup);
         QCOMPARE(StoreTest::ReadFile(strFolder + "/Jpg/2.jpg"),
-                 StoreTest::ReadFile(CollectionRoot() + "/QV-ID310-12M/Jpg/2.jpg"));
+                 StoreTest::ReadFile(CollectionRoot() + "/QVX-ID5120M/Jpg/2.jpg"));
         QTRY_VERIFY(ConfigBytes().contains(("chSerialNumber=" + strGroup).toUtf8()));
 
         List()->setCurrentRow(0);
@@ -189,16 +189,16 @@ private slots:
 
     void delete_whileAServerHoldsTheCamera_isRefusedWithAWarning()
     {
-        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QV-ID100-DEMO", "QV-ID100-DEMO");
+        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID2040M", "QVX-ID2040M");
         OpenWindow();
-        Selector()->setCurrentText("QV-ID100-DEMO");
+        Selector()->setCurrentText("QVX-ID2040M");
         AddButton()->click();
         QCOMPARE(List()->count(), 1);
         const QString strGroup = List()->item(0)->data(kGroupRole).toString();
 
         quorvex::store::CameraHold hold;
         std::string error;
-        QVERIFY2(hold.acquire(VirtualStore::RegisterFilePath(strGroup, "QV-ID100-DEMO").toStdString(), error),
+        QVERIFY2(hold.acquire(VirtualStore::RegisterFilePath(strGroup, "QVX-ID2040M").toStdString(), error),
                  error.c_str());
         List()->setCurrentRow(0);
         QString strWarning;
@@ -206,7 +206,7 @@ private slots:
         QVERIFY(DeleteThroughContextMenu());
         QCOMPARE(strWarning, QString("The camera is connected, please disconnect and try again!"));
         QCOMPARE(List()->count(), 1);
-        QVERIFY(QFileInfo::exists(VirtualStore::CameraFolder(strGroup) + "/QV-ID100-DEMO.xml"));
+        QVERIFY(QFileInfo::exists(VirtualStore::CameraFolder(strGroup) + "/QVX-ID2040M.xml"));
 
         hold.release();
         QVERIFY(DeleteThroughContextMenu());
@@ -249,12 +249,12 @@ private slots:
 
     void add_withUnwritableConfiguration_warnsAndLeavesAnEmptyFolder()
     {
-        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QV-ID310-12M", "QV-ID310-12M");
+        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID5120M", "QVX-ID5120M");
         const QByteArray original = "[Global]\nVirtualMode=1\n";
         QVERIFY(StoreTest::WriteFile(VirtualStore::ConfigFilePath(), original));
         QVERIFY(::chmod(QFile::encodeName(VirtualStore::ConfigFilePath()).constData(), 0444) == 0);
         OpenWindow();
-        Selector()->setCurrentText("QV-ID310-12M");
+        Selector()->setCurrentText("QVX-ID5120M");
         QString strWarning;
         {
             const StoreTest::FilePermissionsEnforced permissions;
