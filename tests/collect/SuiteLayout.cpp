@@ -26,6 +26,7 @@ fs::path HomeFolder()
         std::exit(2);
     }
     setenv("QUORVEX_TEST_HOME", pattern, 1);
+    setenv("QUORVEX_COLLECT_TEMPORARY_HOME", "1", 1);
     return fs::path(pattern);
 }
 
@@ -77,4 +78,12 @@ QString ApplicationDir()
 QString CollectionRoot()
 {
     return SuiteRoot() + QStringLiteral("/common/VirtualCamera");
+}
+
+void RemoveTemporaryHome()
+{
+    if (std::getenv("QUORVEX_COLLECT_TEMPORARY_HOME") == nullptr)
+        return;
+    std::error_code error;
+    fs::remove_all(HomeFolder(), error);
 }

@@ -11,6 +11,10 @@
 // it execs the copy (same pid, same arguments) or exits with a message.
 void RunFromOwnSuiteLayout(char** argv);
 
+// Removes the home when it was made here because none was given (a program
+// started by hand); a home given by CTest stays for inspection.
+void RemoveTemporaryHome();
+
 // The folders of the relocated copy.
 QString SuiteRoot();       // <home>/suite
 QString ApplicationDir();  // <home>/suite/apps/Quorvex
