@@ -1,0 +1,244 @@
+// Measures a GigE Vision device the way the SDKs use it, through Aravis:
+// GVCP register reads per second, a free-running 1280x1024 Mono8 stream
+// (frames/s, MB/s) and software-trigger-to-frame latency. Given two device
+// addresses it measures both with the same loops and prints the ratios.
+//
+//   simulator_bench [--seconds S] [--packet-size N] ADDRESS [REFERENCE_ADDRESS]
+
+#include <arv.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+struct Figures final {
+    bool ok = false;
+    double readsPerSecond = 0;
+    double framesPerSecond = 0;
+    double megabytesPerSecond = 0;
+    double incompleteFrames = 0;
+    double latencyMedianMs = 0;
+    double latencyP90Ms = 0;
+};
+
+struct Settings final {
+    double seconds = 3.0;
+    unsigned packetSize = 8192;
+};
+
+double secondsSince(Clock::time_point start)
+{
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+bool check(GError*& error, const char* what)
+{
+    if (!error)
+        return true;
+    std::fprintf(stderr, "  %s: %s\n", what, error->message);
+    g_clear_error(&error);
+    return false;
+}
+
+ArvStream* createStream(ArvDevice* device, unsigned buffers)
+{
+    GError* error = nullptr;
+    arv_gv_device_set_stream_options(ARV_GV_DEVICE(device), ARV_GV_STREAM_OPTION_PACKET_SOCKET_DISABLED);
+    ArvStream* stream = arv_device_create_stream(device, nullptr, nullptr, &error);
+    if (!check(error, "create stream"))
+        return nullptr;
+    g_object_set(stream, "socket-buffer", ARV_GV_STREAM_SOCKET_BUFFER_AUTO, "packet-resend",
+                 ARV_GV_STREAM_PACKET_RESEND_NEVER, nullptr);
+    const gint64 payload = arv_device_get_integer_feature_value(device, "PayloadSize", &error);
+    check(error, "PayloadSize");
+    for (unsigned i = 0; i < buffers; ++i)
+        arv_stream_push_buffer(stream, arv_buffer_new_allocate(static_cast<std::size_t>(payload)));
+    return stream;
+}
+
+void measureReads(ArvDevice* device, const Settings& settings, Figures& figures)
+{
+    GError* error = nullptr;
+    guint32 value = 0;
+    std::uint64_t reads = 0;
+    const Clock::time_point start = Clock::now();
+    while (secondsSince(start) < settings.seconds) {
+        // The stream channel's packet size register: plain bootstrap, same on every device.
+        arv_device_read_register(device, 0x0D04, &value, &error);
+        if (!check(error, "read register"))
+            return;
+        ++reads;
+    }
+    figures.readsPerSecond = reads / secondsSince(start);
+}
+
+void measureStream(ArvDevice* device, const Settings& settings, Figures& figures)
+{
+    GError* error = nullptr;
+    arv_device_set_string_feature_value(device, "TriggerMode", "Off", &error);
+    check(error, "TriggerMode");
+    // As fast as each device allows: our reader needs the rate switch, the reference ignores it.
+    if (arv_device_get_feature(device, "AcquisitionFrameRateEnable"))
+        arv_device_set_boolean_feature_value(device, "AcquisitionFrameRateEnable", TRUE, &error);
+    if (arv_device_get_feature(device, "ExposureTime"))
+        arv_device_set_float_feature_value(device, "ExposureTime", 100.0, &error);
+    else if (arv_device_get_feature(device, "ExposureTimeAbs"))
+        arv_device_set_float_feature_value(device, "ExposureTimeAbs", 100.0, &error);
+    g_clear_error(&error);
+    arv_device_set_float_feature_value(device, "AcquisitionFrameRate", 1000.0, &error);
+    g_clear_error(&error);
+
+    ArvStream* stream = createStream(device, 16);
+    if (!stream)
+        return;
+    arv_device_execute_command(device, "AcquisitionStart", &error);
+    check(error, "AcquisitionStart");
+    // Let the socket buffer grow before counting.
+    for (int i = 0; i < 20; ++i)
+        if (ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 200000))
+            arv_stream_push_buffer(stream, buffer);
+
+    std::uint64_t complete = 0, incomplete = 0, bytes = 0;
+    const Clock::time_point start = Clock::now();
+    while (secondsSince(start) < settings.seconds) {
+        ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 200000);
+        if (!buffer)
+            continue;
+        if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS) {
+            ++complete;
+            std::size_t size = 0;
+            arv_buffer_get_data(buffer, &size);
+            bytes += size;
+        } else {
+            ++incomplete;
+        }
+        arv_stream_push_buffer(stream, buffer);
+    }
+    const double elapsed = secondsSince(start);
+    arv_device_execute_command(device, "AcquisitionStop", &error);
+    g_clear_error(&error);
+    g_object_unref(stream);
+    figures.framesPerSecond = complete / elapsed;
+    figures.megabytesPerSecond = bytes / elapsed / 1.0e6;
+    figures.incompleteFrames = static_cast<double>(incomplete);
+}
+
+void measureTriggerLatency(ArvDevice* device, Figures& figures)
+{
+    GError* error = nullptr;
+    arv_device_set_string_feature_value(device, "TriggerMode", "On", &error);
+    arv_device_set_string_feature_value(device, "TriggerSource", "Software", &error);
+    if (!check(error, "software trigger"))
+        return;
+    ArvStream* stream = createStream(device, 4);
+    if (!stream)
+        return;
+    arv_device_execute_command(device, "AcquisitionStart", &error);
+    std::vector<double> latencies;
+    for (int trigger = 0; trigger < 60; ++trigger) {
+        const Clock::time_point sent = Clock::now();
+        arv_device_execute_command(device, "TriggerSoftware", &error);
+        if (!check(error, "TriggerSoftware"))
+            break;
+        ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 1000000);
+        if (!buffer)
+            continue;
+        if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS && trigger >= 5) // warm-up frames aside
+            latencies.push_back(std::chrono::duration<double, std::milli>(Clock::now() - sent).count());
+        arv_stream_push_buffer(stream, buffer);
+    }
+    arv_device_execute_command(device, "AcquisitionStop", &error);
+    g_clear_error(&error);
+    g_object_unref(stream);
+    if (latencies.empty())
+        return;
+    std::sort(latencies.begin(), latencies.end());
+    figures.latencyMedianMs = latencies[latencies.size() / 2];
+    figures.latencyP90Ms = latencies[latencies.size() * 9 / 10];
+}
+
+Figures measure(const std::string& address, const Settings& settings)
+{
+    Figures figures;
+    GError* error = nullptr;
+    ArvDevice* device = arv_open_device(address.c_str(), &error);
+    if (!check(error, ("open " + address).c_str()) || !device)
+        return figures;
+    arv_gv_device_set_packet_size_adjustment(ARV_GV_DEVICE(device), ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
+    arv_gv_device_set_packet_size(ARV_GV_DEVICE(device), static_cast<gint>(settings.packetSize), &error);
+    check(error, "packet size");
+    arv_device_set_integer_feature_value(device, "Width", 1280, &error);
+    arv_device_set_integer_feature_value(device, "Height", 1024, &error);
+    arv_device_set_string_feature_value(device, "PixelFormat", "Mono8", &error);
+    if (!check(error, "1280x1024 Mono8")) {
+        g_object_unref(device);
+        return figures;
+    }
+    measureReads(device, settings, figures);
+    measureStream(device, settings, figures);
+    measureTriggerLatency(device, figures);
+    g_object_unref(device);
+    figures.ok = true;
+    return figures;
+}
+
+void print(const char* label, const std::string& address, const Figures& f)
+{
+    std::printf("%-22s %-12s %10.0f %9.1f %9.1f %8.0f %10.2f %8.2f\n", label, address.c_str(), f.readsPerSecond,
+                f.framesPerSecond, f.megabytesPerSecond, f.incompleteFrames, f.latencyMedianMs, f.latencyP90Ms);
+}
+
+double ratio(double a, double b) { return b > 0 ? a / b : 0.0; }
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    Settings settings;
+    std::vector<std::string> addresses;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument == "--seconds" && i + 1 < argc)
+            settings.seconds = std::atof(argv[++i]);
+        else if (argument == "--packet-size" && i + 1 < argc)
+            settings.packetSize = static_cast<unsigned>(std::atoi(argv[++i]));
+        else
+            addresses.push_back(argument);
+    }
+    if (addresses.empty() || addresses.size() > 2 || settings.seconds <= 0) {
+        std::fprintf(stderr, "usage: %s [--seconds S] [--packet-size N] ADDRESS [REFERENCE_ADDRESS]\n", argv[0]);
+        return 2;
+    }
+    for (const std::string& address : addresses) {
+        if (address.rfind("127.", 0) != 0) {
+            std::fprintf(stderr, "only loopback devices are measured; %s is not one\n", address.c_str());
+            return 2;
+        }
+    }
+    arv_disable_interface("USB3Vision");
+    std::printf("1280x1024 Mono8, packet size %u, %.1f s per loop\n", settings.packetSize, settings.seconds);
+    std::printf("%-22s %-12s %10s %9s %9s %8s %10s %8s\n", "device", "address", "reads/s", "frames/s", "MB/s",
+                "broken", "trig med ms", "p90 ms");
+    const Figures subject = measure(addresses[0], settings);
+    print("quorvex-simulator", addresses[0], subject);
+    int status = subject.ok ? 0 : 1;
+    if (addresses.size() == 2) {
+        const Figures reference = measure(addresses[1], settings);
+        print("reference", addresses[1], reference);
+        std::printf("ratio (subject/reference): reads %.2fx, stream MB/s %.2fx, trigger latency %.2fx faster\n",
+                    ratio(subject.readsPerSecond, reference.readsPerSecond),
+                    ratio(subject.megabytesPerSecond, reference.megabytesPerSecond),
+                    ratio(reference.latencyMedianMs, subject.latencyMedianMs));
+        status = subject.ok && reference.ok ? 0 : 1;
+    }
+    arv_shutdown();
+    return status;
+}
