@@ -256,6 +256,8 @@ std::string decodeIniName(std::string_view encoded)
     char32_t highSurrogate = 0;
     for (std::size_t i = 0; i < cps.size(); ++i) {
         const char32_t c = cps[i];
+        if (c != '%')
+            highSurrogate = 0; // a high half pairs only with the next escape
         if (c == '\\') {
             out.push_back('/');
             continue;
@@ -278,12 +280,14 @@ std::string decodeIniName(std::string_view encoded)
                         out.push_back(0x10000 + ((highSurrogate - 0xD800) << 10) + (unit - 0xDC00));
                     highSurrogate = 0;
                 } else {
+                    highSurrogate = 0;
                     out.push_back(unit);
                 }
                 continue;
             }
         }
         if (c == '%' && i + 2 < cps.size() && hexValue(cps[i + 1]) >= 0 && hexValue(cps[i + 2]) >= 0) {
+            highSurrogate = 0;
             out.push_back(static_cast<char32_t>(hexValue(cps[i + 1]) * 16 + hexValue(cps[i + 2])));
             i += 2;
             continue;
