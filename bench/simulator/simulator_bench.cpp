@@ -64,23 +64,31 @@ ArvStream* createStream(ArvDevice* device, unsigned buffers)
     return stream;
 }
 
-void measureReads(ArvDevice* device, const Settings& settings, Figures& figures)
+// Totals over the rounds of one device; rounds alternate between devices so
+// that both see the same load from the rest of the machine.
+struct Totals final {
+    double readSeconds = 0, reads = 0;
+    double streamSeconds = 0, frames = 0, bytes = 0, broken = 0;
+};
+
+void measureReads(ArvDevice* device, double seconds, Totals& totals)
 {
     GError* error = nullptr;
     guint32 value = 0;
     std::uint64_t reads = 0;
     const Clock::time_point start = Clock::now();
-    while (secondsSince(start) < settings.seconds) {
+    while (secondsSince(start) < seconds) {
         // The stream channel's packet size register: plain bootstrap, same on every device.
         arv_device_read_register(device, 0x0D04, &value, &error);
         if (!check(error, "read register"))
             return;
         ++reads;
     }
-    figures.readsPerSecond = reads / secondsSince(start);
+    totals.readSeconds += secondsSince(start);
+    totals.reads += reads;
 }
 
-void measureStream(ArvDevice* device, const Settings& settings, Figures& figures)
+void prepareFreeRun(ArvDevice* device)
 {
     GError* error = nullptr;
     arv_device_set_string_feature_value(device, "TriggerMode", "Off", &error);
@@ -95,40 +103,39 @@ void measureStream(ArvDevice* device, const Settings& settings, Figures& figures
     g_clear_error(&error);
     arv_device_set_float_feature_value(device, "AcquisitionFrameRate", 1000.0, &error);
     g_clear_error(&error);
+}
 
-    ArvStream* stream = createStream(device, 16);
-    if (!stream)
-        return;
+void measureStream(ArvDevice* device, ArvStream* stream, double seconds, Totals& totals)
+{
+    GError* error = nullptr;
     arv_device_execute_command(device, "AcquisitionStart", &error);
     check(error, "AcquisitionStart");
     // Let the socket buffer grow before counting.
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 10; ++i)
         if (ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 200000))
             arv_stream_push_buffer(stream, buffer);
 
-    std::uint64_t complete = 0, incomplete = 0, bytes = 0;
     const Clock::time_point start = Clock::now();
-    while (secondsSince(start) < settings.seconds) {
+    while (secondsSince(start) < seconds) {
         ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 200000);
         if (!buffer)
             continue;
         if (arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS) {
-            ++complete;
+            totals.frames += 1;
             std::size_t size = 0;
             arv_buffer_get_data(buffer, &size);
-            bytes += size;
+            totals.bytes += size;
         } else {
-            ++incomplete;
+            totals.broken += 1;
         }
         arv_stream_push_buffer(stream, buffer);
     }
-    const double elapsed = secondsSince(start);
+    totals.streamSeconds += secondsSince(start);
     arv_device_execute_command(device, "AcquisitionStop", &error);
     g_clear_error(&error);
-    g_object_unref(stream);
-    figures.framesPerSecond = complete / elapsed;
-    figures.megabytesPerSecond = bytes / elapsed / 1.0e6;
-    figures.incompleteFrames = static_cast<double>(incomplete);
+    // Drain what is still in flight so the next round starts clean.
+    while (ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 100000))
+        arv_stream_push_buffer(stream, buffer);
 }
 
 void measureTriggerLatency(ArvDevice* device, Figures& figures)
@@ -165,13 +172,12 @@ void measureTriggerLatency(ArvDevice* device, Figures& figures)
     figures.latencyP90Ms = latencies[latencies.size() * 9 / 10];
 }
 
-Figures measure(const std::string& address, const Settings& settings)
+ArvDevice* openDevice(const std::string& address, const Settings& settings)
 {
-    Figures figures;
     GError* error = nullptr;
     ArvDevice* device = arv_open_device(address.c_str(), &error);
     if (!check(error, ("open " + address).c_str()) || !device)
-        return figures;
+        return nullptr;
     arv_gv_device_set_packet_size_adjustment(ARV_GV_DEVICE(device), ARV_GV_PACKET_SIZE_ADJUSTMENT_NEVER);
     arv_gv_device_set_packet_size(ARV_GV_DEVICE(device), static_cast<gint>(settings.packetSize), &error);
     check(error, "packet size");
@@ -180,13 +186,51 @@ Figures measure(const std::string& address, const Settings& settings)
     arv_device_set_string_feature_value(device, "PixelFormat", "Mono8", &error);
     if (!check(error, "1280x1024 Mono8")) {
         g_object_unref(device);
-        return figures;
+        return nullptr;
     }
-    measureReads(device, settings, figures);
-    measureStream(device, settings, figures);
-    measureTriggerLatency(device, figures);
-    g_object_unref(device);
-    figures.ok = true;
+    return device;
+}
+
+std::vector<Figures> measureAll(const std::vector<std::string>& addresses, const Settings& settings)
+{
+    constexpr int kRounds = 4;
+    std::vector<ArvDevice*> devices;
+    for (const std::string& address : addresses)
+        devices.push_back(openDevice(address, settings));
+    std::vector<Totals> totals(devices.size());
+    std::vector<Figures> figures(devices.size());
+
+    for (int round = 0; round < kRounds; ++round)
+        for (std::size_t i = 0; i < devices.size(); ++i)
+            if (devices[i])
+                measureReads(devices[i], settings.seconds / kRounds, totals[i]);
+
+    std::vector<ArvStream*> streams(devices.size(), nullptr);
+    for (std::size_t i = 0; i < devices.size(); ++i)
+        if (devices[i]) {
+            prepareFreeRun(devices[i]);
+            streams[i] = createStream(devices[i], 16);
+        }
+    for (int round = 0; round < kRounds; ++round)
+        for (std::size_t i = 0; i < devices.size(); ++i)
+            if (streams[i])
+                measureStream(devices[i], streams[i], settings.seconds / kRounds, totals[i]);
+    for (ArvStream* stream : streams)
+        if (stream)
+            g_object_unref(stream);
+
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        if (!devices[i])
+            continue;
+        measureTriggerLatency(devices[i], figures[i]);
+        g_object_unref(devices[i]);
+        const Totals& t = totals[i];
+        figures[i].ok = t.readSeconds > 0 && t.streamSeconds > 0;
+        figures[i].readsPerSecond = t.readSeconds > 0 ? t.reads / t.readSeconds : 0;
+        figures[i].framesPerSecond = t.streamSeconds > 0 ? t.frames / t.streamSeconds : 0;
+        figures[i].megabytesPerSecond = t.streamSeconds > 0 ? t.bytes / t.streamSeconds / 1.0e6 : 0;
+        figures[i].incompleteFrames = t.broken;
+    }
     return figures;
 }
 
@@ -224,14 +268,16 @@ int main(int argc, char** argv)
         }
     }
     arv_disable_interface("USB3Vision");
-    std::printf("1280x1024 Mono8, packet size %u, %.1f s per loop\n", settings.packetSize, settings.seconds);
+    std::printf("1280x1024 Mono8, packet size %u, %.1f s per measure in alternating rounds\n", settings.packetSize,
+                settings.seconds);
     std::printf("%-22s %-12s %10s %9s %9s %8s %10s %8s\n", "device", "address", "reads/s", "frames/s", "MB/s",
                 "broken", "trig med ms", "p90 ms");
-    const Figures subject = measure(addresses[0], settings);
-    print("quorvex-simulator", addresses[0], subject);
-    int status = subject.ok ? 0 : 1;
+    const std::vector<Figures> figures = measureAll(addresses, settings);
+    print("quorvex-simulator", addresses[0], figures[0]);
+    int status = figures[0].ok ? 0 : 1;
     if (addresses.size() == 2) {
-        const Figures reference = measure(addresses[1], settings);
+        const Figures& subject = figures[0];
+        const Figures& reference = figures[1];
         print("reference", addresses[1], reference);
         std::printf("ratio (subject/reference): reads %.2fx, stream MB/s %.2fx, trigger latency %.2fx faster\n",
                     ratio(subject.readsPerSecond, reference.readsPerSecond),

@@ -32,6 +32,7 @@ for f in core/bootstrap_registers.cpp core/control_privilege.cpp core/device_con
 done
 
 mkdir -p "$out/corpus"
+out=$(cd "$out" && pwd)
 binary="$out/gvcp_fuzz"
 # Rebuild only when a source or header changed.
 if [ ! -x "$binary" ] || [ -n "$(find "$top/simulator" "$here" -newer "$binary" \( -name '*.cpp' -o -name '*.h' \) | head -n 1)" ]; then

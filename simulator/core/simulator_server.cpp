@@ -13,6 +13,7 @@ namespace {
 // Larger than any valid command, so oversized ones are seen as such.
 constexpr std::size_t kReceiveBuffer = 2048;
 constexpr int kIdlePollMs = 200;
+constexpr auto kBusyPollWindow = std::chrono::microseconds(50);
 
 } // namespace
 
@@ -114,16 +115,23 @@ void SimulatorServer::run()
     if (m_broadcastSocket.isOpen())
         fds.push_back({m_broadcastSocket.fd(), POLLIN, 0});
 
+    Clock::time_point lastRequest{};
     while (m_running) {
-        const int ready = ::poll(fds.data(), fds.size(), pollTimeoutMs());
+        // Right after a request the next one usually follows within tens of
+        // microseconds (register loops, description downloads): look again
+        // without sleeping, which saves the thread a wake-up per request.
+        const bool busy = Clock::now() - lastRequest < kBusyPollWindow;
+        const int ready = ::poll(fds.data(), fds.size(), busy ? 0 : pollTimeoutMs());
         if (ready > 0) {
+            lastRequest = Clock::now();
             for (std::size_t i = 0; i < m_devices.size(); ++i)
                 if (fds[i + 1].revents & POLLIN)
                     serveDevice(*m_devices[i]);
             if (m_broadcastSocket.isOpen() && (fds.back().revents & POLLIN))
                 serveBroadcasts();
         }
-        expireHeartbeats();
+        if (!busy || ready > 0)
+            expireHeartbeats();
     }
 }
 
@@ -134,11 +142,12 @@ void SimulatorServer::serveDevice(ServedDevice& device)
     reply.reserve(gvcp::kHeaderSize + gvcp::kMaxPayload);
     Peer sender;
     long size = 0;
-    // Drain what is waiting, but give other devices a turn now and then.
-    for (int turn = 0; turn < 64 && (size = device.controlSocket.receiveFrom(sender, buffer.data(), buffer.size())) >= 0;
-         ++turn) {
+    // One datagram per wake-up: poll reports the socket again while more
+    // wait, and a request-reply client never has more than one in flight,
+    // so a second receive would only cost a system call.
+    if ((size = device.controlSocket.receiveFrom(sender, buffer.data(), buffer.size())) >= 0) {
         if (!isLoopback(sender.address))
-            continue; // never answer anything that is not on this machine
+            return; // never answer anything that is not on this machine
         StreamActions actions;
         {
             const std::lock_guard<std::mutex> lock(device.mutex);
