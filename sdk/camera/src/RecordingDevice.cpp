@@ -1,5 +1,6 @@
 #include "RecordingDevice.h"
 
+#include "AravisSystem.h"
 #include "RegisterRecorder.h"
 
 #include <cstring>
@@ -126,7 +127,10 @@ GObjectPtr<ArvDevice> makeRecordingDevice(ArvDevice* inner, RegisterRecorder* re
     XqRecordingDevice* self = XQ_RECORDING_DEVICE(device.get());
     self->inner = ARV_DEVICE(g_object_ref(inner));
     self->recorder = recorder;
-    self->genicam = arv_gc_new(device.get(), xml, size);
+    {
+        const std::lock_guard<std::mutex> lock(aravisSystemMutex());
+        self->genicam = arv_gc_new(device.get(), xml, size);
+    }
     if (!self->genicam)
         return nullptr;
     // Every read must reach the device, so that the recording is complete.

@@ -5,8 +5,8 @@
 
 namespace xq {
 
-// Held around Aravis calls that use its global interface list (discovery,
-// opening by name), which other threads of this library may run at once.
+// Held around Aravis calls that touch its global state: discovery, opening a
+// device and parsing GenICam XML (the parser is not reentrant).
 std::mutex& aravisSystemMutex();
 
 } // namespace xq

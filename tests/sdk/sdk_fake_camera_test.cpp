@@ -1,0 +1,524 @@
+// Both SDKs against a device we did not write: Aravis's fake GigE Vision
+// camera, on loopback inside the test's private network namespace.
+#include "DeviceProcess.h"
+#include "SdkTestHelpers.h"
+
+#include <arv.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <mutex>
+#include <set>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using xqtest::text;
+
+constexpr char kIp[] = "127.0.0.1";
+constexpr char kSerial[] = "QVXFAKE1";
+
+class FakeCamera : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        s_process = new xqtest::DeviceProcess;
+        std::string error;
+        s_started = xqtest::startFakeCamera(*s_process, kIp, kSerial, error);
+        s_error = error;
+        s_dumps = new xqtest::TemporaryFolder;
+        ::setenv("QUORVEX_SDK_DUMP_DIR", s_dumps->path().c_str(), 1);
+    }
+    static void TearDownTestSuite()
+    {
+        delete s_process;
+        delete s_dumps;
+    }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(s_started) << s_error;
+        ASSERT_EQ(XQ_CC_EnumDevices(&m_cameras, XQ_TLAYER_GIGE), XQ_OK);
+        m_camera = xqtest::findCamera(m_cameras, kSerial);
+        ASSERT_NE(m_camera, nullptr) << "the fake camera was not enumerated";
+    }
+
+    XQ_HANDLE openCamera(unsigned int mode = XQ_ACCESS_EXCLUSIVE)
+    {
+        XQ_HANDLE handle = nullptr;
+        EXPECT_EQ(XQ_CC_CreateHandle(&handle, m_camera), XQ_OK);
+        EXPECT_EQ(XQ_CC_OpenDevice(handle, mode, 0), XQ_OK);
+        return handle;
+    }
+
+    static inline xqtest::DeviceProcess* s_process = nullptr;
+    static inline xqtest::TemporaryFolder* s_dumps = nullptr;
+    static inline bool s_started = false;
+    static inline std::string s_error;
+    XQ_CC_DEVICE_INFO_LIST m_cameras{};
+    const XQ_CC_DEVICE_INFO* m_camera = nullptr;
+};
+
+// An Aravis client of our own in the test, "another client" to the SDKs.
+struct AravisClient {
+    explicit AravisClient(const char* ip) : device(arv_open_device(ip, nullptr)) {}
+    ~AravisClient()
+    {
+        if (device)
+            g_object_unref(device);
+    }
+    ArvDevice* device;
+};
+
+TEST_F(FakeCamera, enumerationFillsTheRecordsOfBothSdks)
+{
+    EXPECT_EQ(m_camera->nTLayerType, static_cast<unsigned int>(XQ_TLAYER_GIGE));
+    EXPECT_EQ(text(m_camera->stGigE.chModelName), "Fake");
+    EXPECT_EQ(text(m_camera->stGigE.chManufacturerName), "Aravis");
+    EXPECT_EQ(m_camera->stGigE.nCurrentIp, 0x7F000001u);
+    EXPECT_EQ(m_camera->stGigE.nNetExport, 0x7F000001u);
+    EXPECT_FALSE(text(m_camera->stGigE.chDeviceVersion).empty());
+    EXPECT_EQ(text(m_camera->stUsb3.chModelName), "") << "the USB block of a GigE device stays empty";
+
+    XQ_CODEREADER_DEVICE_INFO_LIST readers{};
+    ASSERT_EQ(XQ_CODEREADER_EnumDevices(&readers, XQ_TLAYER_GIGE), XQ_OK);
+    const XQ_CODEREADER_DEVICE_INFO* reader = xqtest::findCodeReader(readers, kSerial);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_EQ(reader->nTLayerType, static_cast<unsigned int>(XQ_TLAYER_GIGE));
+    EXPECT_EQ(text(reader->stGigE.chModelName), "Fake");
+    EXPECT_EQ(text(reader->stGigE.chManufacturerName), "Aravis");
+    EXPECT_EQ(text(reader->stGigE.chManufacturerSpecificInfo), "none");
+    EXPECT_EQ(reader->stGigE.nCurrentIp, 0x7F000001u);
+    EXPECT_EQ(text(reader->stGigE.chDeviceVersion), text(m_camera->stGigE.chDeviceVersion));
+
+    // Records stay valid while another enumeration runs.
+    XQ_CODEREADER_DEVICE_INFO_LIST again{};
+    ASSERT_EQ(XQ_CODEREADER_EnumDevices(&again, XQ_TLAYER_GIGE), XQ_OK);
+    EXPECT_EQ(text(reader->stGigE.chSerialNumber), kSerial);
+
+    XQ_CODEREADER_DEVICE_INFO_LIST usbOnly{};
+    ASSERT_EQ(XQ_CODEREADER_EnumDevices(&usbOnly, XQ_TLAYER_USB), XQ_OK);
+    EXPECT_EQ(usbOnly.nDeviceNum, 0u);
+}
+
+TEST_F(FakeCamera, xmlIsByteForByteWhatAravisReadsAndNeverOverrunsTheBuffer)
+{
+    std::string aravisXml;
+    {
+        AravisClient client(kIp);
+        ASSERT_NE(client.device, nullptr);
+        size_t size = 0;
+        const char* xml = arv_device_get_genicam_xml(client.device, &size);
+        ASSERT_NE(xml, nullptr);
+        aravisXml.assign(xml, size);
+    }
+    XQ_HANDLE camera = openCamera();
+    std::vector<unsigned char> buffer(0x500000);
+    unsigned int length = 0;
+    ASSERT_EQ(XQ_XML_GetGenICamXML(camera, buffer.data(), static_cast<unsigned int>(buffer.size()), &length), XQ_OK);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(buffer.data()), length), aravisXml);
+
+    std::vector<unsigned char> small(100 + 16, 0xAB);
+    unsigned int needed = 0;
+    EXPECT_EQ(XQ_XML_GetGenICamXML(camera, small.data(), 100, &needed), XQ_ERR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(needed, length);
+    for (std::size_t i = 100; i < small.size(); ++i)
+        EXPECT_EQ(small[i], 0xAB) << "byte " << i << " past the buffer was written";
+    EXPECT_EQ(XQ_XML_GetGenICamXML(camera, nullptr, 0, &needed), XQ_ERR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+}
+
+// The tree as Aravis's own GenICam document lists it, walked independently.
+void aravisNames(ArvGc* genicam, const char* name, std::set<std::string>& names)
+{
+    names.insert(name);
+    ArvGcNode* node = arv_gc_get_node(genicam, name);
+    if (!ARV_IS_GC_CATEGORY(node))
+        return;
+    std::vector<std::string> children;
+    for (const GSList* item = arv_gc_category_get_features(ARV_GC_CATEGORY(node)); item; item = item->next)
+        children.emplace_back(static_cast<const char*>(item->data));
+    for (const auto& child : children)
+        if (arv_gc_get_node(genicam, child.c_str()))
+            aravisNames(genicam, child.c_str(), names);
+}
+
+TEST_F(FakeCamera, nodeTreeMatchesTheDescriptionWithTypesAccessAndVisibility)
+{
+    std::set<std::string> expected;
+    {
+        AravisClient client(kIp);
+        ASSERT_NE(client.device, nullptr);
+        aravisNames(arv_device_get_genicam(client.device), "Root", expected);
+    }
+    XQ_HANDLE camera = openCamera();
+    const auto nodes = xqtest::walkTree(camera);
+    std::set<std::string> walked;
+    for (const auto& entry : nodes)
+        walked.insert(entry.first);
+    EXPECT_EQ(walked, expected);
+
+    const auto expect = [&](const char* name, unsigned int type, unsigned int access) {
+        const auto it = nodes.find(name);
+        ASSERT_NE(it, nodes.end()) << name;
+        EXPECT_EQ(it->second.type, type) << name;
+        EXPECT_EQ(it->second.access, access) << name;
+        EXPECT_EQ(it->second.visibility, static_cast<unsigned int>(XQ_VISIBILITY_BEGINNER)) << name;
+        EXPECT_EQ(it->second.childrenFailed, type != XQ_IFT_ICATEGORY) << name;
+    };
+    expect("Root", XQ_IFT_ICATEGORY, XQ_AM_RO);
+    expect("ImageFormatControl", XQ_IFT_ICATEGORY, XQ_AM_RO);
+    expect("Width", XQ_IFT_IINTEGER, XQ_AM_RW);
+    expect("SensorWidth", XQ_IFT_IINTEGER, XQ_AM_RO);
+    expect("PixelFormat", XQ_IFT_IENUMERATION, XQ_AM_RW);
+    expect("ExposureTimeAbs", XQ_IFT_IFLOAT, XQ_AM_RW);
+    expect("DeviceVendorName", XQ_IFT_ISTRING, XQ_AM_RO);
+    expect("AcquisitionStart", XQ_IFT_ICOMMAND, XQ_AM_WO);
+
+    XQ_XML_NODE_FEATURE width{};
+    ASSERT_EQ(XQ_XML_GetNodeFeature(camera, "Width", &width), XQ_OK);
+    auto list = std::make_unique<XQ_XML_NODES_LIST>();
+    list->nNodeNum = 77;
+    EXPECT_EQ(XQ_XML_GetChildren(camera, &width, list.get()), XQ_ERR_GENICAM);
+    EXPECT_EQ(list->nNodeNum, 0u);
+    unsigned int visibility = 0;
+    EXPECT_EQ(XQ_XML_GetNodeVisibility(camera, "NoSuchNode", &visibility), XQ_ERR_GENICAM);
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+}
+
+TEST_F(FakeCamera, gettersAndSettersOfEveryKind)
+{
+    XQ_HANDLE camera = openCamera();
+    std::int64_t integer = 0;
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 640), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetIntValue(camera, "Width", &integer), XQ_OK);
+    EXPECT_EQ(integer, 640);
+    EXPECT_EQ(XQ_CC_SetIntValue(camera, "Width", 1 << 30), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_CC_SetIntValue(camera, "SensorWidth", 100), XQ_ERR_ACCESS_DENIED);
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 512), XQ_OK);
+
+    double number = 0;
+    ASSERT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTimeAbs", 2000.0), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetFloatValue(camera, "ExposureTimeAbs", &number), XQ_OK);
+    EXPECT_DOUBLE_EQ(number, 2000.0);
+
+    XQ_ENUMVALUE enumeration{};
+    ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "TriggerMode", "On"), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetEnumValue(camera, "TriggerMode", &enumeration), XQ_OK);
+    char symbol[32];
+    ASSERT_EQ(XQ_CC_GetEnumEntrySymbolic(camera, "TriggerMode", enumeration.nCurrentValue, symbol, sizeof symbol),
+              XQ_OK);
+    EXPECT_STREQ(symbol, "On");
+    EXPECT_GE(enumeration.nSupportedCount, 2u);
+    unsigned int off = enumeration.nSupportedValues[0] == enumeration.nCurrentValue ? enumeration.nSupportedValues[1]
+                                                                                     : enumeration.nSupportedValues[0];
+    ASSERT_EQ(XQ_CC_SetEnumValue(camera, "TriggerMode", off), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetEnumValue(camera, "TriggerMode", &enumeration), XQ_OK);
+    EXPECT_EQ(enumeration.nCurrentValue, off);
+    EXPECT_EQ(XQ_CC_SetEnumValueByString(camera, "TriggerMode", "Sideways"), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_CC_SetEnumValue(camera, "TriggerMode", 12345), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_CC_GetEnumEntrySymbolic(camera, "TriggerMode", off, symbol, 1), XQ_ERR_BUFFER_TOO_SMALL);
+
+    XQ_CC_STRINGVALUE string{};
+    ASSERT_EQ(XQ_CC_GetStringValue(camera, "DeviceVendorName", &string), XQ_OK);
+    EXPECT_STREQ(string.chValue, "Aravis");
+    EXPECT_EQ(string.nMaxLength, 32);
+    EXPECT_EQ(XQ_CC_SetStringValue(camera, "DeviceVendorName", "x"), XQ_ERR_ACCESS_DENIED);
+
+    EXPECT_EQ(XQ_CC_SetCommandValue(camera, "TriggerSoftware"), XQ_OK);
+
+    bool flag = false;
+    EXPECT_EQ(XQ_CC_GetBoolValue(camera, "Width", &flag), XQ_ERR_GENICAM) << "wrong type";
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "PixelFormat", &integer), XQ_ERR_GENICAM) << "enumerations are not integers";
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "AcquisitionStart", &integer), XQ_ERR_GENICAM);
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "NoSuchFeature", &integer), XQ_ERR_GENICAM);
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, nullptr, &integer), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "", &integer), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_GIGE_SetGvcpTimeout(camera, 5000), XQ_OK);
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+}
+
+TEST_F(FakeCamera, accessibilityFollowsWhoHoldsTheDevice)
+{
+    XQ_CODEREADER_DEVICE_INFO_LIST readers{};
+    ASSERT_EQ(XQ_CODEREADER_EnumDevices(&readers, XQ_TLAYER_GIGE), XQ_OK);
+    const XQ_CODEREADER_DEVICE_INFO* reader = xqtest::findCodeReader(readers, kSerial);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_TRUE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_EXCLUSIVE));
+    EXPECT_TRUE(XQ_CC_IsDeviceAccessible(m_camera, XQ_ACCESS_EXCLUSIVE));
+    EXPECT_FALSE(XQ_CODEREADER_IsDeviceAccessible(reader, 99));
+    {
+        AravisClient other(kIp);
+        ASSERT_NE(other.device, nullptr);
+        EXPECT_FALSE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_EXCLUSIVE));
+        EXPECT_FALSE(XQ_CC_IsDeviceAccessible(m_camera, XQ_ACCESS_CONTROL));
+        EXPECT_TRUE(XQ_CC_IsDeviceAccessible(m_camera, XQ_ACCESS_MONITOR)) << "control (not exclusive) allows readers";
+        XQ_HANDLE camera = nullptr;
+        ASSERT_EQ(XQ_CC_CreateHandle(&camera, m_camera), XQ_OK);
+        EXPECT_EQ(XQ_CC_OpenDevice(camera, XQ_ACCESS_EXCLUSIVE, 0), XQ_ERR_ACCESS_DENIED);
+        EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+    }
+    EXPECT_TRUE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_EXCLUSIVE));
+
+    XQ_HANDLE camera = openCamera(XQ_ACCESS_EXCLUSIVE);
+    EXPECT_FALSE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_EXCLUSIVE)) << "held by a handle of this process";
+    EXPECT_FALSE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_MONITOR)) << "held exclusively";
+    EXPECT_EQ(XQ_CC_CloseDevice(camera), XQ_OK);
+    EXPECT_TRUE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_EXCLUSIVE));
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+}
+
+// Addresses of the "L" lines of a dump file.
+std::set<std::string> lastReadAddresses(const std::string& dump)
+{
+    std::set<std::string> addresses;
+    std::istringstream lines(dump);
+    std::string line;
+    while (std::getline(lines, line)) {
+        if (line.rfind("L ", 0) == 0)
+            addresses.insert(line.substr(2, line.find(' ', 2) - 2));
+    }
+    return addresses;
+}
+
+TEST_F(FakeCamera, registerDumpsAreWrittenOnCloseWithTheAddressesTheWalkRead)
+{
+    namespace fs = std::filesystem;
+    const fs::path numbers = fs::path(s_dumps->path()) / "Fake_regfile.dat";
+    const fs::path strings = fs::path(s_dumps->path()) / "Fake_strRegFile.dat";
+    fs::remove(numbers);
+    fs::remove(strings);
+
+    XQ_HANDLE camera = openCamera();
+    const auto nodes = xqtest::walkTree(camera);
+    std::int64_t integer = 0;
+    XQ_CC_STRINGVALUE string{};
+    for (const auto& [name, node] : nodes) {
+        if (node.access != XQ_AM_RO && node.access != XQ_AM_RW)
+            continue;
+        if (node.type == XQ_IFT_IINTEGER) {
+            EXPECT_EQ(XQ_CC_GetIntValue(camera, name.c_str(), &integer), XQ_OK) << name;
+        }
+        if (node.type == XQ_IFT_ISTRING) {
+            EXPECT_EQ(XQ_CC_GetStringValue(camera, name.c_str(), &string), XQ_OK) << name;
+        }
+    }
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Height", 256), XQ_OK);
+    EXPECT_FALSE(fs::exists(numbers)) << "dumps appear on close, not before";
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Height", 512), XQ_OK);
+    ASSERT_EQ(XQ_CC_CloseDevice(camera), XQ_OK);
+    ASSERT_TRUE(fs::exists(numbers));
+    ASSERT_TRUE(fs::exists(strings));
+
+    const std::string numberDump = xqtest::readFile(numbers);
+    const auto numberAddresses = lastReadAddresses(numberDump);
+    // Width, Height, SensorHeight, SensorWidth and TestRegister of the fake camera.
+    for (const char* address : {"0x00000100", "0x00000104", "0x00000118", "0x0000011c", "0x000001f0"})
+        EXPECT_EQ(numberAddresses.count(address), 1u) << address;
+    EXPECT_NE(numberDump.find("W 1 0x00000104 4 00000100"), std::string::npos) << "the Height write is listed";
+    EXPECT_EQ(numberAddresses.count("0x00000048"), 0u) << "strings stay out of the number dump";
+
+    const auto stringAddresses = lastReadAddresses(xqtest::readFile(strings));
+    EXPECT_EQ(stringAddresses.count("0x00000048"), 1u) << "DeviceVendorName";
+    EXPECT_EQ(stringAddresses.count("0x00000068"), 1u) << "DeviceModelName";
+    EXPECT_EQ(stringAddresses.count("0x00000100"), 0u);
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+}
+
+TEST_F(FakeCamera, softwareTriggeredGrabbingDeliversJpegFrames)
+{
+    XQ_CODEREADER_DEVICE_INFO_LIST readers{};
+    ASSERT_EQ(XQ_CODEREADER_EnumDevices(&readers, XQ_TLAYER_GIGE), XQ_OK);
+    const XQ_CODEREADER_DEVICE_INFO* record = xqtest::findCodeReader(readers, kSerial);
+    ASSERT_NE(record, nullptr);
+    XQ_HANDLE reader = nullptr;
+    ASSERT_EQ(XQ_CODEREADER_CreateHandle(&reader, record), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_OpenDevice(reader), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "TriggerMode", "On"), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "TriggerSource", "Software"), XQ_OK);
+    XQ_ENUMVALUE mode{};
+    ASSERT_EQ(XQ_CODEREADER_GetEnumValue(reader, "TriggerMode", &mode), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_StartGrabbing(reader), XQ_OK);
+    EXPECT_EQ(XQ_CODEREADER_StartGrabbing(reader), XQ_ERR_WRONG_STATE);
+
+    auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
+    for (int frame = 0; frame < 3; ++frame) {
+        ASSERT_EQ(XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"), XQ_OK);
+        unsigned char* data = nullptr;
+        ASSERT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000), XQ_OK);
+        ASSERT_NE(data, nullptr);
+        int width = 0;
+        int height = 0;
+        ASSERT_TRUE(xqtest::jpegSize(data, info->nFrameLen, width, height));
+        EXPECT_EQ(width, 512);
+        EXPECT_EQ(height, 512);
+        EXPECT_EQ(info->nWidth, 512u);
+        EXPECT_EQ(info->nCodeNum, 0u) << "the fake camera shows no codes";
+    }
+    unsigned char* data = nullptr;
+    const auto started = std::chrono::steady_clock::now();
+    EXPECT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 300), XQ_ERR_NO_DATA);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, 2s);
+    EXPECT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
+    EXPECT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_ERR_WRONG_STATE);
+    EXPECT_EQ(XQ_CODEREADER_DestroyHandle(reader), XQ_OK);
+    EXPECT_EQ(XQ_CODEREADER_DestroyHandle(reader), XQ_ERR_INVALID_HANDLE);
+}
+
+// Records the exception and releases the handle from inside the callback,
+// as the collection's own callback does.
+struct LossWitness {
+    std::mutex mutex;
+    std::condition_variable arrived;
+    unsigned int message = 0;
+    std::thread::id thread;
+    int releaseResult = -1;
+    XQ_HANDLE handle = nullptr;
+    bool camera = true;
+};
+
+void onException(unsigned int message, void* user)
+{
+    auto* witness = static_cast<LossWitness*>(user);
+    const int released = witness->camera ? XQ_CC_DestroyHandle(witness->handle)
+                                         : XQ_CODEREADER_DestroyHandle(witness->handle);
+    const std::lock_guard<std::mutex> lock(witness->mutex);
+    witness->message = message;
+    witness->thread = std::this_thread::get_id();
+    witness->releaseResult = released;
+    witness->arrived.notify_all();
+}
+
+bool waitForLoss(LossWitness& witness)
+{
+    std::unique_lock<std::mutex> lock(witness.mutex);
+    return witness.arrived.wait_for(lock, 20s, [&] { return witness.message != 0; });
+}
+
+TEST(FakeCameraLoss, killingTheDeviceCallsBackWithDeviceLostOnAnSdkThread)
+{
+    xqtest::DeviceProcess process;
+    std::string error;
+    ASSERT_TRUE(xqtest::startFakeCamera(process, "127.0.0.5", "QVXLOST1", error)) << error;
+    XQ_CC_DEVICE_INFO_LIST cameras{};
+    ASSERT_EQ(XQ_CC_EnumDevices(&cameras, XQ_TLAYER_GIGE), XQ_OK);
+    const XQ_CC_DEVICE_INFO* record = xqtest::findCamera(cameras, "QVXLOST1");
+    ASSERT_NE(record, nullptr);
+
+    const xqtest::TemporaryFolder dumps;
+    ::setenv("QUORVEX_SDK_DUMP_DIR", dumps.path().c_str(), 1);
+    LossWitness witness;
+    ASSERT_EQ(XQ_CC_CreateHandle(&witness.handle, record), XQ_OK);
+    ASSERT_EQ(XQ_CC_OpenDevice(witness.handle, XQ_ACCESS_EXCLUSIVE, 0), XQ_OK);
+    ASSERT_EQ(XQ_CC_RegisterExceptionCallBack(witness.handle, onException, &witness), XQ_OK);
+    std::int64_t width = 0;
+    ASSERT_EQ(XQ_CC_GetIntValue(witness.handle, "Width", &width), XQ_OK);
+
+    process.stop(true);
+    ASSERT_TRUE(waitForLoss(witness)) << "no exception callback within 20 s";
+    EXPECT_EQ(witness.message, static_cast<unsigned int>(XQ_EXCEPTION_DEVICE_LOST));
+    EXPECT_NE(witness.thread, std::this_thread::get_id());
+    EXPECT_EQ(witness.releaseResult, XQ_OK) << "releasing inside the callback works";
+    EXPECT_EQ(XQ_CC_DestroyHandle(witness.handle), XQ_ERR_INVALID_HANDLE);
+    EXPECT_EQ(XQ_CC_GetIntValue(witness.handle, "Width", &width), XQ_ERR_INVALID_HANDLE);
+    EXPECT_TRUE(std::filesystem::exists(dumps.path() + "/Fake_regfile.dat")) << "the recording survives the loss";
+}
+
+TEST(FakeCameraLoss, codeReaderReportsLossWhileGrabbing)
+{
+    xqtest::DeviceProcess process;
+    std::string error;
+    ASSERT_TRUE(xqtest::startFakeCamera(process, "127.0.0.6", "QVXLOST2", error)) << error;
+    XQ_CODEREADER_DEVICE_INFO_LIST readers{};
+    ASSERT_EQ(XQ_CODEREADER_EnumDevices(&readers, XQ_TLAYER_GIGE), XQ_OK);
+    const XQ_CODEREADER_DEVICE_INFO* record = xqtest::findCodeReader(readers, "QVXLOST2");
+    ASSERT_NE(record, nullptr);
+
+    LossWitness witness;
+    witness.camera = false;
+    ASSERT_EQ(XQ_CODEREADER_CreateHandle(&witness.handle, record), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_OpenDevice(witness.handle), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_RegisterExceptionCallBack(witness.handle, onException, &witness), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_StartGrabbing(witness.handle), XQ_OK);
+
+    // Keep asking for frames from another thread while the device dies.
+    std::atomic<bool> stop{false};
+    std::thread grabber([&] {
+        auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
+        unsigned char* data = nullptr;
+        while (!stop.load()) {
+            const int code = XQ_CODEREADER_GetOneFrameTimeout(witness.handle, &data, info.get(), 200);
+            if (code == XQ_ERR_INVALID_HANDLE)
+                break;
+        }
+    });
+    process.stop(true);
+    const bool arrived = waitForLoss(witness);
+    stop = true;
+    grabber.join();
+    ASSERT_TRUE(arrived) << "no exception callback within 20 s";
+    EXPECT_EQ(witness.message, static_cast<unsigned int>(XQ_EXCEPTION_DEVICE_LOST));
+    EXPECT_EQ(witness.releaseResult, XQ_OK);
+    EXPECT_EQ(XQ_CODEREADER_StopGrabbing(witness.handle), XQ_ERR_INVALID_HANDLE);
+}
+
+TEST(FakeCameraThreads, severalHandlesOnSeveralThreadsAtOnce)
+{
+    constexpr int kDevices = 3;
+    xqtest::DeviceProcess processes[kDevices];
+    std::string error;
+    for (int i = 0; i < kDevices; ++i) {
+        ASSERT_TRUE(xqtest::startFakeCamera(processes[i], "127.0.0." + std::to_string(11 + i),
+                                            "QVXMT" + std::to_string(i), error))
+            << error;
+    }
+    XQ_CC_DEVICE_INFO_LIST cameras{};
+    ASSERT_EQ(XQ_CC_EnumDevices(&cameras, XQ_TLAYER_GIGE), XQ_OK);
+    const xqtest::TemporaryFolder dumps;
+    ::setenv("QUORVEX_SDK_DUMP_DIR", dumps.path().c_str(), 1);
+
+    std::atomic<int> failures{0};
+    std::vector<std::thread> jobs;
+    for (int i = 0; i < kDevices; ++i) {
+        const XQ_CC_DEVICE_INFO* record = xqtest::findCamera(cameras, "QVXMT" + std::to_string(i));
+        ASSERT_NE(record, nullptr);
+        jobs.emplace_back([record, &failures] {
+            XQ_HANDLE camera = nullptr;
+            if (XQ_CC_CreateHandle(&camera, record) != XQ_OK || XQ_CC_OpenDevice(camera, 1, 0) != XQ_OK) {
+                ++failures;
+                return;
+            }
+            // Several threads on the one handle as well: calls are serialised.
+            std::vector<std::thread> readers;
+            for (int r = 0; r < 3; ++r) {
+                readers.emplace_back([camera, r, &failures] {
+                    for (int n = 0; n < 100; ++n) {
+                        std::int64_t value = 0;
+                        const int code = XQ_CC_GetIntValue(camera, r == 0 ? "Width" : "Height", &value);
+                        if (code != XQ_OK) {
+                            ++failures;
+                            ADD_FAILURE() << "read failed with 0x" << std::hex << code;
+                            return;
+                        }
+                    }
+                });
+            }
+            if (xqtest::walkTree(camera).size() < 10)
+                ++failures;
+            for (auto& reader : readers)
+                reader.join();
+            if (XQ_CC_CloseDevice(camera) != XQ_OK || XQ_CC_DestroyHandle(camera) != XQ_OK)
+                ++failures;
+        });
+    }
+    for (auto& job : jobs)
+        job.join();
+    EXPECT_EQ(failures.load(), 0);
+}
+
+} // namespace

@@ -1,0 +1,453 @@
+// Both SDKs against the project's own simulator and its demo code readers,
+// on loopback inside the test's private network namespace.
+#include "DeviceProcess.h"
+#include "SdkTestHelpers.h"
+
+#define ZX_USE_UTF8
+#include <ZXing/ReadBarcode.h>
+#include <arv.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstring>
+#include <mutex>
+#include <set>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+using xqtest::text;
+
+// Identity of demo reader 0 as the simulator serves it.
+constexpr char kIp[] = "127.0.0.2";
+constexpr char kSerial[] = "QD24A10000";
+constexpr char kModel[] = "QVX-ID2040M";
+constexpr unsigned kDemoCount = 3;
+
+class Simulator : public ::testing::Test {
+protected:
+    static void SetUpTestSuite()
+    {
+        s_process = new xqtest::DeviceProcess;
+        std::string error;
+        s_started = xqtest::startSimulator(*s_process, kDemoCount, error);
+        s_error = error;
+        s_dumps = new xqtest::TemporaryFolder;
+        ::setenv("QUORVEX_SDK_DUMP_DIR", s_dumps->path().c_str(), 1);
+    }
+    static void TearDownTestSuite()
+    {
+        delete s_process;
+        delete s_dumps;
+    }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(s_started) << s_error;
+        ASSERT_EQ(XQ_CODEREADER_EnumDevices(&m_readers, XQ_TLAYER_GIGE), XQ_OK);
+        m_reader = xqtest::findCodeReader(m_readers, kSerial);
+        ASSERT_NE(m_reader, nullptr) << "demo reader 0 was not enumerated";
+        ASSERT_EQ(XQ_CC_EnumDevices(&m_cameras, XQ_TLAYER_GIGE | XQ_TLAYER_USB), XQ_OK);
+        m_camera = xqtest::findCamera(m_cameras, kSerial);
+        ASSERT_NE(m_camera, nullptr);
+    }
+
+    XQ_HANDLE openCamera()
+    {
+        XQ_HANDLE handle = nullptr;
+        EXPECT_EQ(XQ_CC_CreateHandle(&handle, m_camera), XQ_OK);
+        EXPECT_EQ(XQ_CC_OpenDevice(handle, XQ_ACCESS_EXCLUSIVE, 0), XQ_OK);
+        return handle;
+    }
+
+    // The collection's set-up: running mode 2, trigger on, software source.
+    XQ_HANDLE openGrabbingReader(const XQ_CODEREADER_DEVICE_INFO* record)
+    {
+        XQ_HANDLE reader = nullptr;
+        EXPECT_EQ(XQ_CODEREADER_CreateHandle(&reader, record), XQ_OK);
+        EXPECT_EQ(XQ_CODEREADER_OpenDevice(reader), XQ_OK);
+        EXPECT_EQ(XQ_CODEREADER_GIGE_SetGvcpTimeout(reader, 5000), XQ_OK);
+        EXPECT_EQ(XQ_CODEREADER_SetEnumValue(reader, "RunningMode", 2), XQ_OK);
+        EXPECT_EQ(XQ_CODEREADER_SetEnumValue(reader, "TriggerMode", 1), XQ_OK);
+        EXPECT_EQ(XQ_CODEREADER_SetEnumValue(reader, "TriggerSource", 7), XQ_OK);
+        EXPECT_EQ(XQ_CODEREADER_StartGrabbing(reader), XQ_OK);
+        return reader;
+    }
+
+    static inline xqtest::DeviceProcess* s_process = nullptr;
+    static inline xqtest::TemporaryFolder* s_dumps = nullptr;
+    static inline bool s_started = false;
+    static inline std::string s_error;
+    XQ_CODEREADER_DEVICE_INFO_LIST m_readers{};
+    XQ_CC_DEVICE_INFO_LIST m_cameras{};
+    const XQ_CODEREADER_DEVICE_INFO* m_reader = nullptr;
+    const XQ_CC_DEVICE_INFO* m_camera = nullptr;
+};
+
+struct AravisClient {
+    explicit AravisClient(const char* ip) : device(arv_open_device(ip, nullptr)) {}
+    ~AravisClient()
+    {
+        if (device)
+            g_object_unref(device);
+    }
+    ArvDevice* device;
+};
+
+TEST_F(Simulator, enumerationRecordsCarryTheDemoIdentity)
+{
+    EXPECT_EQ(m_readers.nDeviceNum, kDemoCount);
+    EXPECT_EQ(text(m_reader->stGigE.chModelName), kModel);
+    EXPECT_NE(text(m_reader->stGigE.chModelName).find("ID"), std::string::npos);
+    EXPECT_EQ(text(m_reader->stGigE.chDeviceVersion), "V3.2.1.R 240315");
+    EXPECT_EQ(text(m_reader->stGigE.chManufacturerName), "Quorvex Demo");
+    EXPECT_EQ(text(m_reader->stGigE.chUserDefinedName), "DemoReader1");
+    EXPECT_EQ(m_reader->stGigE.nCurrentIp, 0x7F000002u);
+    EXPECT_EQ(m_reader->nMacAddrHigh, 0x0251u);
+    EXPECT_EQ(m_reader->nMacAddrLow, 0x56580000u);
+    EXPECT_EQ(m_reader->nTLayerType, static_cast<unsigned int>(XQ_TLAYER_GIGE));
+
+    EXPECT_EQ(text(m_camera->stGigE.chModelName), kModel);
+    EXPECT_EQ(text(m_camera->stGigE.chSerialNumber), kSerial);
+    EXPECT_EQ(m_camera->stGigE.nCurrentIp, 0x7F000002u);
+    const XQ_CODEREADER_DEVICE_INFO* second = xqtest::findCodeReader(m_readers, "QD24A10101");
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(second->stGigE.nCurrentIp, 0x7F000003u);
+}
+
+void aravisNames(ArvGc* genicam, const char* name, std::set<std::string>& names)
+{
+    names.insert(name);
+    ArvGcNode* node = arv_gc_get_node(genicam, name);
+    if (!ARV_IS_GC_CATEGORY(node))
+        return;
+    std::vector<std::string> children;
+    for (const GSList* item = arv_gc_category_get_features(ARV_GC_CATEGORY(node)); item; item = item->next)
+        children.emplace_back(static_cast<const char*>(item->data));
+    for (const auto& child : children)
+        if (arv_gc_get_node(genicam, child.c_str()))
+            aravisNames(genicam, child.c_str(), names);
+}
+
+TEST_F(Simulator, xmlAndNodeTreeMatchWhatAravisReads)
+{
+    std::string aravisXml;
+    std::set<std::string> expected;
+    {
+        AravisClient client(kIp);
+        ASSERT_NE(client.device, nullptr);
+        size_t size = 0;
+        const char* xml = arv_device_get_genicam_xml(client.device, &size);
+        ASSERT_NE(xml, nullptr);
+        aravisXml.assign(xml, size);
+        aravisNames(arv_device_get_genicam(client.device), "Root", expected);
+    }
+    XQ_HANDLE camera = openCamera();
+    std::vector<unsigned char> buffer(0x500000);
+    unsigned int length = 0;
+    ASSERT_EQ(XQ_XML_GetGenICamXML(camera, buffer.data(), static_cast<unsigned int>(buffer.size()), &length), XQ_OK);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(buffer.data()), length), aravisXml);
+
+    const auto nodes = xqtest::walkTree(camera);
+    std::set<std::string> walked;
+    for (const auto& entry : nodes)
+        walked.insert(entry.first);
+    EXPECT_EQ(walked, expected);
+
+    const auto check = [&](const char* name, unsigned int type, unsigned int access, unsigned int visibility) {
+        const auto it = nodes.find(name);
+        ASSERT_NE(it, nodes.end()) << name;
+        EXPECT_EQ(it->second.type, type) << name;
+        EXPECT_EQ(it->second.access, access) << name;
+        EXPECT_EQ(it->second.visibility, visibility) << name;
+    };
+    check("Width", XQ_IFT_IINTEGER, XQ_AM_RW, XQ_VISIBILITY_BEGINNER);
+    check("SensorHeight", XQ_IFT_IINTEGER, XQ_AM_RO, XQ_VISIBILITY_EXPERT);
+    check("TestPattern", XQ_IFT_IENUMERATION, XQ_AM_RW, XQ_VISIBILITY_GURU);
+    check("AcquisitionFrameRateEnable", XQ_IFT_IBOOLEAN, XQ_AM_RW, XQ_VISIBILITY_BEGINNER);
+    check("ExposureTime", XQ_IFT_IFLOAT, XQ_AM_RW, XQ_VISIBILITY_BEGINNER);
+    check("TriggerSoftware", XQ_IFT_ICOMMAND, XQ_AM_WO, XQ_VISIBILITY_BEGINNER);
+    check("AcquisitionControl", XQ_IFT_ICATEGORY, XQ_AM_RO, XQ_VISIBILITY_BEGINNER);
+    // Available only with the TCP start trigger selected.
+    check("TcpStartTriggerStr", XQ_IFT_ISTRING, XQ_AM_NA, XQ_VISIBILITY_BEGINNER);
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+}
+
+TEST_F(Simulator, gettersAndSettersFollowAvailabilityRules)
+{
+    XQ_HANDLE camera = openCamera();
+    bool flag = true;
+    ASSERT_EQ(XQ_CC_GetBoolValue(camera, "ReverseX", &flag), XQ_OK);
+    ASSERT_EQ(XQ_CC_SetBoolValue(camera, "ReverseX", !flag), XQ_OK);
+    bool flipped = flag;
+    ASSERT_EQ(XQ_CC_GetBoolValue(camera, "ReverseX", &flipped), XQ_OK);
+    EXPECT_EQ(flipped, !flag);
+
+    XQ_CC_STRINGVALUE string{};
+    EXPECT_EQ(XQ_CC_GetStringValue(camera, "TcpStartTriggerStr", &string), XQ_ERR_ACCESS_DENIED);
+    ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "TriggerSource", "TcpStart"), XQ_OK);
+    ASSERT_EQ(XQ_CC_SetStringValue(camera, "TcpStartTriggerStr", "GO"), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetStringValue(camera, "TcpStartTriggerStr", &string), XQ_OK);
+    EXPECT_STREQ(string.chValue, "GO");
+    EXPECT_EQ(string.nMaxLength, 32);
+    EXPECT_EQ(XQ_CC_SetStringValue(camera, "TcpStartTriggerStr", std::string(40, 'x').c_str()),
+              XQ_ERR_INVALID_PARAMETER);
+
+    double exposure = 0;
+    ASSERT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTime", 2500.0), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetFloatValue(camera, "ExposureTime", &exposure), XQ_OK);
+    EXPECT_NEAR(exposure, 2500.0, 0.01);
+    EXPECT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTime", 1e9), XQ_ERR_INVALID_PARAMETER);
+
+    std::int64_t width = 0;
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 640), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetIntValue(camera, "Width", &width), XQ_OK);
+    EXPECT_EQ(width, 640);
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 1280), XQ_OK);
+
+    XQ_ENUMVALUE mode{};
+    ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "RunningMode", "Normal"), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetEnumValue(camera, "RunningMode", &mode), XQ_OK);
+    EXPECT_EQ(mode.nCurrentValue, 2u);
+    EXPECT_EQ(mode.nSupportedCount, 4u);
+    ASSERT_EQ(XQ_CC_SetEnumValue(camera, "TriggerSource", 7), XQ_OK);
+    char symbol[32];
+    ASSERT_EQ(XQ_CC_GetEnumEntrySymbolic(camera, "TriggerSource", 7, symbol, sizeof symbol), XQ_OK);
+    EXPECT_STREQ(symbol, "Software");
+    EXPECT_EQ(XQ_CC_SetCommandValue(camera, "UserSetLoad"), XQ_OK);
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+}
+
+TEST_F(Simulator, accessibilityIsFalseWhileAnotherClientHoldsTheDevice)
+{
+    EXPECT_TRUE(XQ_CODEREADER_IsDeviceAccessible(m_reader, XQ_ACCESS_EXCLUSIVE));
+    {
+        AravisClient other(kIp);
+        ASSERT_NE(other.device, nullptr);
+        EXPECT_FALSE(XQ_CODEREADER_IsDeviceAccessible(m_reader, XQ_ACCESS_EXCLUSIVE));
+        XQ_HANDLE reader = nullptr;
+        ASSERT_EQ(XQ_CODEREADER_CreateHandle(&reader, m_reader), XQ_OK);
+        EXPECT_EQ(XQ_CODEREADER_OpenDevice(reader), XQ_ERR_ACCESS_DENIED);
+        EXPECT_EQ(XQ_CODEREADER_DestroyHandle(reader), XQ_OK);
+    }
+    EXPECT_TRUE(XQ_CODEREADER_IsDeviceAccessible(m_reader, XQ_ACCESS_EXCLUSIVE));
+}
+
+std::vector<std::string> zxingTexts(const std::vector<std::uint8_t>& grey, int width, int height)
+{
+    std::vector<std::string> texts;
+    const ZXing::ImageView view(grey.data(), width, height, ZXing::ImageFormat::Lum);
+    for (const auto& result : ZXing::ReadBarcodes(view))
+        if (result.isValid())
+            texts.push_back(result.text());
+    return texts;
+}
+
+TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
+{
+    XQ_HANDLE reader = openGrabbingReader(m_reader);
+    auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
+    std::set<int> symbologies;
+    // Every frame shows a QR code and a Code 128; every third a Data Matrix,
+    // every fourth an EAN-13.
+    for (int attempt = 0; attempt < 12; ++attempt) {
+        ASSERT_EQ(XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"), XQ_OK);
+        unsigned char* data = nullptr;
+        ASSERT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000), XQ_OK);
+        int width = 0;
+        int height = 0;
+        std::vector<std::uint8_t> grey;
+        ASSERT_TRUE(xqtest::jpegSize(data, info->nFrameLen, width, height, &grey));
+        EXPECT_EQ(width, 1280);
+        EXPECT_EQ(height, 1024);
+        ASSERT_GE(info->nCodeNum, 2u);
+
+        std::set<std::string> sdkTexts;
+        for (unsigned int i = 0; i < info->nCodeNum; ++i) {
+            const XQ_CODEREADER_CODE_INFO& code = info->stCodeInfo[i];
+            sdkTexts.insert(code.chCode);
+            symbologies.insert(code.nSymbology);
+            const std::string codeText = code.chCode;
+            int expected = XQ_SYMBOLOGY_EAN13;
+            if (codeText.rfind("QVX ", 0) == 0)
+                expected = XQ_SYMBOLOGY_QR;
+            else if (codeText.rfind("DM-", 0) == 0)
+                expected = XQ_SYMBOLOGY_DM;
+            else if (codeText.rfind(kSerial, 0) == 0)
+                expected = XQ_SYMBOLOGY_CODE128;
+            EXPECT_EQ(code.nSymbology, expected) << codeText;
+            for (const auto& corner : code.stCornerPt) {
+                EXPECT_GE(corner.nX, 0);
+                EXPECT_LT(corner.nX, 1280);
+                EXPECT_GE(corner.nY, 0);
+                EXPECT_LT(corner.nY, 1024);
+            }
+            // Corners go round clockwise from the top-left in image coordinates.
+            const auto& p = code.stCornerPt;
+            const long long cross = static_cast<long long>(p[1].nX - p[0].nX) * (p[2].nY - p[1].nY)
+                - static_cast<long long>(p[1].nY - p[0].nY) * (p[2].nX - p[1].nX);
+            if (code.nSymbology == XQ_SYMBOLOGY_QR || code.nSymbology == XQ_SYMBOLOGY_DM) {
+                EXPECT_GT(cross, 0) << codeText;
+            }
+        }
+        // The JPEG shows the frame the codes were read from.
+        for (const auto& found : zxingTexts(grey, width, height))
+            EXPECT_EQ(sdkTexts.count(found), 1u) << found;
+    }
+    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_QR), 1u);
+    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_CODE128), 1u);
+    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_EAN13), 1u);
+    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_DM), 1u);
+    EXPECT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
+
+    // Colour frames go through the same pipeline.
+    ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "PixelFormat", "RGB8Packed"), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_StartGrabbing(reader), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"), XQ_OK);
+    unsigned char* data = nullptr;
+    ASSERT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000), XQ_OK);
+    EXPECT_GE(info->nCodeNum, 2u);
+    ASSERT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "PixelFormat", "Mono8"), XQ_OK);
+    EXPECT_EQ(XQ_CODEREADER_DestroyHandle(reader), XQ_OK);
+}
+
+std::set<std::string> lastReadAddresses(const std::string& dump)
+{
+    std::set<std::string> addresses;
+    std::istringstream lines(dump);
+    std::string line;
+    while (std::getline(lines, line))
+        if (line.rfind("L ", 0) == 0)
+            addresses.insert(line.substr(2, line.find(' ', 2) - 2));
+    return addresses;
+}
+
+std::string hexAddress(guint64 address)
+{
+    char text[24];
+    std::snprintf(text, sizeof text, "0x%08llx", static_cast<unsigned long long>(address));
+    return text;
+}
+
+TEST_F(Simulator, registerDumpsListTheRegistersTheWalkRead)
+{
+    // Addresses from Aravis's own reading of the description.
+    std::map<std::string, std::string> addressOf;
+    {
+        AravisClient client(kIp);
+        ASSERT_NE(client.device, nullptr);
+        ArvGc* genicam = arv_device_get_genicam(client.device);
+        for (const char* name : {"Width", "Height", "SensorHeight", "DeviceModelName", "DeviceSerialNumber"}) {
+            ArvGcNode* node = arv_gc_get_node(genicam, name);
+            if (node && ARV_IS_GC_REGISTER(node))
+                addressOf[name] = hexAddress(arv_gc_register_get_address(ARV_GC_REGISTER(node), nullptr));
+        }
+    }
+    ASSERT_EQ(addressOf.count("Width"), 1u);
+
+    XQ_HANDLE camera = openCamera();
+    std::int64_t integer = 0;
+    XQ_CC_STRINGVALUE string{};
+    for (const auto& [name, node] : xqtest::walkTree(camera)) {
+        if (node.access != XQ_AM_RO && node.access != XQ_AM_RW)
+            continue;
+        if (node.type == XQ_IFT_IINTEGER)
+            XQ_CC_GetIntValue(camera, name.c_str(), &integer);
+        else if (node.type == XQ_IFT_ISTRING)
+            XQ_CC_GetStringValue(camera, name.c_str(), &string);
+    }
+    ASSERT_EQ(XQ_CC_CloseDevice(camera), XQ_OK);
+    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
+
+    const std::string base = s_dumps->path() + "/" + kModel;
+    const auto numbers = lastReadAddresses(xqtest::readFile(base + "_regfile.dat"));
+    const auto strings = lastReadAddresses(xqtest::readFile(base + "_strRegFile.dat"));
+    for (const char* name : {"Width", "Height", "SensorHeight"})
+        EXPECT_EQ(numbers.count(addressOf[name]), 1u) << name;
+    for (const char* name : {"DeviceModelName", "DeviceSerialNumber"}) {
+        if (addressOf.count(name)) {
+            EXPECT_EQ(strings.count(addressOf[name]), 1u) << name;
+        }
+    }
+}
+
+struct LossWitness {
+    std::mutex mutex;
+    std::condition_variable arrived;
+    unsigned int message = 0;
+    int releaseResult = -1;
+    XQ_HANDLE reader = nullptr;
+};
+
+void releaseOnLoss(unsigned int message, void* user)
+{
+    auto* witness = static_cast<LossWitness*>(user);
+    const int released = XQ_CODEREADER_DestroyHandle(witness->reader);
+    const std::lock_guard<std::mutex> lock(witness->mutex);
+    witness->message = message;
+    witness->releaseResult = released;
+    witness->arrived.notify_all();
+}
+
+TEST(SimulatorLoss, killingTheSimulatorMidSessionCallsBackWithDeviceLost)
+{
+    xqtest::DeviceProcess process;
+    std::string error;
+    ASSERT_TRUE(xqtest::startSimulator(process, 1, error)) << error;
+    XQ_CODEREADER_DEVICE_INFO_LIST readers{};
+    ASSERT_EQ(XQ_CODEREADER_EnumDevices(&readers, XQ_TLAYER_GIGE), XQ_OK);
+    const XQ_CODEREADER_DEVICE_INFO* record = xqtest::findCodeReader(readers, kSerial);
+    ASSERT_NE(record, nullptr);
+
+    LossWitness witness;
+    ASSERT_EQ(XQ_CODEREADER_CreateHandle(&witness.reader, record), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_OpenDevice(witness.reader), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_RegisterExceptionCallBack(witness.reader, releaseOnLoss, &witness), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_StartGrabbing(witness.reader), XQ_OK);
+    process.stop(true);
+
+    std::unique_lock<std::mutex> lock(witness.mutex);
+    ASSERT_TRUE(witness.arrived.wait_for(lock, 20s, [&] { return witness.message != 0; }))
+        << "no exception callback within 20 s";
+    EXPECT_EQ(witness.message, static_cast<unsigned int>(XQ_EXCEPTION_DEVICE_LOST));
+    EXPECT_EQ(witness.releaseResult, XQ_OK);
+}
+
+TEST_F(Simulator, severalReadersGrabOnSeveralThreadsAtOnce)
+{
+    std::atomic<int> failures{0};
+    std::atomic<int> frames{0};
+    std::vector<std::thread> jobs;
+    for (unsigned i = 0; i < kDemoCount; ++i) {
+        const XQ_CODEREADER_DEVICE_INFO* record = m_readers.pDeviceInfo[i];
+        ASSERT_NE(record, nullptr);
+        jobs.emplace_back([this, record, &failures, &frames] {
+            XQ_HANDLE reader = openGrabbingReader(record);
+            auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
+            for (int n = 0; n < 3; ++n) {
+                XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware");
+                unsigned char* data = nullptr;
+                if (XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000) == XQ_OK && info->nCodeNum > 0)
+                    ++frames;
+                else
+                    ++failures;
+            }
+            // The collection's release path, twice, as its destructor repeats it.
+            for (int twice = 0; twice < 2; ++twice) {
+                XQ_CODEREADER_DestroyHandle(reader);
+                XQ_CODEREADER_StopGrabbing(reader);
+            }
+        });
+    }
+    for (auto& job : jobs)
+        job.join();
+    EXPECT_EQ(failures.load(), 0);
+    EXPECT_EQ(frames.load(), static_cast<int>(kDemoCount) * 3);
+}
+
+} // namespace

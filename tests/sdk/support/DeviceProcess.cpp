@@ -1,0 +1,151 @@
+#include "DeviceProcess.h"
+
+#include "GvcpProbe.h"
+#include "Discovery.h"
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+extern char** environ;
+
+namespace xqtest {
+
+DeviceProcess::~DeviceProcess() { stop(); }
+
+bool DeviceProcess::start(const std::string& program, const std::vector<std::string>& arguments, std::string& error)
+{
+    std::vector<std::string> words{program};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (auto& word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+    pid_t pid = -1;
+    const int result = ::posix_spawn(&pid, program.c_str(), nullptr, nullptr, argv.data(), environ);
+    if (result != 0) {
+        error = "cannot start " + program;
+        return false;
+    }
+    m_pid = pid;
+    return true;
+}
+
+int DeviceProcess::wait()
+{
+    int status = 0;
+    if (m_pid > 0)
+        ::waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    return status;
+}
+
+void DeviceProcess::stop(bool kill)
+{
+    if (m_pid <= 0)
+        return;
+    ::kill(m_pid, kill ? SIGKILL : SIGTERM);
+    int status = 0;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (::waitpid(m_pid, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            ::kill(m_pid, SIGKILL);
+            ::waitpid(m_pid, &status, 0);
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    m_pid = -1;
+}
+
+std::string findOnPath(const std::string& name)
+{
+    const char* path = std::getenv("PATH");
+    std::string folders = path ? path : "/usr/bin:/bin";
+    std::size_t start = 0;
+    while (start <= folders.size()) {
+        const std::size_t end = folders.find(':', start);
+        const std::string folder = folders.substr(start, end == std::string::npos ? std::string::npos : end - start);
+        const std::string candidate = (folder.empty() ? "." : folder) + "/" + name;
+        if (::access(candidate.c_str(), X_OK) == 0)
+            return candidate;
+        if (end == std::string::npos)
+            break;
+        start = end + 1;
+    }
+    return {};
+}
+
+bool waitForGvcp(const std::string& ip, int timeoutMs)
+{
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+    while (std::chrono::steady_clock::now() < deadline) {
+        xq::GvcpProbe probe(xq::parseIpv4(ip.c_str()), 100, 1);
+        if (probe.readRegister(0x0A00))
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
+
+bool addLoopbackAddress(const std::string& ip, std::string& error)
+{
+    const std::string program = findOnPath("ip");
+    if (program.empty()) {
+        error = "'ip' (Debian package iproute2) is needed to add loopback addresses";
+        return false;
+    }
+    // Only ever on lo, inside the test's private network namespace.
+    DeviceProcess command;
+    if (!command.start(program, {"addr", "replace", ip + "/8", "dev", "lo"}, error))
+        return false;
+    command.wait();
+    return true;
+}
+
+bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::string& serial, std::string& error)
+{
+    const std::string program = findOnPath("arv-fake-gv-camera-0.8");
+    if (program.empty()) {
+        error = "arv-fake-gv-camera-0.8 (Debian package aravis-tools) is not installed";
+        return false;
+    }
+    // The fake camera serves on an address lo already has.
+    if (ip != "127.0.0.1" && !addLoopbackAddress(ip, error))
+        return false;
+    if (!process.start(program, {"-i", ip, "-s", serial}, error))
+        return false;
+    if (!waitForGvcp(ip, 5000)) {
+        error = "arv-fake-gv-camera-0.8 did not answer on " + ip;
+        return false;
+    }
+    return true;
+}
+
+bool startSimulator(DeviceProcess& process, unsigned count, std::string& error)
+{
+    const char* program = std::getenv("QUORVEX_SIMULATOR");
+    if (!program || !*program || ::access(program, X_OK) != 0) {
+        error = "quorvex-simulator is needed: build the target quorvex-simulator and run through CTest "
+                "(QUORVEX_SIMULATOR is unset or not executable)";
+        return false;
+    }
+    if (!process.start(program, {"--demo", std::to_string(count)}, error))
+        return false;
+    // Demo devices sit on 127.0.0.2, 127.0.0.3, ... in the order of their numbers.
+    for (unsigned i = 0; i < count; ++i) {
+        const std::string ip = "127.0.0." + std::to_string(2 + i);
+        if (!waitForGvcp(ip, 10000)) {
+            error = "quorvex-simulator did not answer on " + ip;
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace xqtest

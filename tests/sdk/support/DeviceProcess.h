@@ -1,0 +1,47 @@
+// Starts a GigE Vision device program (our simulator or Aravis's fake
+// camera) as a child process on loopback, and ends it again.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace xqtest {
+
+class DeviceProcess final {
+public:
+    DeviceProcess() = default;
+    ~DeviceProcess();
+    DeviceProcess(const DeviceProcess&) = delete;
+    DeviceProcess& operator=(const DeviceProcess&) = delete;
+
+    // Starts program with arguments; error says why not.
+    bool start(const std::string& program, const std::vector<std::string>& arguments, std::string& error);
+    // Ends the child with SIGTERM (SIGKILL if kill is set) and reaps it.
+    void stop(bool kill = false);
+    // Waits for the child to end by itself; returns its wait status.
+    int wait();
+    bool running() const { return m_pid > 0; }
+    pid_t pid() const { return m_pid; }
+
+private:
+    pid_t m_pid = -1;
+};
+
+// Full path of a program found on PATH, or empty.
+std::string findOnPath(const std::string& name);
+
+// Waits until a GVCP device answers at ip (dotted) or the time runs out.
+bool waitForGvcp(const std::string& ip, int timeoutMs);
+
+// Gives lo one more address (the test runs in a private network namespace).
+bool addLoopbackAddress(const std::string& ip, std::string& error);
+
+// Aravis's fake camera on ip with serial; error names what is missing.
+bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::string& serial, std::string& error);
+
+// The project's simulator with --demo count; error names what is missing.
+bool startSimulator(DeviceProcess& process, unsigned count, std::string& error);
+
+} // namespace xqtest

@@ -1,0 +1,100 @@
+#include "SdkTestHelpers.h"
+
+#include <turbojpeg.h>
+
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <sstream>
+
+namespace xqtest {
+
+std::string text(const unsigned char* field, std::size_t size)
+{
+    const auto* bytes = reinterpret_cast<const char*>(field);
+    const void* nul = std::memchr(bytes, 0, size);
+    return std::string(bytes, nul ? static_cast<const char*>(nul) - bytes : size);
+}
+
+const XQ_CC_DEVICE_INFO* findCamera(const XQ_CC_DEVICE_INFO_LIST& list, const std::string& serial)
+{
+    for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
+        const XQ_CC_DEVICE_INFO* record = list.pDeviceInfo[i];
+        if (record && text(record->stGigE.chSerialNumber) == serial)
+            return record;
+    }
+    return nullptr;
+}
+
+const XQ_CODEREADER_DEVICE_INFO* findCodeReader(const XQ_CODEREADER_DEVICE_INFO_LIST& list, const std::string& serial)
+{
+    for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
+        const XQ_CODEREADER_DEVICE_INFO* record = list.pDeviceInfo[i];
+        if (record && text(record->stGigE.chSerialNumber) == serial)
+            return record;
+    }
+    return nullptr;
+}
+
+std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera)
+{
+    std::map<std::string, NodeSummary> nodes;
+    std::function<void(const XQ_XML_NODE_FEATURE&)> visit = [&](const XQ_XML_NODE_FEATURE& node) {
+        NodeSummary& summary = nodes[node.chName];
+        summary.type = node.nInterfaceType;
+        summary.visibility = node.nVisibility;
+        XQ_XML_GetNodeAccessMode(camera, node.chName, &summary.access);
+        const auto children = std::make_unique<XQ_XML_NODES_LIST>();
+        if (XQ_XML_GetChildren(camera, &node, children.get()) != XQ_OK) {
+            summary.childrenFailed = true;
+            return;
+        }
+        for (unsigned int i = 0; i < children->nNodeNum; ++i)
+            visit(children->stNodes[i]);
+    };
+    XQ_XML_NODE_FEATURE root{};
+    if (XQ_XML_GetRootNode(camera, &root) == XQ_OK)
+        visit(root);
+    return nodes;
+}
+
+TemporaryFolder::TemporaryFolder()
+{
+    char pattern[] = "/tmp/xq-sdk-test-XXXXXX";
+    const char* made = ::mkdtemp(pattern);
+    m_path = made ? made : "";
+}
+
+TemporaryFolder::~TemporaryFolder()
+{
+    std::error_code ignored;
+    if (!m_path.empty())
+        std::filesystem::remove_all(m_path, ignored);
+}
+
+std::string readFile(const std::filesystem::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+bool jpegSize(const unsigned char* data, std::size_t size, int& width, int& height, std::vector<std::uint8_t>* grey)
+{
+    tjhandle decompressor = tjInitDecompress();
+    int subsampling = 0;
+    int colourspace = 0;
+    bool ok = tjDecompressHeader3(decompressor, data, size, &width, &height, &subsampling, &colourspace) == 0;
+    if (ok) {
+        std::vector<std::uint8_t> pixels(static_cast<std::size_t>(width) * height);
+        ok = tjDecompress2(decompressor, data, size, pixels.data(), width, 0, height, TJPF_GRAY, 0) == 0;
+        if (ok && grey)
+            *grey = std::move(pixels);
+    }
+    tjDestroy(decompressor);
+    return ok;
+}
+
+} // namespace xqtest

@@ -1,0 +1,55 @@
+// Shared helpers of the SDK integration tests.
+#pragma once
+
+#include "XQCameraControl.h"
+#include "XqCodeReaderCtrl.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace xqtest {
+
+std::string text(const unsigned char* field, std::size_t size);
+template <std::size_t N>
+std::string text(const unsigned char (&field)[N])
+{
+    return text(field, N);
+}
+
+const XQ_CC_DEVICE_INFO* findCamera(const XQ_CC_DEVICE_INFO_LIST& list, const std::string& serial);
+const XQ_CODEREADER_DEVICE_INFO* findCodeReader(const XQ_CODEREADER_DEVICE_INFO_LIST& list, const std::string& serial);
+
+struct NodeSummary {
+    unsigned int type = 0;
+    unsigned int visibility = 0;
+    unsigned int access = 0;
+    bool childrenFailed = false;
+};
+
+// Walks the whole tree through the camera SDK, as the collection does.
+std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera);
+
+// A private folder that is removed afterwards.
+class TemporaryFolder final {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+std::string readFile(const std::filesystem::path& path);
+
+// Width and height of JPEG bytes, or false if they do not decode.
+bool jpegSize(const unsigned char* data, std::size_t size, int& width, int& height,
+              std::vector<std::uint8_t>* grey = nullptr);
+
+} // namespace xqtest
