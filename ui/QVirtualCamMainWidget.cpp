@@ -136,23 +136,25 @@ bool QVirtualCamMainWidget::InitConnect()
 
 bool QVirtualCamMainWidget::InitLayout()
 {
-    m_pTopLayout = new QHBoxLayout(this);
+    // The layouts are owned through the panes they end up in; giving them the
+    // window as parent would make each the window's own layout in turn.
+    m_pTopLayout = new QHBoxLayout();
     m_pTopLayout->addWidget(m_pCollectBtn);
     m_pTopLayout->addWidget(m_pWarningLabel);
 
-    m_pLeftLayout = new QVBoxLayout(this);
+    m_pLeftLayout = new QVBoxLayout();
     m_pLeftLayout->addSpacing(10);
     m_pLeftLayout->addLayout(m_pTopLayout);
     m_pLeftLayout->addSpacing(10);
     m_pLeftLayout->addWidget(m_pDeviceTable);
     m_pLeftLayout->addSpacing(10);
 
-    m_pVirtualTopLayout = new QHBoxLayout(this);
+    m_pVirtualTopLayout = new QHBoxLayout();
     m_pVirtualTopLayout->addWidget(m_pVirtualComboBox);
     m_pVirtualTopLayout->addStretch();
     m_pVirtualTopLayout->addWidget(m_pAddVirtualBtn);
 
-    m_pRightLayout = new QVBoxLayout(this);
+    m_pRightLayout = new QVBoxLayout();
     m_pRightLayout->addSpacing(10);
     m_pRightLayout->addLayout(m_pVirtualTopLayout);
     m_pRightLayout->addSpacing(10);

@@ -1,0 +1,293 @@
+// The window's side of collecting, against simulated code readers on
+// loopback: discovery into the table, ticking, collecting several devices at
+// once, a device lost mid-job, and closing while jobs run.
+
+#include "DeviceProcess.h"
+#include "SuiteLayout.h"
+#include "WindowProbe.h"
+
+#include "CustomMessageBox.h"
+
+#include <QtTest>
+
+namespace {
+
+constexpr int kJobTimeoutMs = 240000;
+
+// Answers the next modal box with the named button.
+void answerNextBox(const char* buttonName)
+{
+    QTimer::singleShot(0, [buttonName] {
+        QTRY_VERIFY_WITH_TIMEOUT(QApplication::activeModalWidget(), 5000);
+        auto* button = QApplication::activeModalWidget()->findChild<QAbstractButton*>(buttonName);
+        QVERIFY(button);
+        button->click();
+    });
+}
+
+bool exists(const QString& path)
+{
+    return QFileInfo::exists(path);
+}
+
+} // namespace
+
+class WindowCollectTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void table_listsDemoReaders_andTickingEnablesCollect();
+    void table_insertsRowsBeyondThePlaceholders();
+    void header_ticksAccessibleRowsOnly();
+    void collectTwo_showsProgressThenFinishedAndFillsSelectorOnce();
+    void lostDevice_showsMessageAndRemovesItsFiles();
+    void closeWhileCollecting_asks_cancelKeepsJobs_confirmRemovesFiles();
+
+private:
+    bool startDevices(int count);
+    // Waits until every named row shows a final status; records whether a
+    // progress bar was seen in each meanwhile.
+    QMap<int, bool> waitForStatus(WindowProbe& probe, const QList<int>& rows, int timeoutMs);
+
+    std::unique_ptr<DeviceProcess> m_devices;
+};
+
+void WindowCollectTest::init()
+{
+    QDir(CollectionRoot()).removeRecursively();
+    // The suite ships a "common" folder; a job makes only the last level.
+    QVERIFY(QDir().mkpath(SuiteRoot() + "/common"));
+}
+
+void WindowCollectTest::cleanup()
+{
+    m_devices.reset();
+}
+
+bool WindowCollectTest::startDevices(int count)
+{
+    m_devices = std::make_unique<DeviceProcess>();
+    QString error;
+    if (!m_devices->startSimulator(count, &error)) {
+        qWarning().noquote() << error;
+        return false;
+    }
+    // The window enumerates once; wait until the simulator answers.
+    return WaitForCodeReaders(count, 15000).size() >= count;
+}
+
+QMap<int, bool> WindowCollectTest::waitForStatus(WindowProbe& probe, const QList<int>& rows, int timeoutMs)
+{
+    QMap<int, bool> sawProgress;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < timeoutMs) {
+        bool allDone = true;
+        for (int row : rows) {
+            if (probe.table->isProgressBarVisible(row, 4))
+                sawProgress[row] = true;
+            if (probe.cell(row, 4).isEmpty())
+                allDone = false;
+        }
+        if (allDone)
+            break;
+        QTest::qWait(20);
+    }
+    return sawProgress;
+}
+
+void WindowCollectTest::table_listsDemoReaders_andTickingEnablesCollect()
+{
+    QVERIFY(startDevices(3));
+    QVirtualCamMainWidget window;
+    window.Init();
+    WindowProbe probe(window);
+
+    QCOMPARE(probe.table->rowCount(), 13);
+    QStringList addresses;
+    for (int row = 0; row < 3; ++row) {
+        QVERIFY(probe.cell(row, 1).contains("ID"));
+        QVERIFY(QRegularExpression("^V\\d+\\.\\d+\\.\\d+\\.R \\d{6}$").match(probe.cell(row, 3)).hasMatch());
+        QVERIFY(probe.table->IsHaveCheckBox(row, 0));
+        QVERIFY(probe.table->isCheckBoxEnabled(row, 0));
+        QCOMPARE(probe.table->item(row, 1)->toolTip(), probe.cell(row, 1));
+        addresses << probe.cell(row, 2);
+    }
+    addresses.sort();
+    QCOMPARE(addresses, (QStringList{"127.0.0.2", "127.0.0.3", "127.0.0.4"}));
+    QVERIFY(!probe.table->IsHaveCheckBox(3, 0));
+    QVERIFY(!probe.collect->isEnabled());
+
+    probe.tick(1);
+    QTRY_VERIFY(probe.collect->isEnabled());
+    probe.tick(1, false);
+    QTRY_VERIFY(!probe.collect->isEnabled());
+}
+
+void WindowCollectTest::table_insertsRowsBeyondThePlaceholders()
+{
+    QVERIFY(startDevices(15));
+    QVirtualCamMainWidget window;
+    window.Init();
+    WindowProbe probe(window);
+    QCOMPARE(probe.table->rowCount(), 15);
+    for (int row = 0; row < 15; ++row) {
+        QVERIFY2(probe.table->IsHaveCheckBox(row, 0), qPrintable(QString::number(row)));
+        QCOMPARE(probe.table->rowHeight(row), 38);
+    }
+    // Only the first device selects its row.
+    QCOMPARE(probe.table->selectionModel()->selectedRows().size(), 1);
+    QCOMPARE(probe.table->selectionModel()->selectedRows().first().row(), 0);
+}
+
+void WindowCollectTest::header_ticksAccessibleRowsOnly()
+{
+    QVERIFY(startDevices(3));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(3, 5000);
+    QCOMPARE(readers.size(), 3);
+
+    // Another client holds the third reader before the window starts.
+    XQ_HANDLE holder = nullptr;
+    int held = -1;
+    for (int i = 0; i < readers.size(); ++i)
+        if (AddressOf(readers[i]) == "127.0.0.4")
+            held = i;
+    QVERIFY(held >= 0);
+    QCOMPARE(XQ_CODEREADER_CreateHandle(&holder, &readers[held]), 0);
+    QCOMPARE(XQ_CODEREADER_OpenDevice(holder), 0);
+
+    {
+        QVirtualCamMainWidget window;
+        window.Init();
+        WindowProbe probe(window);
+        const int heldRow = probe.rowOf(ModelOf(readers[held]));
+        QVERIFY(heldRow >= 0);
+        QVERIFY(!probe.table->isCheckBoxEnabled(heldRow, 0));
+
+        probe.clickHeaderBox();
+        for (int row = 0; row < 3; ++row)
+            QCOMPARE(probe.table->cellCheckState(row, 0), row == heldRow ? Qt::Unchecked : Qt::Checked);
+        QTRY_VERIFY(probe.collect->isEnabled());
+
+        probe.clickHeaderBox();
+        for (int row = 0; row < 3; ++row)
+            QCOMPARE(probe.table->cellCheckState(row, 0), Qt::Unchecked);
+    }
+    XQ_CODEREADER_CloseDevice(holder);
+    XQ_CODEREADER_DestroyHandle(holder);
+}
+
+void WindowCollectTest::collectTwo_showsProgressThenFinishedAndFillsSelectorOnce()
+{
+    QVERIFY(startDevices(3));
+    QVirtualCamMainWidget window;
+    window.Init();
+    WindowProbe probe(window);
+
+    probe.tick(0);
+    probe.tick(2);
+    QTRY_VERIFY(probe.collect->isEnabled());
+    probe.collect->click();
+    QVERIFY(!probe.collect->isEnabled());
+    // Ticking while collecting does not enable the button.
+    probe.tick(1);
+    QTest::qWait(50);
+    QVERIFY(!probe.collect->isEnabled());
+
+    const QMap<int, bool> sawProgress = waitForStatus(probe, {0, 2}, kJobTimeoutMs);
+    QCOMPARE(probe.cell(0, 4), QString("Collect Finished"));
+    QCOMPARE(probe.cell(2, 4), QString("Collect Finished"));
+    QVERIFY(sawProgress.value(0) && sawProgress.value(2));
+    QVERIFY(!probe.table->isProgressBarVisible(0, 4));
+    QVERIFY(probe.cell(1, 4).isEmpty());
+    QTRY_VERIFY(probe.collect->isEnabled());
+
+    // Models join the selector in the order their jobs finish.
+    QStringList expected{probe.cell(0, 1), probe.cell(2, 1)};
+    expected.sort();
+    QStringList entries = probe.selectorEntries();
+    entries.sort();
+    QCOMPARE(entries, expected);
+    for (const QString& model : expected) {
+        QVERIFY(exists(CollectionRoot() + "/" + model + "/ImportInformation.csv"));
+        QVERIFY(exists(CollectionRoot() + "/" + model + "/" + model + ".xml"));
+        QVERIFY(!exists(ApplicationDir() + "/" + model + ".xml"));
+    }
+
+    // A second collection of the same model adds nothing to the selector.
+    probe.tick(2, false);
+    probe.tick(1, false);
+    probe.table->item(0, 4)->setText(QString());
+    probe.collect->click();
+    waitForStatus(probe, {0}, kJobTimeoutMs);
+    QCOMPARE(probe.cell(0, 4), QString("Collect Finished"));
+    QCOMPARE(probe.selectorEntries().size(), 2);
+}
+
+void WindowCollectTest::lostDevice_showsMessageAndRemovesItsFiles()
+{
+    QVERIFY(startDevices(1));
+    QVirtualCamMainWidget window;
+    window.Init();
+    WindowProbe probe(window);
+    const QString model = probe.cell(0, 1);
+    probe.tick(0);
+    probe.collect->click();
+
+    // Lose the device once the job has made its folder.
+    QTRY_VERIFY_WITH_TIMEOUT(exists(CollectionRoot() + "/" + model + "/Jpg"), 60000);
+    m_devices->kill();
+    QElapsedTimer clock;
+    clock.start();
+    while (probe.cell(0, 4).isEmpty() && clock.elapsed() < kJobTimeoutMs)
+        QTest::qWait(20);
+    const QString status = probe.cell(0, 4);
+    QVERIFY2(!status.isEmpty() && status != "Collect Finished", qPrintable(status));
+    QTRY_VERIFY(probe.collect->isEnabled());
+    QVERIFY(!exists(CollectionRoot() + "/" + model));
+    for (const char* suffix : {"_regfile.dat", "_strRegFile.dat", ".xml"})
+        QVERIFY(!exists(ApplicationDir() + "/" + model + suffix));
+    QVERIFY(probe.selectorEntries().isEmpty());
+}
+
+void WindowCollectTest::closeWhileCollecting_asks_cancelKeepsJobs_confirmRemovesFiles()
+{
+    QVERIFY(startDevices(2));
+    QString model;
+    {
+        QVirtualCamMainWidget window;
+        window.Init();
+        window.show();
+        WindowProbe probe(window);
+        model = probe.cell(1, 1);
+        probe.tick(1);
+        probe.collect->click();
+        QTRY_VERIFY_WITH_TIMEOUT(exists(CollectionRoot() + "/" + model), 60000);
+
+        answerNextBox("CancelBtn");
+        window.close();
+        QVERIFY(window.isVisible());
+        QVERIFY(probe.cell(1, 4).isEmpty());  // the job goes on
+
+        answerNextBox("ConfirmBtn");
+        window.close();
+        QVERIFY(!window.isVisible());
+    }
+    // Destroying the window stopped the job and removed what it had made.
+    QVERIFY(!exists(CollectionRoot() + "/" + model));
+    QVERIFY(!exists(ApplicationDir() + "/" + model + ".xml"));
+}
+
+int main(int argc, char** argv)
+{
+    RunFromOwnSuiteLayout(argv);
+    QApplication app(argc, argv);
+    WindowCollectTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_window_collect.moc"
