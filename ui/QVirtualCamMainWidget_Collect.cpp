@@ -8,8 +8,8 @@
 #include "CustomMessageBox.h"
 #include "CustomPushButton.h"
 #include "CustomTableWidget.h"
+#include "DeviceListing.h"
 #include "QCollectInfoThread.h"
-#include "XQInterface.h"
 
 #include <QCloseEvent>
 #include <QComboBox>
@@ -22,7 +22,7 @@ namespace {
 
 QString modelNameOf(const _XQ_CODEREADER_DEVICE_INFO_& record)
 {
-    return XQInterface::uchar2QString(record.stGigE.chModelName, 64, "UTF-8");
+    return collect::DeviceText(record.stGigE.chModelName);
 }
 
 } // namespace
@@ -48,7 +48,7 @@ void QVirtualCamMainWidget::OnCollectBtn()
         connect(pThread, SIGNAL(SigDeviceCollectFinish(QString, QString)), this,
                 SLOT(OnCollectFinish(QString, QString)));
         pThread->start(QThread::InheritPriority);
-        const QString strSerial = XQInterface::uchar2QString(record.stGigE.chSerialNumber, 64, "UTF-8");
+        const QString strSerial = collect::DeviceText(record.stGigE.chSerialNumber);
         m_mapCollectThread[strSerial] = pThread;
     }
     m_pCollectBtn->setEnabled(false);
@@ -118,14 +118,14 @@ void QVirtualCamMainWidget::DeleteCollectedFiles(QString serial)
     FindDeviceInfo(serial, record);
     const QString strModel = modelNameOf(record);
     const QStringList refused =
-        deleteCollectedFilesOf(QCoreApplication::applicationDirPath(), GetVirtualCameraRoot(), strModel);
+        collect::DeleteCollectedFilesOf(QCoreApplication::applicationDirPath(), GetVirtualCameraRoot(), strModel);
     if (!refused.isEmpty())
         qInfo().noquote() << "not removing files of a device with the unusable model name" << strModel;
 }
 
 bool QVirtualCamMainWidget::DeleteFileOrFolder(QString path)
 {
-    return DeleteFileOrFolderAt(path);
+    return collect::DeleteFileOrFolderAt(path);
 }
 
 void QVirtualCamMainWidget::StopAllCollect()

@@ -5,7 +5,7 @@
 #include "CustomCheckHeaderView.h"
 #include "CustomPushButton.h"
 #include "CustomTableWidget.h"
-#include "XQInterface.h"
+#include "DeviceListing.h"
 
 #include <QDebug>
 
@@ -19,20 +19,6 @@ constexpr int kPlaceholderRows = 13;
 constexpr int kDeviceRowHeight = 38;
 constexpr int kCollectAccessMode = 1;
 
-QString deviceText(const unsigned char* field)
-{
-    return XQInterface::uchar2QString(field, 64, "UTF-8");
-}
-
-// nCurrentIp carries the first octet in its most significant byte.
-QString ipAddressText(unsigned int nIp)
-{
-    return QString("%1.%2.%3.%4")
-        .arg((nIp >> 24) & 0xFF)
-        .arg((nIp >> 16) & 0xFF)
-        .arg((nIp >> 8) & 0xFF)
-        .arg(nIp & 0xFF);
-}
 
 } // namespace
 
@@ -52,10 +38,8 @@ void QVirtualCamMainWidget::InitDeviceTable()
         const _XQ_CODEREADER_DEVICE_INFO_* pRecord = m_stDeviceList.pDeviceInfo[i];
         if (!pRecord)
             break;
-        // Virtual cameras of the store are served under "Vir" serials.
-        if (deviceText(pRecord->stGigE.chSerialNumber).contains("Vir"))
-            continue;
-        if (!deviceText(pRecord->stGigE.chModelName).contains("ID"))
+        // Virtual cameras of the store and devices that are no code readers.
+        if (!collect::IsListedCodeReader(*pRecord))
             continue;
 
         const int row = GetDeviceRowCount();
@@ -82,9 +66,9 @@ void QVirtualCamMainWidget::FillDeviceRow(int row, const _XQ_CODEREADER_DEVICE_I
     QTableWidgetItem* pSerialItem = m_pDeviceTable->item(row, 0);
     if (!pSerialItem)
         return;
-    pSerialItem->setData(kSerialRole, deviceText(record.stGigE.chSerialNumber));
+    pSerialItem->setData(kSerialRole, collect::DeviceText(record.stGigE.chSerialNumber));
 
-    const QString strModel = deviceText(record.stGigE.chModelName);
+    const QString strModel = collect::DeviceText(record.stGigE.chModelName);
     if (QTableWidgetItem* pModelItem = m_pDeviceTable->item(row, 1)) {
         pModelItem->setText(strModel);
         pModelItem->setToolTip(strModel);
@@ -92,14 +76,14 @@ void QVirtualCamMainWidget::FillDeviceRow(int row, const _XQ_CODEREADER_DEVICE_I
     QTableWidgetItem* pIpItem = m_pDeviceTable->item(row, 2);
     QTableWidgetItem* pVersionItem = m_pDeviceTable->item(row, 3);
     if (pIpItem && pVersionItem) {
-        const QString strVersion = deviceText(record.stGigE.chDeviceVersion);
+        const QString strVersion = collect::DeviceText(record.stGigE.chDeviceVersion);
         pVersionItem->setText(strVersion);
         pVersionItem->setToolTip(strVersion);
         if (QTableWidgetItem* pStatusItem = m_pDeviceTable->item(row, 4)) {
             pStatusItem->setText(QString());
             m_pDeviceTable->setProgressBarVisible(row, 4, false, 0, 100);
         }
-        const QString strIp = ipAddressText(record.stGigE.nCurrentIp);
+        const QString strIp = collect::IpAddressText(record.stGigE.nCurrentIp);
         pIpItem->setText(strIp);
         pIpItem->setToolTip(strIp);
     }
@@ -118,7 +102,7 @@ void QVirtualCamMainWidget::FindDeviceInfo(QString serial, _XQ_CODEREADER_DEVICE
 {
     for (unsigned int i = 0; i < m_stDeviceList.nDeviceNum && i < XQ_MAX_DEVICE_NUM; ++i) {
         const _XQ_CODEREADER_DEVICE_INFO_* pRecord = m_stDeviceList.pDeviceInfo[i];
-        if (pRecord && deviceText(pRecord->stGigE.chSerialNumber) == serial)
+        if (pRecord && collect::DeviceText(pRecord->stGigE.chSerialNumber) == serial)
             out = *pRecord;
     }
 }
@@ -149,7 +133,7 @@ void QVirtualCamMainWidget::GetCheckCamera(QVector<_XQ_CODEREADER_DEVICE_INFO_>&
         if (m_pDeviceTable->cellCheckState(row, 0) == Qt::Checked) {
             _XQ_CODEREADER_DEVICE_INFO_ record{};
             FindDeviceInfo(strSerial, record);
-            qInfo().noquote() << deviceText(record.stGigE.chSerialNumber);
+            qInfo().noquote() << collect::DeviceText(record.stGigE.chSerialNumber);
             out.append(record);
         }
     }
