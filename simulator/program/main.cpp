@@ -38,7 +38,7 @@ int serve(const ProgramOptions& options)
     SimulatorServer server(serverOptions);
     try {
         for (unsigned i = 0; i < options.demoDevices; ++i) {
-            auto model = std::make_unique<DemoCodeReader>(DemoCodeReader::demoIdentity(i));
+            auto model = std::make_unique<DemoCodeReader>(DemoCodeReader::demoIdentity(options.firstDemoIndex + i));
             const DeviceIdentity identity = model->identity();
             const std::uint32_t address = options.baseAddress + i;
             server.addDevice(std::move(model), address);

@@ -10,6 +10,8 @@ namespace quorvex::sim {
 namespace {
 
 constexpr unsigned kMaxDemoDevices = 64;
+// Keeps serial numbers at eight hex digits and MAC addresses distinct.
+constexpr unsigned kMaxFirstDemoIndex = 9999;
 
 bool parseNumber(const std::string& text, unsigned long minimum, unsigned long maximum, unsigned long& value)
 {
@@ -65,6 +67,15 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
                 return false;
             }
             options.demoDevices = static_cast<unsigned>(number);
+        } else if (name == "--first-index") {
+            if (!takeValue())
+                return false;
+            if (!parseNumber(value, 0, kMaxFirstDemoIndex, number)) {
+                error = "--first-index needs a device index from 0 to " + std::to_string(kMaxFirstDemoIndex) +
+                        ", not '" + value + "'";
+                return false;
+            }
+            options.firstDemoIndex = static_cast<unsigned>(number);
         } else if (name == "-a" || name == "--base-address") {
             if (!takeValue())
                 return false;
@@ -108,6 +119,10 @@ std::string usageText(const std::string& programName)
            "interrupted (SIGINT or SIGTERM).\n"
            "\n"
            "  -n, --demo N            serve N demo code readers (1-64, default 2)\n"
+           "      --first-index N     give the demo readers the identities of index N,\n"
+           "                          N+1, ... (0-9999, default 0): serial number, MAC,\n"
+           "                          model and name, so that two simulators can serve\n"
+           "                          distinct devices\n"
            "  -a, --base-address IP   address of the first device; the others follow\n"
            "                          (default 127.0.0.2; must be in 127.0.0.0/8)\n"
            "  -p, --port PORT         GVCP port (default 3956, the standard one)\n"

@@ -9,6 +9,7 @@ namespace quorvex::sim {
 
 struct ProgramOptions final {
     unsigned demoDevices = 2;
+    unsigned firstDemoIndex = 0; // identity index of the first demo device
     std::uint32_t baseAddress = 0x7F000002; // 127.0.0.2
     std::uint16_t gvcpPort = 3956;
     bool answerBroadcasts = true;

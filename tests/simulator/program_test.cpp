@@ -8,7 +8,9 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
+#include <map>
 #include <set>
 #include <spawn.h>
 #include <string>
@@ -112,7 +114,7 @@ TEST_F(SimulatorProgram, help_documentsEveryOption)
     Program program({"--help"});
     ASSERT_TRUE(program.started());
     EXPECT_EQ(program.waitForExit(5s), 0);
-    for (const char* option : {"--demo", "--base-address", "--port", "--no-broadcast", "--print-xml", "--verbose",
+    for (const char* option : {"--demo", "--first-index", "--base-address", "--port", "--no-broadcast", "--print-xml", "--verbose",
                                "--version", "--help", "SIGTERM", "Exit status"})
         EXPECT_NE(program.errors().find(option), std::string::npos) << option;
 }
@@ -127,6 +129,8 @@ TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
         {{"--port", "70000"}, "--port"},
         {{"--frobnicate"}, "unknown option"},
         {{"--demo"}, "needs a value"},
+        {{"--first-index", "-1"}, "--first-index"},
+        {{"--first-index", "10000"}, "--first-index"},
         {{"--base-address", "127.255.255.250", "--demo", "10"}, "not enough loopback addresses"},
     };
     for (const auto& [arguments, message] : cases) {
@@ -171,6 +175,32 @@ TEST_F(SimulatorProgram, servesDiscoveryUntilSigterm_thenStopsCleanly)
     EXPECT_NE(program.errors().find("stopping on SIGTERM"), std::string::npos);
     // Its addresses are free again.
     EXPECT_NO_THROW(UdpSocket::bind(0x7F00000A, gvcp::kPort));
+}
+
+TEST_F(SimulatorProgram, firstIndex_shiftsDemoIdentitiesSoTwoProgramsServeDistinctDevices)
+{
+    Program first({"--demo", "1", "--base-address", "127.0.0.20"});
+    Program second({"--demo", "2", "--first-index", "1", "--base-address", "127.0.0.21"});
+    ASSERT_TRUE(first.started());
+    ASSERT_TRUE(second.started());
+    test::GvcpClient client;
+    std::map<std::uint32_t, std::pair<std::string, std::string>> seen; // address -> serial, user name
+    const auto text = [](const std::vector<std::uint8_t>& ack, std::uint32_t offset) {
+        const char* begin = reinterpret_cast<const char*>(ack.data() + 8 + offset);
+        return std::string(begin, ::strnlen(begin, 16));
+    };
+    for (int attempt = 0; attempt < 50 && seen.size() < 3; ++attempt) {
+        client.send({0xFFFFFFFF, gvcp::kPort}, test::command(gvcp::command::kDiscovery, 0xFFFF));
+        while (auto ack = client.receive(100ms)) {
+            ASSERT_EQ(ack->size(), 8u + 0xF8u);
+            seen[readBig32(ack->data() + 8 + gvcp::reg::kCurrentIp)] = {
+                text(*ack, gvcp::reg::kSerialNumber), text(*ack, gvcp::reg::kUserDefinedName)};
+        }
+    }
+    ASSERT_EQ(seen.size(), 3u) << first.errors() << second.errors();
+    EXPECT_EQ(seen[0x7F000014], std::make_pair(std::string("QD24A10000"), std::string("DemoReader1")));
+    EXPECT_EQ(seen[0x7F000015], std::make_pair(std::string("QD24A10101"), std::string("DemoReader2")));
+    EXPECT_EQ(seen[0x7F000016], std::make_pair(std::string("QD24A10202"), std::string("DemoReader3")));
 }
 
 } // namespace
