@@ -1,4 +1,5 @@
-// Removal of what a collection job leaves behind, hostile model names included.
+// Removal of what a collection job leaves behind, hostile model names
+// included. The folder removal itself is tested with the store, its other user.
 
 #include "CollectedFiles.h"
 
@@ -23,40 +24,9 @@ class CollectedFilesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void deleteFolder_removesTreeButKeepsFolderWithHiddenFiles();
-    void deleteFolder_removesLinksNotTheirTargets();
     void deleteCollected_removesStagingAndFolderOfThatModelOnly();
     void deleteCollected_hostileNameTouchesNothing();
 };
-
-void CollectedFilesTest::deleteFolder_removesTreeButKeepsFolderWithHiddenFiles()
-{
-    QTemporaryDir dir;
-    const QString folder = dir.filePath("M");
-    touch(folder + "/Jpg/1.jpg");
-    touch(folder + "/ImportInformation.csv");
-    QVERIFY(DeleteFileOrFolderAt(folder));
-    QVERIFY(!QFileInfo::exists(folder));
-
-    touch(folder + "/Jpg/1.jpg");
-    touch(folder + "/.hidden");
-    QVERIFY(!DeleteFileOrFolderAt(folder));  // the hidden file keeps the folder
-    QVERIFY(QFileInfo::exists(folder + "/.hidden"));
-    QVERIFY(!QFileInfo::exists(folder + "/Jpg"));
-
-    QVERIFY(DeleteFileOrFolderAt(dir.filePath("missing")));
-    QVERIFY(!DeleteFileOrFolderAt(QString()));
-}
-
-void CollectedFilesTest::deleteFolder_removesLinksNotTheirTargets()
-{
-    QTemporaryDir dir;
-    touch(dir.filePath("outside/precious.txt"));
-    touch(dir.filePath("M/file"));
-    QVERIFY(QFile::link(dir.filePath("outside"), dir.filePath("M/link")));
-    QVERIFY(DeleteFileOrFolderAt(dir.filePath("M")));
-    QVERIFY(QFileInfo::exists(dir.filePath("outside/precious.txt")));
-}
 
 void CollectedFilesTest::deleteCollected_removesStagingAndFolderOfThatModelOnly()
 {

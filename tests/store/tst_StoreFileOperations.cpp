@@ -4,6 +4,8 @@
 
 #include "StoreTestSupport.h"
 #include "CollectedFiles.h"
+
+using collect::DeleteFileOrFolderAt;
 #include "FileOperations.h"
 #include "camera_hold.h"
 
