@@ -12,6 +12,7 @@
 #include "FileOperations.h"
 #include "StorePaths.h"
 #include "SupportedModels.h"
+#include "VirtualCameraActions.h"
 #include "VirtualCameraConfig.h"
 #include "VirtualCameraCreation.h"
 #include "VirtualCameraList.h"
@@ -76,10 +77,13 @@ void QVirtualCamMainWidget::OnAddVirtualBtn()
             qInfo() << "Model name cannot name a camera folder:" << strText;
         return;
     }
-    QDir().mkpath(plan->strCameraFolder);
-    if (!WriteVirtualCameraConfig(plan->strGroup, plan->strModel))
+    // A failed copy still lists the camera: its group is in the file.
+    const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
+        *plan, [this](const QString& strGroup, const QString& strModel) {
+            return WriteVirtualCameraConfig(strGroup, strModel);
+        });
+    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten)
         return;
-    VirtualStore::CopyDirectory(plan->strSourceFolder, plan->strCameraFolder, true);
     UpdateVirtualCameraList(plan->strModel, plan->strGroup);
 }
 
@@ -102,23 +106,18 @@ void QVirtualCamMainWidget::OnDeleteVirtualCamera()
         return;
     const QString strGroup = pItem->data(kGroupRole).toString();
     const QString strModel = pItem->data(kModelRole).toString();
-    if (!VirtualStore::IsSafeStoreName(strGroup)) {
+    switch (VirtualStore::DeleteVirtualCamera(strGroup, strModel, m_pVirtualCamSettings)) {
+    case VirtualStore::DeletionOutcome::UnsafeGroup:
         qInfo() << "Refusing to delete a camera whose group cannot name a folder:" << strGroup;
         return;
-    }
-    // A model name that cannot name a file has no register file a server
-    // could hold.
-    const bool bOccupied = VirtualStore::IsSafeStoreName(strModel)
-        && VirtualStore::IsFileOccupied(VirtualStore::RegisterFilePath(strGroup, strModel));
-    if (bOccupied) {
+    case VirtualStore::DeletionOutcome::HeldOpen:
         CustomMessageBox::warning(this, tr("The camera is connected, please disconnect and try again!"), tr("Prompt"),
                                   CustomMessageBox::ConfirmButton, QString());
         return;
+    case VirtualStore::DeletionOutcome::Deleted:
+        break;
     }
-    DeleteFileOrFolder(VirtualStore::CameraFolder(strGroup));
     delete m_pVirtualCameraList->takeItem(m_pVirtualCameraList->currentRow());
-    if (m_pVirtualCamSettings)
-        m_pVirtualCamSettings->remove(strGroup);
 }
 
 void QVirtualCamMainWidget::UpdateVirtualCameraList(QString strDeviceModel, QString strSerialNumber)

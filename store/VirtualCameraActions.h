@@ -1,0 +1,40 @@
+#pragma once
+// The two store actions a front end carries out after its own checks:
+// making a planned camera and deleting a listed one. The window and the
+// command line share them, so both leave the store in the same state.
+
+#include "VirtualCameraCreation.h"
+
+#include <QString>
+
+#include <functional>
+
+class QSettings;
+
+namespace VirtualStore {
+
+enum class CreationOutcome {
+    Created,         // folder, group and a full copy of the collection
+    CopyIncomplete,  // the group is written; the copy stopped part way
+    GroupNotWritten, // writeGroup refused; the empty camera folder remains
+};
+
+// Makes the camera folder (result not checked), has writeGroup put the
+// camera's group into the configuration file, then copies the collection
+// folder into the camera folder with overwrite. Nothing is copied when
+// writeGroup returns false.
+CreationOutcome CreateVirtualCamera(const VirtualCameraPlan& plan,
+                                    const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup);
+
+enum class DeletionOutcome {
+    Deleted,
+    UnsafeGroup, // the group cannot name a camera folder: nothing touched
+    HeldOpen,    // a serving program holds the camera: nothing touched
+};
+
+// Removes the camera folder and, when pSettings is given, the group. A
+// model name that cannot name a file has no register file a server could
+// hold, so it never blocks.
+DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strModel, QSettings* pSettings);
+
+} // namespace VirtualStore
