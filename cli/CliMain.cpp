@@ -1,0 +1,75 @@
+#include "CliMain.h"
+
+#include "AppFolders.h"
+#include "CollectCommand.h"
+#include "CommandLine.h"
+#include "Console.h"
+#include "DeviceCommands.h"
+#include "ExitCodes.h"
+#include "StoreCommands.h"
+#include "XQInterface.h"
+
+#include <QCoreApplication>
+
+#include <unistd.h>
+
+namespace cli {
+
+namespace {
+
+int Dispatch(const Request& request, const Console& console)
+{
+    switch (request.command) {
+    case Command::Devices:
+        return RunDevices(request, console);
+    case Command::Collect:
+        return RunCollect(request, console);
+    case Command::Add:
+        return RunAdd(request, console);
+    case Command::Cameras:
+        return RunCameras(request, console);
+    case Command::Delete:
+        return RunDelete(request, console);
+    case Command::Version:
+        console.Out(QStringLiteral("quorvex-cli %1\n").arg(XQInterface::curExeVersion()));
+        return kExitOk;
+    case Command::Help:
+    case Command::None:
+        break;
+    }
+    return kExitUsage;
+}
+
+} // namespace
+
+int RunCli(int argc, char* argv[])
+{
+    const Console console(TakeStandardOutput(), STDERR_FILENO);
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("quorvex-cli"));
+
+    const Request request = ParseCommandLine(QCoreApplication::arguments().mid(1));
+    if (!request.error.isEmpty()) {
+        console.Err(QStringLiteral("quorvex-cli: %1\n\n%2").arg(request.error, UsageText(request.command)));
+        return kExitUsage;
+    }
+    if (request.help || request.command == Command::Help) {
+        Command topic = request.command;
+        if (request.command == Command::Help && !request.operands.isEmpty()) {
+            topic = ParseCommandLine({request.operands.first()}).command;
+            if (topic == Command::None) {
+                console.Err(QStringLiteral("quorvex-cli: no command \"%1\"\n\n%2")
+                                .arg(Printable(request.operands.first()), UsageText(Command::None)));
+                return kExitUsage;
+            }
+        }
+        console.Out(UsageText(topic));
+        return kExitOk;
+    }
+
+    // The engine logs like the window does, into the suite's log file.
+    XQInterface::initLog4qtConfig(GetSuiteDirPath() + "/common/config/log4qt_Quorvex.conf");
+    return Dispatch(request, console);
+}
+
+} // namespace cli

@@ -1,0 +1,8 @@
+#pragma once
+// The whole program behind main(): environment, parsing, dispatch.
+
+namespace cli {
+
+int RunCli(int argc, char* argv[]);
+
+} // namespace cli

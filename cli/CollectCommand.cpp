@@ -1,0 +1,194 @@
+#include "CollectCommand.h"
+
+#include "AppFolders.h"
+#include "CollectSession.h"
+#include "CommandLine.h"
+#include "Console.h"
+#include "DeviceCommands.h"
+#include "DeviceListing.h"
+#include "ExitCodes.h"
+#include "IgnoreList.h"
+#include "ProgressView.h"
+#include "StopSignals.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+
+namespace cli {
+
+namespace {
+
+QString OutcomeName(JobOutcome outcome)
+{
+    switch (outcome) {
+    case JobOutcome::Running:
+        return QStringLiteral("running");
+    case JobOutcome::Collected:
+        return QStringLiteral("collected");
+    case JobOutcome::Failed:
+        return QStringLiteral("failed");
+    case JobOutcome::Stopped:
+        return QStringLiteral("stopped");
+    }
+    return QString();
+}
+
+QJsonObject JobJson(const JobState& job)
+{
+    QJsonObject object{{QStringLiteral("serial"), job.serial},
+                       {QStringLiteral("model"), job.model},
+                       {QStringLiteral("outcome"), OutcomeName(job.outcome)},
+                       {QStringLiteral("message"), job.message}};
+    if (job.outcome == JobOutcome::Collected)
+        object.insert(QStringLiteral("folder"), job.folder);
+    return object;
+}
+
+int Refuse(const Request& request, const Console& console, int code, const QString& message)
+{
+    console.Err(QStringLiteral("quorvex-cli: %1\n").arg(message));
+    if (request.json)
+        console.Json({{QStringLiteral("error"), message}});
+    return code;
+}
+
+QString SerialsText(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
+{
+    QStringList serials;
+    for (const XQ_CODEREADER_DEVICE_INFO& record : records)
+        if (collect::IsListedCodeReader(record))
+            serials << Printable(collect::DeviceText(record.stGigE.chSerialNumber));
+    return serials.isEmpty() ? QStringLiteral("none") : serials.join(QStringLiteral(", "));
+}
+
+} // namespace
+
+DeviceSelection SelectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, const QStringList& serials, bool all)
+{
+    DeviceSelection selection;
+    QStringList chosen;
+    const auto take = [&](const XQ_CODEREADER_DEVICE_INFO& record) {
+        const QString serial = collect::DeviceText(record.stGigE.chSerialNumber);
+        if (chosen.contains(serial))
+            return;
+        chosen << serial;
+        selection.records.append(record);
+    };
+    if (all) {
+        for (const XQ_CODEREADER_DEVICE_INFO& record : found)
+            if (collect::IsListedCodeReader(record))
+                take(record);
+        return selection;
+    }
+    for (const QString& serial : serials) {
+        bool listed = false;
+        for (const XQ_CODEREADER_DEVICE_INFO& record : found) {
+            if (collect::IsListedCodeReader(record) && collect::DeviceText(record.stGigE.chSerialNumber) == serial) {
+                take(record);
+                listed = true;
+                break;
+            }
+        }
+        if (!listed && !selection.unknownSerials.contains(serial))
+            selection.unknownSerials << serial;
+    }
+    return selection;
+}
+
+int RunCollect(const Request& request, const Console& console)
+{
+    int sdkError = XQ_OK;
+    const QVector<XQ_CODEREADER_DEVICE_INFO> found = EnumerateDevices(sdkError);
+    if (sdkError != XQ_OK)
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("device enumeration failed (SDK error 0x%1)")
+                          .arg(static_cast<unsigned int>(sdkError), 0, 16));
+
+    const DeviceSelection selection = SelectDevices(found, request.operands, request.all);
+    if (!selection.unknownSerials.isEmpty()) {
+        QStringList shown;
+        for (const QString& serial : selection.unknownSerials)
+            shown << Printable(serial);
+        return Refuse(request, console, kExitNotFound,
+                      QStringLiteral("no code reader with serial number %1; listed code readers: %2")
+                          .arg(shown.join(QStringLiteral(", ")), SerialsText(found)));
+    }
+    if (selection.records.isEmpty())
+        return Refuse(request, console, kExitNotFound, QStringLiteral("no code readers found to collect"));
+
+    // As in the window, a device another client holds cannot be ticked.
+    QVector<XQ_CODEREADER_DEVICE_INFO> ready;
+    QJsonArray busyJson;
+    for (const XQ_CODEREADER_DEVICE_INFO& record : selection.records) {
+        if (XQ_CODEREADER_IsDeviceAccessible(&record, XQ_ACCESS_EXCLUSIVE)) {
+            ready.append(record);
+            continue;
+        }
+        const QString serial = collect::DeviceText(record.stGigE.chSerialNumber);
+        const QString model = collect::DeviceText(record.stGigE.chModelName);
+        console.Err(QStringLiteral("quorvex-cli: %1 %2 skipped: held by another client\n")
+                        .arg(Printable(serial), Printable(model)));
+        busyJson.append(QJsonObject{{QStringLiteral("serial"), serial},
+                                    {QStringLiteral("model"), model},
+                                    {QStringLiteral("outcome"), QStringLiteral("busy")},
+                                    {QStringLiteral("message"), QStringLiteral("held by another client")}});
+    }
+
+    if (!QFileInfo::exists(QString::fromLatin1(collect::kIgnoreListPath)))
+        console.Err(QStringLiteral("quorvex-cli: note: no %1 in %2, so every feature is read; run from %3 to use "
+                                   "the shipped ignore list\n")
+                        .arg(QString::fromLatin1(collect::kIgnoreListPath), QDir::currentPath(),
+                             QCoreApplication::applicationDirPath()));
+
+    const QString collectionRoot = GetVirtualCameraRoot();
+    CollectSession session(QCoreApplication::applicationDirPath(), collectionRoot);
+    const ProgressView::Mode mode = request.json           ? ProgressView::Mode::Silent
+                                    : console.OutIsTerminal() ? ProgressView::Mode::Terminal
+                                                              : ProgressView::Mode::Plain;
+    ProgressView view(console, mode);
+    QEventLoop loop;
+    int interruptedBy = 0;
+    StopSignals stopSignals;
+    QObject::connect(&session, &CollectSession::JobChanged, &session,
+                     [&](int index) { view.Changed(session.Jobs(), index); });
+    QObject::connect(&session, &CollectSession::AllEnded, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    QObject::connect(&stopSignals, &StopSignals::Requested, &session, [&](int number) {
+        interruptedBy = number;
+        session.StopAll();
+    });
+
+    if (!ready.isEmpty()) {
+        session.Start(ready);
+        view.Begin(session.Jobs());
+        loop.exec();
+    }
+
+    bool anyFailed = false;
+    QJsonArray jobsJson;
+    QString summary;
+    for (const JobState& job : session.Jobs()) {
+        anyFailed = anyFailed || job.outcome != JobOutcome::Collected;
+        jobsJson.append(JobJson(job));
+        if (mode == ProgressView::Mode::Terminal)
+            summary += PlainProgressLine(job) + QLatin1Char('\n');
+    }
+    for (const auto& busy : busyJson)
+        jobsJson.append(busy);
+
+    if (request.json)
+        console.Json({{QStringLiteral("collectionRoot"), QDir::cleanPath(collectionRoot)}, {QStringLiteral("devices"), jobsJson}});
+    else
+        console.Out(summary);
+
+    if (interruptedBy != 0)
+        return kExitInterrupted;
+    if (anyFailed)
+        return kExitFailed;
+    return busyJson.isEmpty() ? kExitOk : kExitBusy;
+}
+
+} // namespace cli

@@ -1,0 +1,121 @@
+#include "CollectSession.h"
+
+#include "CollectPaths.h"
+#include "CollectedFiles.h"
+#include "DeviceListing.h"
+#include "QCollectInfoThread.h"
+
+#include <QDir>
+
+#include <utility>
+
+namespace cli {
+
+CollectSession::CollectSession(QString applicationDir, QString collectionRoot, QObject* parent)
+    : QObject(parent)
+    , m_strApplicationDir(std::move(applicationDir))
+    , m_strCollectionRoot(std::move(collectionRoot))
+{
+}
+
+CollectSession::~CollectSession()
+{
+    // Whoever listened may already be gone.
+    blockSignals(true);
+    StopAll();
+}
+
+void CollectSession::Start(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
+{
+    for (const XQ_CODEREADER_DEVICE_INFO& record : records) {
+        JobState job;
+        job.serial = collect::DeviceText(record.stGigE.chSerialNumber);
+        job.model = collect::DeviceText(record.stGigE.chModelName);
+        job.folder = QDir::cleanPath(collect::CollectionFolderOf(m_strCollectionRoot, job.model));
+        m_vecJobs.append(job);
+
+        auto thread = std::make_unique<QCollectInfoThread>();
+        thread->SetDeviceInfo(record);
+        // Queued: the jobs report from their own threads.
+        connect(thread.get(), &QCollectInfoThread::SigDeviceCollectProgress, this, &CollectSession::OnProgress,
+                Qt::QueuedConnection);
+        connect(thread.get(), &QCollectInfoThread::SigDeviceCollectStatus, this, &CollectSession::OnStatus,
+                Qt::QueuedConnection);
+        connect(thread.get(), &QCollectInfoThread::SigDeviceCollectFinish, this, &CollectSession::OnFinish,
+                Qt::QueuedConnection);
+        thread->start(QThread::InheritPriority);
+        m_mapThreads[job.serial] = std::move(thread);
+    }
+    if (m_mapThreads.empty())
+        emit AllEnded();
+}
+
+void CollectSession::StopAll()
+{
+    for (int i = 0; i < m_vecJobs.size(); ++i) {
+        if (m_vecJobs[i].outcome != JobOutcome::Running)
+            continue;
+        EndJob(i, JobOutcome::Stopped, QStringLiteral("stopped"));
+    }
+}
+
+int CollectSession::RunningJobOf(const QString& strSerial) const
+{
+    for (int i = 0; i < m_vecJobs.size(); ++i)
+        if (m_vecJobs[i].serial == strSerial && m_vecJobs[i].outcome == JobOutcome::Running)
+            return i;
+    return -1;
+}
+
+void CollectSession::OnProgress(const QString& strSerial, int nPercent)
+{
+    const int index = RunningJobOf(strSerial);
+    if (index < 0)
+        return;
+    m_vecJobs[index].percent = qBound(0, nPercent, 100);
+    emit JobChanged(index);
+}
+
+void CollectSession::OnStatus(const QString& strSerial, const QString& strInfo)
+{
+    const int index = RunningJobOf(strSerial);
+    if (index >= 0)
+        EndJob(index, JobOutcome::Failed, strInfo);
+}
+
+void CollectSession::OnFinish(const QString& strSerial, const QString& strInfo)
+{
+    const int index = RunningJobOf(strSerial);
+    if (index < 0)
+        return;
+    m_vecJobs[index].percent = 100;
+    EndJob(index, JobOutcome::Collected, strInfo);
+}
+
+void CollectSession::EndJob(int nIndex, JobOutcome outcome, const QString& strMessage)
+{
+    JobState& job = m_vecJobs[nIndex];
+    job.outcome = outcome;
+    job.message = strMessage;
+    const auto it = m_mapThreads.find(job.serial);
+    if (it != m_mapThreads.end()) {
+        std::unique_ptr<QCollectInfoThread> thread = std::move(it->second);
+        m_mapThreads.erase(it);
+        thread->ReleaseDevices();
+        thread.reset(); // waits until the job's run() has returned
+    }
+    if (outcome != JobOutcome::Collected)
+        RemoveFilesOf(job);
+    emit JobChanged(nIndex);
+    if (m_mapThreads.empty())
+        emit AllEnded();
+}
+
+void CollectSession::RemoveFilesOf(const JobState& job) const
+{
+    // A hostile model name removes nothing; the job refused it before
+    // writing anything.
+    collect::DeleteCollectedFilesOf(m_strApplicationDir, m_strCollectionRoot, job.model);
+}
+
+} // namespace cli

@@ -1,0 +1,93 @@
+#include "Console.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace cli {
+
+namespace {
+
+void WriteAll(int fd, const QByteArray& bytes)
+{
+    const char* data = bytes.constData();
+    qsizetype left = bytes.size();
+    while (left > 0) {
+        const ssize_t written = ::write(fd, data, static_cast<size_t>(left));
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return; // a closed pipe: nobody is reading any more
+        }
+        data += written;
+        left -= written;
+    }
+}
+
+} // namespace
+
+Console::Console(int outFd, int errFd)
+    : m_nOutFd(outFd)
+    , m_nErrFd(errFd)
+    , m_bOutIsTerminal(::isatty(outFd) == 1)
+{
+}
+
+void Console::Out(const QString& text) const
+{
+    WriteAll(m_nOutFd, text.toUtf8());
+}
+
+void Console::Err(const QString& text) const
+{
+    WriteAll(m_nErrFd, text.toUtf8());
+}
+
+void Console::Json(const QJsonObject& document) const
+{
+    WriteAll(m_nOutFd, QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n');
+}
+
+int Console::Columns() const
+{
+    winsize size{};
+    if (m_bOutIsTerminal && ::ioctl(m_nOutFd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    return 80;
+}
+
+int TakeStandardOutput()
+{
+    const int results = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
+    if (results < 0)
+        return STDOUT_FILENO;
+    const int nullFd = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    if (nullFd < 0) {
+        ::close(results);
+        return STDOUT_FILENO;
+    }
+    ::dup2(nullFd, STDOUT_FILENO);
+    ::close(nullFd);
+    return results;
+}
+
+QString Printable(const QString& text)
+{
+    QString printable;
+    printable.reserve(text.size());
+    for (const QChar character : text) {
+        const ushort code = character.unicode();
+        if (code < 0x20 || code == 0x7F || (code >= 0x80 && code < 0xA0))
+            printable += QStringLiteral("\\x%1").arg(code, 2, 16, QLatin1Char('0'));
+        else
+            printable += character;
+    }
+    return printable;
+}
+
+} // namespace cli

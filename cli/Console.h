@@ -1,0 +1,43 @@
+#pragma once
+// Where quorvex-cli's own output goes. The engine and the SDKs print
+// progress chatter with printf; that must never mix into a table or a JSON
+// document a script reads, so the command's results get their own
+// descriptor and descriptor 1 is pointed at /dev/null.
+
+#include <QString>
+
+class QJsonObject;
+
+namespace cli {
+
+class Console final {
+public:
+    // outFd receives results, errFd messages; neither is closed here.
+    Console(int outFd, int errFd);
+
+    void Out(const QString& text) const;
+    void Err(const QString& text) const;
+    // One compact JSON document and a newline on the results descriptor.
+    void Json(const QJsonObject& document) const;
+
+    bool OutIsTerminal() const { return m_bOutIsTerminal; }
+    // Columns of the results terminal; 80 when unknown.
+    int Columns() const;
+
+private:
+    int m_nOutFd;
+    int m_nErrFd;
+    bool m_bOutIsTerminal;
+};
+
+// Duplicates standard output to a new descriptor for the results and points
+// descriptor 1 at /dev/null. Returns the new descriptor, or 1 when that
+// cannot be done (the chatter then stays where it was).
+int TakeStandardOutput();
+
+// A text from a device or a file, safe to show on a terminal: control
+// characters become \xNN escapes, so a hostile name cannot move the cursor
+// or forge lines.
+QString Printable(const QString& text);
+
+} // namespace cli

@@ -1,0 +1,106 @@
+#include "ProgressView.h"
+
+#include "Console.h"
+
+#include <algorithm>
+
+namespace cli {
+
+namespace {
+
+constexpr int kMinimumBarWidth = 10;
+constexpr int kMaximumBarWidth = 40;
+
+QString StateText(const JobState& job)
+{
+    switch (job.outcome) {
+    case JobOutcome::Running:
+        return QStringLiteral("%1%").arg(job.percent, 3);
+    case JobOutcome::Collected:
+        return QStringLiteral("done");
+    case JobOutcome::Failed:
+        return QStringLiteral("failed: ") + Printable(job.message);
+    case JobOutcome::Stopped:
+        return QStringLiteral("stopped");
+    }
+    return QString();
+}
+
+} // namespace
+
+QString ProgressLine(const JobState& job, int serialWidth, int modelWidth, int barWidth)
+{
+    const int filled = std::clamp(job.percent, 0, 100) * barWidth / 100;
+    const QString bar = QString(filled, QLatin1Char('#')) + QString(barWidth - filled, QLatin1Char('.'));
+    return Printable(job.serial).leftJustified(serialWidth) + QStringLiteral("  ")
+        + Printable(job.model).leftJustified(modelWidth) + QStringLiteral("  [") + bar + QStringLiteral("] ")
+        + StateText(job);
+}
+
+QString PlainProgressLine(const JobState& job)
+{
+    const QString device = Printable(job.serial) + QLatin1Char(' ') + Printable(job.model) + QLatin1Char(' ');
+    switch (job.outcome) {
+    case JobOutcome::Running:
+        return device + QStringLiteral("%1%").arg(job.percent);
+    case JobOutcome::Collected:
+        return device + QStringLiteral("collected into ") + Printable(job.folder);
+    case JobOutcome::Failed:
+        return device + QStringLiteral("failed: ") + Printable(job.message);
+    case JobOutcome::Stopped:
+        return device + QStringLiteral("stopped, its files removed");
+    }
+    return device;
+}
+
+ProgressView::ProgressView(const Console& console, Mode mode)
+    : m_console(console)
+    , m_mode(mode)
+{
+}
+
+void ProgressView::Begin(const QVector<JobState>& jobs)
+{
+    m_vecLastPlain = QVector<QString>(jobs.size());
+    if (m_mode == Mode::Terminal)
+        Redraw(jobs, false);
+}
+
+void ProgressView::Changed(const QVector<JobState>& jobs, int index)
+{
+    if (m_mode == Mode::Terminal) {
+        Redraw(jobs, true);
+        return;
+    }
+    if (m_mode != Mode::Plain || index < 0 || index >= jobs.size() || index >= m_vecLastPlain.size())
+        return;
+    const QString line = PlainProgressLine(jobs[index]);
+    if (line == m_vecLastPlain[index])
+        return;
+    m_vecLastPlain[index] = line;
+    m_console.Out(line + QLatin1Char('\n'));
+}
+
+void ProgressView::Redraw(const QVector<JobState>& jobs, bool moveUp)
+{
+    int serialWidth = 0;
+    int modelWidth = 0;
+    for (const JobState& job : jobs) {
+        serialWidth = std::max(serialWidth, static_cast<int>(Printable(job.serial).size()));
+        modelWidth = std::max(modelWidth, static_cast<int>(Printable(job.model).size()));
+    }
+    // Room for the columns, the brackets and "100%"; a line that wrapped
+    // would break the redraw.
+    const int room = m_console.Columns() - serialWidth - modelWidth - 12;
+    const int barWidth = std::clamp(room, kMinimumBarWidth, kMaximumBarWidth);
+    const int columns = m_console.Columns();
+    QString text;
+    if (moveUp && !jobs.isEmpty())
+        text += QStringLiteral("\x1b[%1A").arg(jobs.size());
+    for (const JobState& job : jobs)
+        text += QStringLiteral("\r\x1b[2K") + ProgressLine(job, serialWidth, modelWidth, barWidth).left(columns - 1)
+            + QLatin1Char('\n');
+    m_console.Out(text);
+}
+
+} // namespace cli

@@ -1,0 +1,37 @@
+#pragma once
+// How a collection shows its progress: on a terminal one live bar per
+// device, redrawn in place; otherwise a plain line whenever a device's
+// percentage or state changes, so a log file reads top to bottom.
+
+#include "CollectSession.h"
+
+#include <QString>
+#include <QVector>
+
+namespace cli {
+
+class Console;
+
+// "QD0000A1  QVX-ID2040M  [#########.........]  45%" and the state text.
+QString ProgressLine(const JobState& job, int serialWidth, int modelWidth, int barWidth);
+// "QD0000A1 QVX-ID2040M 45%", or the outcome with its message or folder.
+QString PlainProgressLine(const JobState& job);
+
+class ProgressView final {
+public:
+    enum class Mode { Terminal, Plain, Silent };
+
+    ProgressView(const Console& console, Mode mode);
+
+    void Begin(const QVector<JobState>& jobs);
+    void Changed(const QVector<JobState>& jobs, int index);
+
+private:
+    void Redraw(const QVector<JobState>& jobs, bool moveUp);
+
+    const Console& m_console;
+    Mode m_mode;
+    QVector<QString> m_vecLastPlain;
+};
+
+} // namespace cli

@@ -1,0 +1,30 @@
+#pragma once
+// SIGINT and SIGTERM as a Qt signal on the main thread, so that an
+// interrupted collection stops its jobs and removes their files instead of
+// leaving half a folder behind.
+
+#include <QObject>
+
+class QSocketNotifier;
+
+namespace cli {
+
+class StopSignals final : public QObject {
+    Q_OBJECT
+    Q_DISABLE_COPY(StopSignals)
+
+public:
+    explicit StopSignals(QObject* parent = nullptr);
+    // Gives the two signals back their default handling.
+    ~StopSignals() override;
+
+signals:
+    void Requested(int nSignal);
+
+private:
+    void OnReadable();
+
+    QSocketNotifier* m_pNotifier = nullptr;
+};
+
+} // namespace cli

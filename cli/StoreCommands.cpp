@@ -1,0 +1,207 @@
+#include "StoreCommands.h"
+
+#include "AppFolders.h"
+#include "CommandLine.h"
+#include "Console.h"
+#include "ExitCodes.h"
+#include "FileOperations.h"
+#include "StorePaths.h"
+#include "SupportedModels.h"
+#include "VirtualCameraActions.h"
+#include "VirtualCameraConfig.h"
+#include "VirtualCameraCreation.h"
+#include "VirtualCameraList.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QSettings>
+#include <QThread>
+
+#include <memory>
+#include <optional>
+
+namespace cli {
+
+namespace {
+
+// IDs come from a 10 ms clock; a script adding twice in a row must not
+// land on the camera it has just made.
+constexpr int kPlanAttempts = 20;
+constexpr unsigned long kClockStepMs = 10;
+
+int Refuse(const Request& request, const Console& console, int code, const QString& message)
+{
+    console.Err(QStringLiteral("quorvex-cli: %1\n").arg(message));
+    if (request.json)
+        console.Json({{QStringLiteral("error"), message}});
+    return code;
+}
+
+std::unique_ptr<QSettings> OpenStoreSettings()
+{
+    return std::unique_ptr<QSettings>(
+        VirtualStore::OpenVirtualCameraSettings(VirtualStore::ConfigFilePath(), nullptr));
+}
+
+bool IsHeld(const VirtualStore::VirtualCameraEntry& entry)
+{
+    return VirtualStore::IsSafeStoreName(entry.strModel)
+        && VirtualStore::IsFileOccupied(VirtualStore::RegisterFilePath(entry.strGroup, entry.strModel));
+}
+
+QString Shown(const QString& path)
+{
+    return Printable(QDir::cleanPath(path));
+}
+
+std::optional<VirtualStore::VirtualCameraPlan> PlanFreshCamera(const QString& model, const QString& root)
+{
+    for (int attempt = 0; attempt < kPlanAttempts; ++attempt) {
+        std::optional<VirtualStore::VirtualCameraPlan> plan =
+            VirtualStore::PlanVirtualCamera(model, root, QDateTime::currentMSecsSinceEpoch());
+        if (!plan || !QFileInfo::exists(plan->strCameraFolder))
+            return plan;
+        QThread::msleep(kClockStepMs);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int RunAdd(const Request& request, const Console& console)
+{
+    const QString model = request.operands.value(0);
+    const QString root = GetVirtualCameraRoot();
+    bool rootExists = false;
+    const QStringList collected = VirtualStore::ListCollectedModels(root, rootExists);
+    if (!collected.contains(model)) {
+        QStringList shown;
+        for (const QString& name : collected)
+            shown << Printable(name);
+        return Refuse(request, console, kExitNotFound,
+                      QStringLiteral("\"%1\" has not been collected; collected models in %2: %3")
+                          .arg(Printable(model), Shown(root),
+                               shown.isEmpty() ? QStringLiteral("none") : shown.join(QStringLiteral(", "))));
+    }
+    const std::optional<VirtualStore::VirtualCameraPlan> plan = PlanFreshCamera(model, root);
+    // "%" is dropped from a model's name when planned, so the copy would
+    // come from another folder.
+    if (!plan || plan->strModel != model)
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("\"%1\" cannot name a virtual camera").arg(Printable(model)));
+
+    const QString configPath = VirtualStore::ConfigFilePath();
+    if (!VirtualStore::IsConfigFileWritable(configPath))
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("the store's configuration file %1 cannot be written").arg(Shown(configPath)));
+
+    const std::unique_ptr<QSettings> settings = OpenStoreSettings();
+    const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
+        *plan, [&settings](const QString& strGroup, const QString& strModel) {
+            VirtualStore::WriteVirtualCameraGroup(*settings, strGroup, strModel, VirtualStore::SupportedModels());
+            settings->sync();
+            return settings->status() == QSettings::NoError;
+        });
+    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten) {
+        QDir().rmdir(plan->strCameraFolder); // only while still empty
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("the store's configuration file %1 cannot be written").arg(Shown(configPath)));
+    }
+    if (outcome == VirtualStore::CreationOutcome::CopyIncomplete)
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("virtual camera %1 was made, but copying %2 into %3 stopped part way")
+                          .arg(plan->strGroup, Shown(plan->strSourceFolder), Shown(plan->strCameraFolder)));
+
+    if (request.json)
+        console.Json({{QStringLiteral("group"), plan->strGroup},
+                      {QStringLiteral("model"), plan->strModel},
+                      {QStringLiteral("folder"), QDir::cleanPath(plan->strCameraFolder)},
+                      {QStringLiteral("config"), QDir::cleanPath(configPath)}});
+    else
+        console.Out(plan->strGroup + QLatin1Char('\n'));
+    return kExitOk;
+}
+
+int RunCameras(const Request& request, const Console& console)
+{
+    const std::unique_ptr<QSettings> settings = OpenStoreSettings();
+    const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::ReadVirtualCameraList(*settings);
+    if (request.json) {
+        QJsonArray cameras;
+        for (const VirtualStore::VirtualCameraEntry& entry : entries)
+            cameras.append(QJsonObject{{QStringLiteral("group"), entry.strGroup},
+                                       {QStringLiteral("model"), entry.strModel},
+                                       {QStringLiteral("folder"),
+                                        QDir::cleanPath(VirtualStore::CameraFolder(entry.strGroup))},
+                                       {QStringLiteral("held"), IsHeld(entry)}});
+        console.Json({{QStringLiteral("store"), QDir::cleanPath(VirtualStore::StorePath())},
+                      {QStringLiteral("cameras"), cameras}});
+        return kExitOk;
+    }
+    if (entries.isEmpty()) {
+        console.Err(QStringLiteral("quorvex-cli: no virtual cameras in %1\n").arg(Shown(VirtualStore::StorePath())));
+        return kExitOk;
+    }
+    int groupWidth = 5;
+    int modelWidth = 5;
+    for (const VirtualStore::VirtualCameraEntry& entry : entries) {
+        groupWidth = std::max(groupWidth, static_cast<int>(Printable(entry.strGroup).size()));
+        modelWidth = std::max(modelWidth, static_cast<int>(Printable(entry.strModel).size()));
+    }
+    const auto line = [&](const QString& group, const QString& model, const QString& held, const QString& folder) {
+        return group.leftJustified(groupWidth + 2) + model.leftJustified(modelWidth + 2) + held.leftJustified(6)
+            + folder + QLatin1Char('\n');
+    };
+    QString table = line(QStringLiteral("GROUP"), QStringLiteral("MODEL"), QStringLiteral("HELD"),
+                         QStringLiteral("FOLDER"));
+    for (const VirtualStore::VirtualCameraEntry& entry : entries)
+        table += line(Printable(entry.strGroup), Printable(entry.strModel),
+                      IsHeld(entry) ? QStringLiteral("yes") : QStringLiteral("no"),
+                      Shown(VirtualStore::CameraFolder(entry.strGroup)));
+    console.Out(table);
+    return kExitOk;
+}
+
+int RunDelete(const Request& request, const Console& console)
+{
+    const QString group = request.operands.value(0);
+    const std::unique_ptr<QSettings> settings = OpenStoreSettings();
+    const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::ReadVirtualCameraList(*settings);
+    const auto it = std::find_if(entries.cbegin(), entries.cend(),
+                                 [&group](const VirtualStore::VirtualCameraEntry& entry) { return entry.strGroup == group; });
+    if (it == entries.cend())
+        return Refuse(request, console, kExitNotFound,
+                      QStringLiteral("no virtual camera %1 in %2").arg(Printable(group), Shown(VirtualStore::StorePath())));
+
+    if (!VirtualStore::IsConfigFileWritable(VirtualStore::ConfigFilePath()))
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("the store's configuration file %1 cannot be written")
+                          .arg(Shown(VirtualStore::ConfigFilePath())));
+
+    switch (VirtualStore::DeleteVirtualCamera(it->strGroup, it->strModel, settings.get())) {
+    case VirtualStore::DeletionOutcome::UnsafeGroup: // the list never holds one
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("\"%1\" cannot name a camera folder").arg(Printable(group)));
+    case VirtualStore::DeletionOutcome::HeldOpen:
+        return Refuse(request, console, kExitBusy,
+                      QStringLiteral("virtual camera %1 is connected to a client; disconnect it and try again")
+                          .arg(Printable(group)));
+    case VirtualStore::DeletionOutcome::Deleted:
+        break;
+    }
+    settings->sync();
+    if (settings->status() != QSettings::NoError)
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("the folder of %1 is deleted, but its group could not be removed from %2")
+                          .arg(Printable(group), Shown(VirtualStore::ConfigFilePath())));
+    if (request.json)
+        console.Json({{QStringLiteral("deleted"), group}, {QStringLiteral("model"), it->strModel}});
+    else
+        console.Out(QStringLiteral("deleted %1 (%2)\n").arg(Printable(group), Printable(it->strModel)));
+    return kExitOk;
+}
+
+} // namespace cli

@@ -1,0 +1,15 @@
+#pragma once
+// The store commands: add a virtual camera from a collected model, list the
+// cameras, delete one. The store's own functions do the work, the same
+// ones the window's slots call.
+
+namespace cli {
+
+class Console;
+struct Request;
+
+int RunAdd(const Request& request, const Console& console);
+int RunCameras(const Request& request, const Console& console);
+int RunDelete(const Request& request, const Console& console);
+
+} // namespace cli
