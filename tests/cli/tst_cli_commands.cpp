@@ -1,0 +1,470 @@
+// quorvex-cli as a process, inside the test's private network namespace:
+// every command's output and exit status, with no devices, with simulated
+// code readers, with a device another client holds, with one that vanishes
+// or a job that is interrupted, and against a store that cannot be written.
+
+#include "CliProcess.h"
+#include "DeviceProcess.h"
+
+#include "camera_hold.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSettings>
+#include <QtTest>
+
+#include <csignal>
+
+namespace {
+
+constexpr int kDiscoveryTimeoutMs = 30000;
+constexpr int kJobTimeoutMs = 240000;
+const QString kModel = QStringLiteral("QVX-ID2040M");
+
+QStringList Entries(const QString& folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
+}
+
+QStringList CollectedFilesOf(const QString& model)
+{
+    return {QStringLiteral("ImportInformation.csv"), QStringLiteral("Jpg"), model + QStringLiteral(".xml"),
+            model + QStringLiteral("_regfile.dat"), model + QStringLiteral("_strRegFile.dat")};
+}
+
+bool WriteFile(const QString& path, const QByteArray& bytes)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+}
+
+// A collection folder as a job leaves it, made by hand: the store commands
+// only copy it.
+bool FakeCollection(const QString& root, const QString& model)
+{
+    const QString folder = root + QLatin1Char('/') + model;
+    return WriteFile(folder + QLatin1Char('/') + model + QStringLiteral(".xml"), "<RegisterDescription/>")
+        && WriteFile(folder + QLatin1Char('/') + model + QStringLiteral("_regfile.dat"), QByteArray(64, '\1'))
+        && WriteFile(folder + QLatin1Char('/') + model + QStringLiteral("_strRegFile.dat"), "strings")
+        && WriteFile(folder + QStringLiteral("/ImportInformation.csv"), "TriggerIndex\n")
+        && WriteFile(folder + QStringLiteral("/Jpg/1.jpg"), "\xFF\xD8\xFF\xD9");
+}
+
+// Percentages one device reported in plain progress lines, in order.
+QVector<int> PercentagesOf(const QByteArray& out, const QString& serial)
+{
+    QVector<int> values;
+    const QRegularExpression line(QStringLiteral("^%1 \\S+ (\\d+)%$").arg(QRegularExpression::escape(serial)));
+    for (const QByteArray& text : out.split('\n')) {
+        const QRegularExpressionMatch match = line.match(QString::fromUtf8(text));
+        if (match.hasMatch())
+            values << match.captured(1).toInt();
+    }
+    return values;
+}
+
+// Reads the running program's plain progress until a device passed
+// minimum percent; false when the program ended first.
+bool WaitForProgress(QProcess& process, int minimum, QByteArray* seen)
+{
+    const QRegularExpression line(QStringLiteral(" (\\d+)%$"));
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < kJobTimeoutMs) {
+        if (!process.waitForReadyRead(1000) && process.state() == QProcess::NotRunning)
+            return false;
+        while (process.canReadLine()) {
+            const QByteArray text = process.readLine();
+            *seen += text;
+            const QRegularExpressionMatch match = line.match(QString::fromUtf8(text).trimmed());
+            if (match.hasMatch() && match.captured(1).toInt() >= minimum)
+                return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+class CliCommandsTest final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+
+    void help_everyCommandAnswersWithItsUsage();
+    void wrongLines_exitTwoWithAMessageAndNoOutput();
+    void noDevices_listsNothingAndRefusesToCollect();
+    void devices_listEveryReaderWithItsFields();
+    void collect_unknownSerial_collectsNothing();
+    void deviceHeldByAnotherClient_isShownAndSkipped();
+    void collectAll_collectsEveryReaderSideBySide();
+    void collect_deviceVanishing_failsAndRemovesItsFiles();
+    void collect_interrupted_stopsJobsAndRemovesTheirFiles();
+
+    void store_addListRefuseWhileHeldThenDelete();
+    void add_unknownModel_namesTheCollectedOnes();
+    void add_unwritableStore_failsAndLosesNothing();
+
+private:
+    CliSuite m_suite;
+};
+
+void CliCommandsTest::init()
+{
+    QString error;
+    QVERIFY2(m_suite.prepare(&error), qPrintable(error));
+    QDir(m_suite.storePath()).removeRecursively();
+}
+
+void CliCommandsTest::help_everyCommandAnswersWithItsUsage()
+{
+    const CliResult overall = m_suite.run({QStringLiteral("--help")});
+    QCOMPARE(overall.exitCode, 0);
+    for (const char* command : {"devices", "collect", "add", "cameras", "delete"}) {
+        QVERIFY2(overall.out.contains(command), overall.out.constData());
+        const QByteArray usage = QByteArray("usage: quorvex-cli [--json] ") + command;
+        for (const QStringList& arguments : {QStringList{QString::fromLatin1(command), QStringLiteral("--help")},
+                                             QStringList{QStringLiteral("help"), QString::fromLatin1(command)}}) {
+            const CliResult result = m_suite.run(arguments);
+            QVERIFY2(result.exitCode == 0 && result.out.startsWith(usage), qPrintable(result.describe()));
+            QVERIFY(result.err.isEmpty());
+        }
+    }
+}
+
+void CliCommandsTest::wrongLines_exitTwoWithAMessageAndNoOutput()
+{
+    const QList<QStringList> lines{{},
+                                   {QStringLiteral("frobnicate")},
+                                   {QStringLiteral("collect")},
+                                   {QStringLiteral("collect"), QStringLiteral("--all"), QStringLiteral("QD1")},
+                                   {QStringLiteral("add")},
+                                   {QStringLiteral("delete"), QStringLiteral("a"), QStringLiteral("b")},
+                                   {QStringLiteral("--json"), QStringLiteral("cameras"), QStringLiteral("--all")},
+                                   {QStringLiteral("help"), QStringLiteral("frobnicate")}};
+    for (const QStringList& arguments : lines) {
+        const CliResult result = m_suite.run(arguments);
+        QVERIFY2(result.exitCode == 2, qPrintable(arguments.join(' ') + QLatin1Char('\n') + result.describe()));
+        QVERIFY2(result.out.isEmpty(), qPrintable(result.describe()));
+        QVERIFY2(result.err.startsWith("quorvex-cli: ") && result.err.contains("usage:"), qPrintable(result.describe()));
+    }
+}
+
+void CliCommandsTest::noDevices_listsNothingAndRefusesToCollect()
+{
+    const CliResult text = m_suite.run({QStringLiteral("devices")});
+    QVERIFY2(text.exitCode == 0 && text.out.isEmpty(), qPrintable(text.describe()));
+    QVERIFY(text.err.contains("no code readers found"));
+
+    const CliResult json = m_suite.run({QStringLiteral("--json"), QStringLiteral("devices"), QStringLiteral("--all")});
+    QVERIFY2(json.exitCode == 0, qPrintable(json.describe()));
+    QVERIFY2(json.json().value(QStringLiteral("devices")).isArray(), qPrintable(json.describe()));
+    QCOMPARE(json.json().value(QStringLiteral("devices")).toArray().size(), 0);
+
+    const CliResult collect = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), QStringLiteral("--all")});
+    QVERIFY2(collect.exitCode == 3, qPrintable(collect.describe()));
+    QVERIFY(collect.err.contains("no code readers found"));
+    QVERIFY(!collect.json().value(QStringLiteral("error")).toString().isEmpty());
+    QVERIFY(!QFileInfo::exists(m_suite.collectionRoot()));
+}
+
+void CliCommandsTest::devices_listEveryReaderWithItsFields()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(2, kDiscoveryTimeoutMs);
+    QCOMPARE(readers.size(), 2);
+
+    const CliResult json = m_suite.run({QStringLiteral("devices"), QStringLiteral("--json")});
+    QVERIFY2(json.exitCode == 0, qPrintable(json.describe()));
+    const QJsonArray devices = json.json().value(QStringLiteral("devices")).toArray();
+    QCOMPARE(devices.size(), 2);
+    for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
+        const auto match = std::find_if(devices.begin(), devices.end(), [&](const QJsonValue& value) {
+            return value.toObject().value(QStringLiteral("serial")).toString() == SerialOf(reader);
+        });
+        QVERIFY2(match != devices.end(), qPrintable(SerialOf(reader)));
+        const QJsonObject device = match->toObject();
+        QCOMPARE(device.value(QStringLiteral("model")).toString(), ModelOf(reader));
+        QCOMPARE(device.value(QStringLiteral("address")).toString(), AddressOf(reader));
+        QCOMPARE(device.value(QStringLiteral("version")).toString(),
+                 QString::fromUtf8(reinterpret_cast<const char*>(reader.stGigE.chDeviceVersion)));
+        QCOMPARE(device.value(QStringLiteral("kind")).toString(), QStringLiteral("code reader"));
+        QCOMPARE(device.value(QStringLiteral("accessible")).toBool(), true);
+    }
+
+    const CliResult text = m_suite.run({QStringLiteral("devices")});
+    QVERIFY2(text.exitCode == 0, qPrintable(text.describe()));
+    const QStringList lines = QString::fromUtf8(text.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 3);
+    QVERIFY(lines[0].startsWith(QStringLiteral("SERIAL")));
+    for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
+        const QString row = lines.filter(SerialOf(reader)).value(0);
+        QVERIFY2(row.contains(ModelOf(reader)) && row.contains(AddressOf(reader)) && row.endsWith(QStringLiteral("yes")),
+                 qPrintable(row));
+    }
+}
+
+void CliCommandsTest::collect_unknownSerial_collectsNothing()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QCOMPARE(readers.size(), 1);
+
+    const CliResult result =
+        m_suite.run({QStringLiteral("collect"), SerialOf(readers.first()), QStringLiteral("QD-NOT-THERE")});
+    QVERIFY2(result.exitCode == 3, qPrintable(result.describe()));
+    QVERIFY(result.err.contains("QD-NOT-THERE"));
+    QVERIFY2(result.err.contains(SerialOf(readers.first()).toUtf8()), "the message lists the serials there are");
+    // A typo stops the whole command before any job starts.
+    QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{});
+}
+
+void CliCommandsTest::deviceHeldByAnotherClient_isShownAndSkipped()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(2, kDiscoveryTimeoutMs);
+    QCOMPARE(readers.size(), 2);
+    const XQ_CODEREADER_DEVICE_INFO& held = readers[0];
+    const XQ_CODEREADER_DEVICE_INFO& free = readers[1];
+
+    XQ_HANDLE handle = nullptr;
+    QCOMPARE(XQ_CODEREADER_CreateHandle(&handle, &held), XQ_OK);
+    QCOMPARE(XQ_CODEREADER_OpenDevice(handle), XQ_OK);
+
+    const CliResult listing = m_suite.run({QStringLiteral("--json"), QStringLiteral("devices")});
+    QVERIFY2(listing.exitCode == 0, qPrintable(listing.describe()));
+    for (const QJsonValue& value : listing.json().value(QStringLiteral("devices")).toArray()) {
+        const QJsonObject device = value.toObject();
+        const bool isHeld = device.value(QStringLiteral("serial")).toString() == SerialOf(held);
+        QCOMPARE(device.value(QStringLiteral("accessible")).toBool(), !isHeld);
+    }
+
+    const CliResult alone = m_suite.run({QStringLiteral("collect"), SerialOf(held)});
+    QVERIFY2(alone.exitCode == 4, qPrintable(alone.describe()));
+    QVERIFY(alone.err.contains("held by another client"));
+    QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{});
+
+    // Everything else is still collected; the status tells what was left.
+    const CliResult all = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), QStringLiteral("--all")},
+                                      CliSuite::systemEnvironment(), kJobTimeoutMs);
+    XQ_CODEREADER_DestroyHandle(handle);
+    QVERIFY2(all.exitCode == 4, qPrintable(all.describe()));
+    QMap<QString, QString> outcomes;
+    for (const QJsonValue& value : all.json().value(QStringLiteral("devices")).toArray())
+        outcomes[value.toObject().value(QStringLiteral("serial")).toString()] =
+            value.toObject().value(QStringLiteral("outcome")).toString();
+    QCOMPARE(outcomes.value(SerialOf(held)), QStringLiteral("busy"));
+    QCOMPARE(outcomes.value(SerialOf(free)), QStringLiteral("collected"));
+    QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{ModelOf(free)});
+}
+
+void CliCommandsTest::collectAll_collectsEveryReaderSideBySide()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(2, kDiscoveryTimeoutMs);
+    QCOMPARE(readers.size(), 2);
+
+    const CliResult text =
+        m_suite.run({QStringLiteral("collect"), QStringLiteral("--all")}, CliSuite::systemEnvironment(), kJobTimeoutMs);
+    QVERIFY2(text.exitCode == 0, qPrintable(text.describe()));
+    for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
+        // Plain lines, not a terminal: each change of a device's
+        // percentage, rising to 100, then where its folder is.
+        const QVector<int> percentages = PercentagesOf(text.out, SerialOf(reader));
+        QVERIFY2(percentages.size() > 3, text.out.constData());
+        QVERIFY2(std::is_sorted(percentages.begin(), percentages.end()), text.out.constData());
+        QCOMPARE(percentages.last(), 100);
+        const QString folder = QDir::cleanPath(m_suite.collectionRoot() + QLatin1Char('/') + ModelOf(reader));
+        QVERIFY2(text.out.contains((SerialOf(reader) + QLatin1Char(' ') + ModelOf(reader) + QStringLiteral(" collected into ")
+                                    + folder).toUtf8()),
+                 text.out.constData());
+        QCOMPARE(Entries(folder), CollectedFilesOf(ModelOf(reader)));
+        QVERIFY(!Entries(folder + QStringLiteral("/Jpg")).isEmpty());
+    }
+    // The engine's own chatter on standard output stays out of the results.
+    QVERIFY2(!text.out.contains("CodeNum["), text.out.constData());
+    QCOMPARE(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+
+    // The same reader once more, from a fresh simulator: a device keeps the
+    // settings a collection leaves it in.
+    DeviceProcess fresh;
+    simulator.kill();
+    QVERIFY2(fresh.startSimulator(2, &error), qPrintable(error));
+    QCOMPARE(WaitForCodeReaders(2, kDiscoveryTimeoutMs).size(), 2);
+    const CliResult json = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), SerialOf(readers[1])},
+                                       CliSuite::systemEnvironment(), kJobTimeoutMs);
+    QVERIFY2(json.exitCode == 0, qPrintable(json.describe()));
+    const QJsonObject document = json.json();
+    QCOMPARE(document.value(QStringLiteral("collectionRoot")).toString(), QDir::cleanPath(m_suite.collectionRoot()));
+    const QJsonArray devices = document.value(QStringLiteral("devices")).toArray();
+    QCOMPARE(devices.size(), 1);
+    QCOMPARE(devices[0].toObject().value(QStringLiteral("serial")).toString(), SerialOf(readers[1]));
+    QCOMPARE(devices[0].toObject().value(QStringLiteral("outcome")).toString(), QStringLiteral("collected"));
+    QCOMPARE(devices[0].toObject().value(QStringLiteral("folder")).toString(),
+             QDir::cleanPath(m_suite.collectionRoot() + QLatin1Char('/') + ModelOf(readers[1])));
+}
+
+void CliCommandsTest::collect_deviceVanishing_failsAndRemovesItsFiles()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QCOMPARE(readers.size(), 1);
+
+    QProcess cli;
+    m_suite.start(cli, {QStringLiteral("collect"), QStringLiteral("--all")});
+    QByteArray seen;
+    // Past the images, inside the feature-tree walks.
+    QVERIFY2(WaitForProgress(cli, 12, &seen), seen.constData());
+    simulator.kill();
+    QVERIFY(cli.waitForFinished(kJobTimeoutMs));
+    seen += cli.readAllStandardOutput();
+    QVERIFY2(cli.exitCode() == 1, qPrintable(seen + cli.readAllStandardError()));
+    QVERIFY2(seen.contains(SerialOf(readers.first()).toUtf8() + ' ' + ModelOf(readers.first()).toUtf8() + " failed: "),
+             seen.constData());
+    // The window's clean-up: no collection folder, no staging files.
+    QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{});
+    QCOMPARE(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+}
+
+void CliCommandsTest::collect_interrupted_stopsJobsAndRemovesTheirFiles()
+{
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
+    QCOMPARE(WaitForCodeReaders(2, kDiscoveryTimeoutMs).size(), 2);
+
+    QProcess cli;
+    m_suite.start(cli, {QStringLiteral("collect"), QStringLiteral("--all")});
+    QByteArray seen;
+    QVERIFY2(WaitForProgress(cli, 11, &seen), seen.constData());
+    ::kill(static_cast<pid_t>(cli.processId()), SIGINT);
+    QVERIFY(cli.waitForFinished(kJobTimeoutMs));
+    seen += cli.readAllStandardOutput();
+    QVERIFY2(cli.exitStatus() == QProcess::NormalExit && cli.exitCode() == 130,
+             qPrintable(seen + cli.readAllStandardError()));
+    QVERIFY2(seen.contains("stopped"), seen.constData());
+    QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{});
+    QCOMPARE(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+}
+
+void CliCommandsTest::store_addListRefuseWhileHeldThenDelete()
+{
+    QVERIFY(FakeCollection(m_suite.collectionRoot(), kModel));
+
+    const CliResult empty = m_suite.run({QStringLiteral("cameras")});
+    QVERIFY2(empty.exitCode == 0 && empty.out.isEmpty() && empty.err.contains("no virtual cameras"),
+             qPrintable(empty.describe()));
+
+    const CliResult added = m_suite.run({QStringLiteral("add"), kModel});
+    QVERIFY2(added.exitCode == 0, qPrintable(added.describe()));
+    const QString group = QString::fromUtf8(added.out).trimmed();
+    QVERIFY2(QRegularExpression(QStringLiteral("^Vir\\d{8}$")).match(group).hasMatch(), qPrintable(group));
+    const QString cameraFolder = m_suite.storePath() + QStringLiteral("/Cameras/") + group;
+    QCOMPARE(Entries(cameraFolder), CollectedFilesOf(kModel));
+    {
+        QSettings ini(m_suite.storePath() + QStringLiteral("/VirtualCameraConfig.ini"), QSettings::IniFormat);
+        QCOMPARE(ini.value(group + QStringLiteral("/chModelName")).toString(), kModel);
+        QCOMPARE(ini.value(group + QStringLiteral("/chSerialNumber")).toString(), group);
+    }
+
+    // A second camera right away gets its own group.
+    const CliResult second = m_suite.run({QStringLiteral("--json"), QStringLiteral("add"), kModel});
+    QVERIFY2(second.exitCode == 0, qPrintable(second.describe()));
+    const QString secondGroup = second.json().value(QStringLiteral("group")).toString();
+    QVERIFY(secondGroup.startsWith(QStringLiteral("Vir")) && secondGroup != group);
+    QCOMPARE(second.json().value(QStringLiteral("folder")).toString(),
+             QDir::cleanPath(m_suite.storePath() + QStringLiteral("/Cameras/") + secondGroup));
+
+    const CliResult listed = m_suite.run({QStringLiteral("--json"), QStringLiteral("cameras")});
+    QVERIFY2(listed.exitCode == 0, qPrintable(listed.describe()));
+    const QJsonArray cameras = listed.json().value(QStringLiteral("cameras")).toArray();
+    QCOMPARE(cameras.size(), 2);
+    for (const QJsonValue& value : cameras) {
+        QCOMPARE(value.toObject().value(QStringLiteral("model")).toString(), kModel);
+        QCOMPARE(value.toObject().value(QStringLiteral("held")).toBool(), false);
+    }
+
+    // A serving program holds the camera while a client is connected.
+    quorvex::store::CameraHold hold;
+    std::string holdError;
+    QVERIFY2(hold.acquire((cameraFolder + QLatin1Char('/') + kModel + QStringLiteral("_regfile.dat")).toStdString(), holdError),
+             holdError.c_str());
+    const CliResult heldText = m_suite.run({QStringLiteral("cameras")});
+    QVERIFY2(heldText.out.contains((group + QStringLiteral("  ") + kModel).toUtf8()), qPrintable(heldText.describe()));
+    QVERIFY(QString::fromUtf8(heldText.out).split(QLatin1Char('\n')).filter(group).value(0).contains(QStringLiteral(" yes ")));
+    const CliResult refused = m_suite.run({QStringLiteral("delete"), group});
+    QVERIFY2(refused.exitCode == 4 && refused.err.contains("connected"), qPrintable(refused.describe()));
+    QCOMPARE(Entries(cameraFolder), CollectedFilesOf(kModel));
+    hold.release();
+
+    const CliResult deleted = m_suite.run({QStringLiteral("--json"), QStringLiteral("delete"), group});
+    QVERIFY2(deleted.exitCode == 0, qPrintable(deleted.describe()));
+    QCOMPARE(deleted.json().value(QStringLiteral("deleted")).toString(), group);
+    QVERIFY(!QFileInfo::exists(cameraFolder));
+    const CliResult again = m_suite.run({QStringLiteral("delete"), group});
+    QVERIFY2(again.exitCode == 3, qPrintable(again.describe()));
+    const CliResult remaining = m_suite.run({QStringLiteral("--json"), QStringLiteral("cameras")});
+    QCOMPARE(remaining.json().value(QStringLiteral("cameras")).toArray().size(), 1);
+    // The collection itself is untouched.
+    QCOMPARE(Entries(m_suite.collectionRoot() + QLatin1Char('/') + kModel), CollectedFilesOf(kModel));
+}
+
+void CliCommandsTest::add_unknownModel_namesTheCollectedOnes()
+{
+    QVERIFY(FakeCollection(m_suite.collectionRoot(), kModel));
+    for (const QString& model : {QStringLiteral("QVX-ID9999"), QStringLiteral(".."), QStringLiteral("QVX-ID%2040M")}) {
+        const CliResult result = m_suite.run({QStringLiteral("add"), model});
+        QVERIFY2(result.exitCode == 3, qPrintable(model + QLatin1Char('\n') + result.describe()));
+        QVERIFY2(result.err.contains(kModel.toUtf8()), qPrintable(result.describe()));
+    }
+    QVERIFY(!QFileInfo::exists(m_suite.storePath() + QStringLiteral("/Cameras")));
+}
+
+void CliCommandsTest::add_unwritableStore_failsAndLosesNothing()
+{
+    QVERIFY(FakeCollection(m_suite.collectionRoot(), kModel));
+
+    // The configuration file's name taken by a folder: it cannot be opened
+    // for writing, not even by root.
+    const QString config = m_suite.storePath() + QStringLiteral("/VirtualCameraConfig.ini");
+    QVERIFY(QDir().mkpath(config));
+    const CliResult blocked = m_suite.run({QStringLiteral("--json"), QStringLiteral("add"), kModel});
+    QVERIFY2(blocked.exitCode == 1, qPrintable(blocked.describe()));
+    QVERIFY2(blocked.err.contains("VirtualCameraConfig.ini") && blocked.err.contains("cannot be written"),
+             qPrintable(blocked.describe()));
+    QVERIFY(!blocked.json().value(QStringLiteral("error")).toString().isEmpty());
+    QCOMPARE(Entries(m_suite.storePath() + QStringLiteral("/Cameras")), QStringList{});
+
+    // The store below a plain file: nothing can be made there at all.
+    const QString blocker = qEnvironmentVariable("QUORVEX_TEST_HOME") + QStringLiteral("/not-a-folder");
+    QVERIFY(WriteFile(blocker, "file"));
+    QProcessEnvironment environment = CliSuite::systemEnvironment();
+    environment.insert(QStringLiteral("QUORVEX_SYSTEM_TEMP"), blocker);
+    const CliResult nowhere = m_suite.run({QStringLiteral("add"), kModel}, environment);
+    QVERIFY2(nowhere.exitCode == 1 && nowhere.err.contains("cannot be written"), qPrintable(nowhere.describe()));
+    QVERIFY(nowhere.out.isEmpty());
+
+    // The collection is what it was.
+    QCOMPARE(Entries(m_suite.collectionRoot() + QLatin1Char('/') + kModel), CollectedFilesOf(kModel));
+}
+
+QTEST_GUILESS_MAIN(CliCommandsTest)
+#include "tst_cli_commands.moc"
