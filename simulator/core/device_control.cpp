@@ -68,6 +68,20 @@ DeviceControl::DeviceControl(std::unique_ptr<DeviceModel> model, std::uint32_t i
       m_xmlSize(static_cast<std::uint32_t>(m_model->genicamXml().size())),
       m_bootstrap(m_model->identity(), ipAddress, xmlUrl())
 {
+    using namespace gvcp::reg;
+    for (const BootstrapSetting& setting : m_model->initialBootstrapSettings()) {
+        if (setting.address == kHeartbeatTimeout) {
+            m_privilege.setHeartbeatTimeoutMs(setting.value);
+            m_bootstrap.setValue(kHeartbeatTimeout, m_privilege.heartbeatTimeoutMs());
+        } else if (setting.address == kStreamPacketSize) {
+            const std::uint32_t size = setting.value & gvcp::packetsize::kValueMask;
+            if (size >= gvcp::packetsize::kMinimum && size <= gvcp::packetsize::kMaximum)
+                m_bootstrap.setValue(kStreamPacketSize,
+                                     (m_bootstrap.value(kStreamPacketSize) & ~gvcp::packetsize::kValueMask) | size);
+        } else if (setting.address == kStreamPacketDelay) {
+            m_bootstrap.setValue(kStreamPacketDelay, setting.value);
+        }
+    }
 }
 
 std::string DeviceControl::xmlUrl() const
@@ -346,6 +360,7 @@ gvcp::Status DeviceControl::writeBootstrapRegister(std::uint32_t address, std::u
                 m_bootstrap.setValue(kStreamPort, 0);
             }
             updateStreaming(actions);
+            reportControl();
         }
         return status;
     }
@@ -402,6 +417,16 @@ void DeviceControl::tick(Clock::time_point now, StreamActions& actions)
     m_bootstrap.setValue(gvcp::reg::kStreamPort, 0);
     m_acquisitionRequested = false;
     updateStreaming(actions);
+    reportControl();
+}
+
+void DeviceControl::reportControl()
+{
+    const bool controlled = m_privilege.isHeld();
+    if (controlled == m_reportedControl)
+        return;
+    m_reportedControl = controlled;
+    m_model->controlChanged(controlled);
 }
 
 StreamTarget DeviceControl::streamTarget() const

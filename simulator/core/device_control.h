@@ -65,6 +65,8 @@ private:
     gvcp::Status writeBootstrapRegister(std::uint32_t address, std::uint32_t value, Clock::time_point now,
                                         StreamActions& actions);
 
+    // Tells the model when control starts or ends.
+    void reportControl();
     StreamTarget streamTarget() const;
     void updateStreaming(StreamActions& actions, bool restart = false);
 
@@ -75,6 +77,7 @@ private:
     ControlPrivilege m_privilege;
     bool m_acquisitionRequested = false;
     bool m_streaming = false;
+    bool m_reportedControl = false;
     Peer m_sender;
 };
 

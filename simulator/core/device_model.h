@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quorvex::sim {
 
@@ -63,6 +64,12 @@ public:
     virtual void render(std::uint64_t frameNumber, const FrameFormat& format, std::vector<std::uint8_t>& image) = 0;
 };
 
+// A bootstrap register value a device starts with instead of the default.
+struct BootstrapSetting final {
+    std::uint32_t address = 0;
+    std::uint32_t value = 0;
+};
+
 // The device-specific side. Calls come from the control thread under the
 // device's lock; the model needs no locking of its own.
 class DeviceModel {
@@ -85,6 +92,14 @@ public:
 
     // A new, independent picture source for a stream thread.
     virtual std::unique_ptr<FrameSource> createFrameSource() const = 0;
+
+    // Transport settings a client may change (heartbeat time-out, packet
+    // size and delay) that this device starts with; others are ignored.
+    virtual std::vector<BootstrapSetting> initialBootstrapSettings() const { return {}; }
+
+    // Told when a client gains control of the device and when control ends
+    // (released, heartbeat lapsed); models that mark a file as in use act here.
+    virtual void controlChanged(bool /*controlled*/) {}
 };
 
 } // namespace quorvex::sim

@@ -42,15 +42,57 @@ SimulatorServer::~SimulatorServer()
 
 void SimulatorServer::addDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address)
 {
-    if (m_running)
-        throw SimulatorError("devices can only be added before the simulator starts");
     if (!isLoopback(address) || (address & 0xFF) == 0 || (address & 0xFF) == 0xFF)
         throw SimulatorError("refusing to serve on " + formatIpv4(address) +
                              ": only loopback host addresses (127.x.y.1-254) are used");
-    for (const auto& device : m_devices)
-        if (device->control.ipAddress() == address)
-            throw SimulatorError("two devices cannot share the address " + formatIpv4(address));
-    m_devices.push_back(std::make_unique<ServedDevice>(std::move(model), address, m_options.gvcpPort));
+    if (hasDevice(address))
+        throw SimulatorError("two devices cannot share the address " + formatIpv4(address));
+    // Binding happens outside the lock, so requests to others go on meanwhile.
+    auto device = std::make_unique<ServedDevice>(std::move(model), address, m_options.gvcpPort);
+    {
+        const std::lock_guard<std::mutex> lock(m_devicesMutex);
+        m_devices.push_back(std::move(device));
+        ++m_generation;
+    }
+    wake();
+}
+
+bool SimulatorServer::removeDevice(std::uint32_t address)
+{
+    std::unique_ptr<ServedDevice> removed;
+    {
+        const std::lock_guard<std::mutex> lock(m_devicesMutex);
+        const auto found = std::find_if(m_devices.begin(), m_devices.end(),
+                                        [&](const auto& device) { return device->control.ipAddress() == address; });
+        if (found == m_devices.end())
+            return false;
+        removed = std::move(*found);
+        m_devices.erase(found);
+        ++m_generation;
+    }
+    wake();
+    // Joins the stream thread and closes the sockets, outside the lock.
+    removed.reset();
+    return true;
+}
+
+bool SimulatorServer::hasDevice(std::uint32_t address) const
+{
+    const std::lock_guard<std::mutex> lock(m_devicesMutex);
+    return std::any_of(m_devices.begin(), m_devices.end(),
+                       [&](const auto& device) { return device->control.ipAddress() == address; });
+}
+
+std::size_t SimulatorServer::deviceCount() const
+{
+    const std::lock_guard<std::mutex> lock(m_devicesMutex);
+    return m_devices.size();
+}
+
+void SimulatorServer::wake()
+{
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t ignored = ::write(m_wakeFd, &one, sizeof one);
 }
 
 void SimulatorServer::start()
@@ -67,9 +109,9 @@ void SimulatorServer::stop()
 {
     if (!m_running.exchange(false))
         return;
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t ignored = ::write(m_wakeFd, &one, sizeof one);
+    wake();
     m_thread.join();
+    const std::lock_guard<std::mutex> lock(m_devicesMutex);
     for (const auto& device : m_devices) {
         StreamActions actions;
         actions.stop = true;
@@ -80,11 +122,13 @@ void SimulatorServer::stop()
 
 std::uint32_t SimulatorServer::deviceAddress(std::size_t index) const
 {
+    const std::lock_guard<std::mutex> lock(m_devicesMutex);
     return m_devices.at(index)->control.ipAddress();
 }
 
 StreamStatistics SimulatorServer::streamStatistics(std::size_t index) const
 {
+    const std::lock_guard<std::mutex> lock(m_devicesMutex);
     return m_devices.at(index)->stream->statistics();
 }
 
@@ -109,24 +153,44 @@ int SimulatorServer::pollTimeoutMs() const
 void SimulatorServer::run()
 {
     std::vector<pollfd> fds;
-    fds.push_back({m_wakeFd, POLLIN, 0});
-    for (const auto& device : m_devices)
-        fds.push_back({device->controlSocket.fd(), POLLIN, 0});
-    if (m_broadcastSocket.isOpen())
-        fds.push_back({m_broadcastSocket.fd(), POLLIN, 0});
-
+    std::vector<ServedDevice*> polled;
+    std::uint64_t generation = ~std::uint64_t{0};
     Clock::time_point lastRequest{};
     while (m_running) {
-        // Right after a request the next one usually follows within tens of
-        // microseconds (register loops, description downloads): look again
-        // without sleeping, which saves the thread a wake-up per request.
-        const bool busy = Clock::now() - lastRequest < kBusyPollWindow;
-        const int ready = ::poll(fds.data(), fds.size(), busy ? 0 : pollTimeoutMs());
+        int timeout = 0;
+        bool busy = false;
+        {
+            const std::lock_guard<std::mutex> lock(m_devicesMutex);
+            if (generation != m_generation) {
+                generation = m_generation;
+                fds.assign(1, {m_wakeFd, POLLIN, 0});
+                polled.clear();
+                for (const auto& device : m_devices) {
+                    fds.push_back({device->controlSocket.fd(), POLLIN, 0});
+                    polled.push_back(device.get());
+                }
+                if (m_broadcastSocket.isOpen())
+                    fds.push_back({m_broadcastSocket.fd(), POLLIN, 0});
+            }
+            // Right after a request the next one usually follows within tens of
+            // microseconds (register loops, description downloads): look again
+            // without sleeping, which saves the thread a wake-up per request.
+            busy = Clock::now() - lastRequest < kBusyPollWindow;
+            timeout = busy ? 0 : pollTimeoutMs();
+        }
+        const int ready = ::poll(fds.data(), fds.size(), timeout);
+        if (fds[0].revents & POLLIN) {
+            std::uint64_t count = 0;
+            [[maybe_unused]] const ssize_t ignored = ::read(m_wakeFd, &count, sizeof count);
+        }
+        const std::lock_guard<std::mutex> lock(m_devicesMutex);
+        if (generation != m_generation)
+            continue; // a device came or went: its descriptors may be gone
         if (ready > 0) {
             lastRequest = Clock::now();
-            for (std::size_t i = 0; i < m_devices.size(); ++i)
+            for (std::size_t i = 0; i < polled.size(); ++i)
                 if (fds[i + 1].revents & POLLIN)
-                    serveDevice(*m_devices[i]);
+                    serveDevice(*polled[i]);
             if (m_broadcastSocket.isOpen() && (fds.back().revents & POLLIN))
                 serveBroadcasts();
         }

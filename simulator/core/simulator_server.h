@@ -32,8 +32,12 @@ public:
     SimulatorServer& operator=(const SimulatorServer&) = delete;
 
     // Binds the device's control and stream sockets on address, which must
-    // be a loopback address. Throws SimulatorError. Only before start().
+    // be a loopback address. Throws SimulatorError. Also while serving: the
+    // device answers from the next request on.
     void addDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address);
+    // Stops serving the device at address (its stream ends, its model is
+    // destroyed); false if there is none.
+    bool removeDevice(std::uint32_t address);
 
     // Starts serving; throws SimulatorError when the discovery listener
     // cannot be bound.
@@ -41,9 +45,10 @@ public:
     // Stops the threads and closes every socket; safe to call twice.
     void stop();
 
-    std::size_t deviceCount() const { return m_devices.size(); }
+    std::size_t deviceCount() const;
     std::uint32_t deviceAddress(std::size_t index) const;
     StreamStatistics streamStatistics(std::size_t index) const;
+    bool hasDevice(std::uint32_t address) const;
     std::uint64_t malformedPackets() const { return m_malformedPackets.load(); }
 
 private:
@@ -56,13 +61,19 @@ private:
     };
 
     void run();
+    void wake();
     void serveDevice(ServedDevice& device);
     void serveBroadcasts();
     void expireHeartbeats();
     int pollTimeoutMs() const;
 
     ServerOptions m_options;
+    // Held by the control thread while it handles requests, and by whoever
+    // adds or removes a device; the generation tells the control thread
+    // that its poll set is stale.
+    mutable std::mutex m_devicesMutex;
     std::vector<std::unique_ptr<ServedDevice>> m_devices;
+    std::uint64_t m_generation = 0;
     UdpSocket m_broadcastSocket;
     int m_wakeFd = -1;
     std::atomic<bool> m_running{false};

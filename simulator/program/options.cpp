@@ -25,6 +25,7 @@ bool parseNumber(const std::string& text, unsigned long minimum, unsigned long m
 
 bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& options, std::string& error)
 {
+    bool demoGiven = false;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string& argument = arguments[i];
         std::string name = argument;
@@ -67,6 +68,18 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
                 return false;
             }
             options.demoDevices = static_cast<unsigned>(number);
+            demoGiven = true;
+        } else if (name == "-s" || name == "--store") {
+            options.serveStore = true;
+            // The folder is optional: "--store" alone serves the suite's store.
+            if (hasValue)
+                options.storeDirectory = value;
+            else if (i + 1 < arguments.size() && !arguments[i + 1].empty() && arguments[i + 1][0] != '-')
+                options.storeDirectory = arguments[++i];
+            if (hasValue && value.empty()) {
+                error = "--store= needs a folder";
+                return false;
+            }
         } else if (name == "--first-index") {
             if (!takeValue())
                 return false;
@@ -102,8 +115,10 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
             return false;
         }
     }
+    if (options.serveStore && !demoGiven)
+        options.demoDevices = 0;
     // Every device needs a host address of its own inside 127.0.0.0/8.
-    const std::uint64_t last = std::uint64_t{options.baseAddress} + options.demoDevices - 1;
+    const std::uint64_t last = std::uint64_t{options.baseAddress} + options.demoDevices - (options.serveStore ? 0 : 1);
     if (last > 0x7FFFFFFE) {
         error = "not enough loopback addresses after " + formatIpv4(options.baseAddress) + " for " +
                 std::to_string(options.demoDevices) + " devices";
@@ -115,10 +130,17 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
 std::string usageText(const std::string& programName)
 {
     return "Usage: " + programName + " [OPTION]...\n"
-           "Serves simulated GigE Vision code readers on loopback addresses until\n"
-           "interrupted (SIGINT or SIGTERM).\n"
+           "Serves simulated GigE Vision code readers and the virtual cameras of the\n"
+           "tool's store on loopback addresses until interrupted (SIGINT or SIGTERM).\n"
            "\n"
-           "  -n, --demo N            serve N demo code readers (1-64, default 2)\n"
+           "  -n, --demo N            serve N demo code readers (1-64, default 2, or\n"
+           "                          none when --store is given without --demo)\n"
+           "  -s, --store [DIR]       serve every virtual camera of the store in DIR\n"
+           "                          (default: the suite's store, VirtualCamera in\n"
+           "                          $QUORVEX_SYSTEM_TEMP or $XDG_CACHE_HOME/ZELTA);\n"
+           "                          cameras take the addresses after the demo\n"
+           "                          readers; the store is read again when it\n"
+           "                          changes and on SIGHUP"
            "      --first-index N     give the demo readers the identities of index N,\n"
            "                          N+1, ... (0-9999, default 0): serial number, MAC,\n"
            "                          model and name, so that two simulators can serve\n"

@@ -8,7 +8,7 @@
 namespace quorvex::sim {
 
 struct ProgramOptions final {
-    unsigned demoDevices = 2;
+    unsigned demoDevices = 2; // 0 when only the store is served
     unsigned firstDemoIndex = 0; // identity index of the first demo device
     std::uint32_t baseAddress = 0x7F000002; // 127.0.0.2
     std::uint16_t gvcpPort = 3956;
@@ -17,6 +17,8 @@ struct ProgramOptions final {
     bool showHelp = false;
     bool showVersion = false;
     bool printXml = false;
+    bool serveStore = false;
+    std::string storeDirectory; // empty: the suite's default store
 };
 
 // Parses argv; on failure returns false with a message in error.
