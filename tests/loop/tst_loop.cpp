@@ -1,0 +1,499 @@
+// The whole loop, in a private network namespace: a demo reader served by
+// the simulator is collected by the engine, a virtual camera is made from
+// the collection in a private store, a second simulator serves the store,
+// and the virtual camera is then found, read, grabbed from, held and
+// deleted like the tool and its SDKs would.
+//
+// What "the collection's first walk" read: the collection throws its values
+// away, so right after it this test opens the demo reader with the camera
+// SDK, restores the reader's factory state with its DeviceReset command
+// (every setting, selectors outside the user sets included; the transport
+// registers the image capture set stay as they were), repeats the
+// collection's set-up before its first walk (GVCP time-out, default user
+// set, pixel format, frame-rate switch) and walks the tree the same way.
+// That walk sees the device as the first walk did, except for what runs by
+// itself: the reader's clock (DeviceUptime) and its traffic counters
+// (StatRegisterReads, StatRegisterWrites, StatRefusedAccesses,
+// StatFramesTriggered), which count every request since power-up.
+
+#include "AravisListing.h"
+#include "DeviceListing.h"
+#include "DeviceProcess.h"
+#include "FeatureWalk.h"
+#include "FrameCodes.h"
+#include "IgnoreList.h"
+#include "JobRecorder.h"
+#include "QCollectInfoThread.h"
+#include "StorePaths.h"
+#include "SupportedModels.h"
+#include "SuiteLayout.h"
+#include "VirtualCameraActions.h"
+#include "VirtualCameraConfig.h"
+#include "VirtualCameraCreation.h"
+#include "FileOperations.h"
+
+#include "XQCameraControl.h"
+#include "XqCodeReaderCtrl.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QSettings>
+#include <QtTest>
+
+#include <turbojpeg.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+constexpr int kDiscoveryTimeoutMs = 30000;
+constexpr unsigned long kJobTimeoutMs = 300000;
+constexpr unsigned int kGvcpTimeoutMs = 5000;
+constexpr int kCornerTolerance = 4;
+// JPEG twice over (the collection's, then the SDK's of the replayed frame).
+constexpr double kMaxMeanPixelDifference = 3.0;
+
+// Identity and addressing features: the virtual camera has its own.
+const QSet<QString> kIdentityFeatures{
+    QStringLiteral("DeviceSerialNumber"),       QStringLiteral("DeviceUserID"),
+    QStringLiteral("GevMACAddress"),            QStringLiteral("GevCurrentIPAddress"),
+    QStringLiteral("GevCurrentSubnetMask"),     QStringLiteral("GevCurrentDefaultGateway"),
+    QStringLiteral("GevPersistentIPAddress"),   QStringLiteral("GevPersistentSubnetMask"),
+    QStringLiteral("GevPersistentDefaultGateway"), QStringLiteral("GevSCSP"),
+    QStringLiteral("GevSCDA"), // where the stream goes: the client's address
+};
+// Move on by themselves between any two walks of the real device.
+const QString kDeviceClock = QStringLiteral("DeviceUptime");
+const QSet<QString> kRunningValues{kDeviceClock, QStringLiteral("StatRegisterReads"),
+                                   QStringLiteral("StatRegisterWrites"), QStringLiteral("StatRefusedAccesses"),
+                                   QStringLiteral("StatFramesTriggered")};
+
+QByteArray ReadAll(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool WaitFor(const std::function<bool()>& condition, int timeoutMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition()) {
+        if (clock.elapsed() > timeoutMs)
+            return false;
+        QThread::msleep(50);
+    }
+    return true;
+}
+
+// A grey image of a JPEG, for comparing pictures across re-encoding.
+struct GreyImage final {
+    int width = 0;
+    int height = 0;
+    QByteArray pixels;
+};
+
+bool DecodeGrey(const QByteArray& jpeg, GreyImage* image)
+{
+    tjhandle handle = tjInitDecompress();
+    if (handle == nullptr)
+        return false;
+    int subsampling = 0;
+    int colourspace = 0;
+    const auto* data = reinterpret_cast<const unsigned char*>(jpeg.constData());
+    bool ok = tjDecompressHeader3(handle, data, static_cast<unsigned long>(jpeg.size()), &image->width, &image->height,
+                                  &subsampling, &colourspace) == 0;
+    if (ok) {
+        image->pixels.resize(image->width * image->height);
+        ok = tjDecompress2(handle, data, static_cast<unsigned long>(jpeg.size()),
+                           reinterpret_cast<unsigned char*>(image->pixels.data()), image->width, image->width,
+                           image->height, TJPF_GRAY, 0) == 0;
+    }
+    tjDestroy(handle);
+    return ok;
+}
+
+double MeanDifference(const GreyImage& a, const GreyImage& b)
+{
+    double sum = 0;
+    for (int i = 0; i < a.pixels.size(); ++i)
+        sum += std::abs(static_cast<unsigned char>(a.pixels[i]) - static_cast<unsigned char>(b.pixels[i]));
+    return sum / std::max(1, a.pixels.size());
+}
+
+// The data rows of ImportInformation.csv by frame number.
+QMap<int, CsvRow> ReadCsvRows(const QString& path)
+{
+    QMap<int, CsvRow> rows;
+    const QList<QByteArray> lines = ReadAll(path).split('\n');
+    for (int i = 1; i < lines.size(); ++i) {
+        QByteArray line = lines[i];
+        if (line.endsWith('\r'))
+            line.chop(1);
+        CsvRow row;
+        if (!line.isEmpty() && ParseCsvRow(QString::fromUtf8(line), &row))
+            rows.insert(row.frameNumber.toInt(), row);
+    }
+    return rows;
+}
+
+// The simulator serving the store, started as a user would.
+class StoreSimulator final
+{
+public:
+    ~StoreSimulator()
+    {
+        if (m_process.state() != QProcess::NotRunning) {
+            m_process.terminate();
+            if (!m_process.waitForFinished(5000)) {
+                m_process.kill();
+                m_process.waitForFinished(5000);
+            }
+        }
+    }
+
+    bool start(const QStringList& arguments, QString* error)
+    {
+        const QString simulator = qEnvironmentVariable("QUORVEX_SIMULATOR");
+        if (simulator.isEmpty() || !QFileInfo(simulator).isExecutable()) {
+            *error = QStringLiteral("the simulator quorvex-simulator is needed: QUORVEX_SIMULATOR is unset or not "
+                                    "executable (\"%1\")").arg(simulator);
+            return false;
+        }
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start(simulator, arguments);
+        if (!m_process.waitForStarted(10000)) {
+            *error = m_process.errorString();
+            return false;
+        }
+        return true;
+    }
+
+    QString output()
+    {
+        // No event loop runs here: collect what the process wrote so far.
+        m_process.waitForReadyRead(50);
+        m_output += QString::fromLocal8Bit(m_process.readAll());
+        return m_output;
+    }
+
+private:
+    QProcess m_process;
+    QString m_output;
+};
+
+struct GrabbedFrame final {
+    unsigned int frameNumber = 0;
+    QByteArray jpeg;
+    QVector<FrameCode> codes;
+};
+
+} // namespace
+
+class TestLoop final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void demoReader_collectedStoredReplayedAndDeleted();
+
+private:
+    void Collect();
+    void WalkCollectedDevice();
+    void CreateVirtualCamera();
+    void DiscoverVirtualCamera();
+    void CompareFeatureValues();
+    void GrabHoldAndDelete();
+
+    QSet<QString> m_ignorePatterns;
+    std::unique_ptr<DeviceProcess> m_demo;
+    XQ_CODEREADER_DEVICE_INFO m_demoRecord{};
+    QString m_model;
+    QString m_demoSerial;
+    FeatureWalk m_firstWalk;
+    std::optional<VirtualStore::VirtualCameraPlan> m_plan;
+    StoreSimulator m_storeSimulator;
+    XQ_CODEREADER_DEVICE_INFO m_virtualRecord{};
+};
+
+void TestLoop::initTestCase()
+{
+    QVERIFY(QDir().mkpath(SuiteRoot() + QStringLiteral("/common")));
+    QVERIFY(QDir::setCurrent(SuiteRoot()));
+    // The tool starts from its folder and reads ./Config/Config.json.
+    QVERIFY(QDir().mkpath(QStringLiteral("Config")));
+    const QByteArray ignoreList = ReadAll(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/config/Config.json"));
+    QFile config(QStringLiteral("Config/Config.json"));
+    QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QCOMPARE(config.write(ignoreList), ignoreList.size());
+    const collect::IgnoreListContent content = collect::ParseIgnoreList(ignoreList);
+    QCOMPARE(content.outcome, collect::IgnoreListContent::Outcome::Read);
+    for (const QString& pattern : content.patterns)
+        m_ignorePatterns.insert(pattern);
+}
+
+void TestLoop::demoReader_collectedStoredReplayedAndDeleted()
+{
+    for (auto step : {&TestLoop::Collect, &TestLoop::WalkCollectedDevice, &TestLoop::CreateVirtualCamera,
+                      &TestLoop::DiscoverVirtualCamera, &TestLoop::CompareFeatureValues,
+                      &TestLoop::GrabHoldAndDelete}) {
+        (this->*step)();
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void TestLoop::Collect()
+{
+    m_demo = std::make_unique<DeviceProcess>();
+    QString error;
+    QVERIFY2(m_demo->startSimulator(1, &error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QVERIFY2(readers.size() == 1, qPrintable(QStringLiteral("one demo reader expected; simulator said: ") + m_demo->output()));
+    m_demoRecord = readers.first();
+    m_model = ModelOf(m_demoRecord);
+    m_demoSerial = SerialOf(m_demoRecord);
+
+    JobRecorder job(m_demoRecord);
+    job.start();
+    QVERIFY2(job.wait(kJobTimeoutMs), "the collection did not end");
+    QCOMPARE(job.statuses(), QStringList{});
+    QCOMPARE(job.finishes(), QStringList{QStringLiteral("Collect Finished")});
+}
+
+void TestLoop::WalkCollectedDevice()
+{
+    // The dumps of this session stay out of the folder where jobs stage theirs.
+    const QString scratch = SuiteRoot() + QStringLiteral("/../sdk-dumps");
+    QVERIFY(QDir().mkpath(scratch));
+    qputenv("QUORVEX_SDK_DUMP_DIR", scratch.toUtf8());
+    QString error;
+    const XQ_HANDLE camera = OpenCameraBySerial(m_demoSerial, &error);
+    QVERIFY2(camera != nullptr, qPrintable(error));
+    // The collection's set-up before its first walk, call for call.
+    XQ_GIGE_SetGvcpTimeout(camera, kGvcpTimeoutMs);
+    const bool setUp = XQ_CC_SetCommandValue(camera, "DeviceReset") == XQ_OK
+                       && XQ_CC_SetEnumValueByString(camera, "UserSetSelector", "Default") == XQ_OK
+                       && XQ_CC_SetCommandValue(camera, "UserSetLoad") == XQ_OK;
+    XQ_CC_SetEnumValueByString(camera, "PixelFormat", "RGB8Packed");
+    XQ_CC_SetBoolValue(camera, "AcquisitionFrameRateEnable", true);
+    const bool walked = WalkFeatureTree(camera, m_ignorePatterns, &m_firstWalk, &error);
+    XQ_CC_DestroyHandle(camera);
+    QVERIFY(setUp);
+    QVERIFY2(walked, qPrintable(error));
+    QVERIFY2(m_firstWalk.values.size() > 100, "a demo reader has well over a hundred readable features");
+    // Done with the real device: the store's camera takes its place.
+    m_demo.reset();
+}
+
+void TestLoop::CreateVirtualCamera()
+{
+    m_plan = VirtualStore::PlanVirtualCamera(m_model, CollectionRoot(), QDateTime::currentMSecsSinceEpoch());
+    QVERIFY(m_plan.has_value());
+    QVERIFY(m_plan->strGroup.startsWith(QStringLiteral("Vir")));
+    const std::unique_ptr<QSettings> settings(
+        VirtualStore::OpenVirtualCameraSettings(VirtualStore::ConfigFilePath(), nullptr));
+    const VirtualStore::CreationOutcome outcome =
+        VirtualStore::CreateVirtualCamera(*m_plan, [&](const QString& group, const QString& model) {
+            if (!VirtualStore::IsConfigFileWritable(VirtualStore::ConfigFilePath()))
+                return false;
+            VirtualStore::WriteVirtualCameraGroup(*settings, group, model, VirtualStore::SupportedModels());
+            settings->sync();
+            return settings->status() == QSettings::NoError;
+        });
+    QCOMPARE(outcome, VirtualStore::CreationOutcome::Created);
+    QVERIFY(VirtualStore::StorePath().startsWith(qEnvironmentVariable("QUORVEX_SYSTEM_TEMP")));
+    QVERIFY(QFileInfo::exists(VirtualStore::RegisterFilePath(m_plan->strGroup, m_model)));
+}
+
+void TestLoop::DiscoverVirtualCamera()
+{
+    QString error;
+    // "--store" alone: the simulator finds the store as the tool does.
+    QVERIFY2(m_storeSimulator.start({QStringLiteral("--store")}, &error), qPrintable(error));
+    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
+    QVERIFY2(readers.size() == 1,
+             qPrintable(QStringLiteral("the virtual camera was not found; simulator said: ") + m_storeSimulator.output()));
+    m_virtualRecord = readers.first();
+    QCOMPARE(SerialOf(m_virtualRecord), m_plan->strGroup);
+    QCOMPARE(ModelOf(m_virtualRecord), m_model);
+    QVERIFY2(!collect::IsListedCodeReader(m_virtualRecord), "the window's table leaves virtual cameras out");
+    QCOMPARE(AddressOf(m_virtualRecord), QStringLiteral("127.0.0.2"));
+
+    // The identity of the group, not the file's fictitious network.
+    QSettings ini(VirtualStore::ConfigFilePath(), QSettings::IniFormat);
+    ini.beginGroup(m_plan->strGroup);
+    bool ok = false;
+    QCOMPARE(m_virtualRecord.nMacAddrLow, ini.value(QStringLiteral("nMacAddrLow")).toString().toUInt(&ok, 16));
+    QVERIFY(ok);
+    QCOMPARE(m_virtualRecord.nMacAddrHigh, ini.value(QStringLiteral("nMacAddrHigh")).toString().toUInt(&ok, 16) & 0xFFFF);
+    QCOMPARE(collect::DeviceText(m_virtualRecord.stGigE.chDeviceVersion),
+             ini.value(QStringLiteral("chDeviceVersion")).toString());
+    ini.endGroup();
+
+    const std::vector<std::string> aravisSerials = SerialNumbersFromAravis();
+    QVERIFY2(std::find(aravisSerials.begin(), aravisSerials.end(), m_plan->strGroup.toStdString()) != aravisSerials.end(),
+             "Aravis discovers the virtual camera under its serial number");
+}
+
+void TestLoop::CompareFeatureValues()
+{
+    QString error;
+    const XQ_HANDLE camera = OpenCameraBySerial(m_plan->strGroup, &error);
+    QVERIFY2(camera != nullptr, qPrintable(error));
+    XQ_GIGE_SetGvcpTimeout(camera, kGvcpTimeoutMs);
+    FeatureWalk replayed;
+    const bool walked = WalkFeatureTree(camera, m_ignorePatterns, &replayed, &error);
+    XQ_CC_DestroyHandle(camera);
+    QVERIFY2(walked, qPrintable(error));
+
+    const QSet<QString> skipped = kIdentityFeatures + kRunningValues;
+    const QStringList differences = CompareWalks(m_firstWalk, replayed, skipped);
+    QVERIFY2(differences.isEmpty(), qPrintable(QStringLiteral("%1 of %2 features differ:\n")
+                                                   .arg(differences.size())
+                                                   .arg(m_firstWalk.values.size())
+                                               + differences.join('\n')));
+    QCOMPARE(replayed.failedReads, m_firstWalk.failedReads);
+    // The clock reads back as the collection saw it: frozen, never running.
+    QVERIFY(replayed.values.contains(kDeviceClock));
+}
+
+void TestLoop::GrabHoldAndDelete()
+{
+    const QString group = m_plan->strGroup;
+    const QString cameraFolder = VirtualStore::CameraFolder(group);
+    const int imageCount = QDir(cameraFolder + QStringLiteral("/Jpg")).entryList({QStringLiteral("*.jpg")}, QDir::Files).size();
+    QVERIFY(imageCount > 0);
+    const QMap<int, CsvRow> rows = ReadCsvRows(cameraFolder + QStringLiteral("/ImportInformation.csv"));
+    QCOMPARE(rows.size(), imageCount);
+
+    XQ_HANDLE reader = nullptr;
+    QCOMPARE(XQ_CODEREADER_CreateHandle(&reader, &m_virtualRecord), XQ_OK);
+    QCOMPARE(XQ_CODEREADER_OpenDevice(reader), XQ_OK);
+    XQ_CODEREADER_GIGE_SetGvcpTimeout(reader, kGvcpTimeoutMs);
+    const bool triggerSet = XQ_CODEREADER_SetEnumValue(reader, "TriggerMode", 1) == XQ_OK
+                            && XQ_CODEREADER_SetEnumValue(reader, "TriggerSource", 7) == XQ_OK;
+    const bool started = triggerSet && XQ_CODEREADER_StartGrabbing(reader) == XQ_OK;
+
+    // One more round than there are images shows the frames loop.
+    QVector<GrabbedFrame> frames;
+    auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
+    for (int i = 0; started && i < imageCount + 2; ++i) {
+        XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware");
+        unsigned char* data = nullptr;
+        if (XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 3000) != XQ_OK)
+            continue;
+        GrabbedFrame frame;
+        frame.frameNumber = info->nFrameNum;
+        frame.jpeg = QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(info->nFrameLen));
+        for (unsigned int c = 0; c < info->nCodeNum && c < XQ_CODEREADER_MAX_CODE_NUM; ++c) {
+            const XQ_CODEREADER_CODE_INFO& code = info->stCodeInfo[c];
+            FrameCode decoded;
+            decoded.text = QString::fromUtf8(code.chCode, static_cast<int>(code.nCodeLen));
+            QCollectInfoThread::GetCodeTypeName(code.nSymbology, decoded.typeName);
+            for (int p = 0; p < 4; ++p) {
+                decoded.corners[2 * p] = code.stCornerPt[p].nX;
+                decoded.corners[2 * p + 1] = code.stCornerPt[p].nY;
+            }
+            frame.codes << decoded;
+        }
+        frames << frame;
+    }
+
+    // Held: the tool must refuse to delete it.
+    const QString registerFile = VirtualStore::RegisterFilePath(group, m_model);
+    const bool heldWhileOpen = VirtualStore::IsFileOccupied(registerFile);
+    std::unique_ptr<QSettings> settings(VirtualStore::OpenVirtualCameraSettings(VirtualStore::ConfigFilePath(), nullptr));
+    const VirtualStore::DeletionOutcome refused = VirtualStore::DeleteVirtualCamera(group, m_model, settings.get());
+    const bool folderKept = QFileInfo::exists(registerFile);
+
+    if (started)
+        XQ_CODEREADER_StopGrabbing(reader);
+    XQ_CODEREADER_DestroyHandle(reader);
+
+    QVERIFY2(triggerSet && started, "software trigger and grabbing on the virtual camera");
+    QVERIFY2(frames.size() >= imageCount + 1,
+             qPrintable(QStringLiteral("%1 frames for %2 triggers").arg(frames.size()).arg(imageCount + 2)));
+    bool looped = false;
+    for (const GrabbedFrame& frame : frames) {
+        QVERIFY(frame.frameNumber > 0);
+        const int image = static_cast<int>((frame.frameNumber - 1) % static_cast<unsigned int>(imageCount)) + 1;
+        looped = looped || frame.frameNumber > static_cast<unsigned int>(imageCount);
+        const QString context = QStringLiteral("frame %1 (image %2)").arg(frame.frameNumber).arg(image);
+
+        GreyImage grabbed;
+        GreyImage collected;
+        QVERIFY2(DecodeGrey(frame.jpeg, &grabbed), qPrintable(context));
+        QVERIFY(DecodeGrey(ReadAll(cameraFolder + QStringLiteral("/Jpg/%1.jpg").arg(image)), &collected));
+        QCOMPARE(grabbed.width, collected.width);
+        QCOMPARE(grabbed.height, collected.height);
+        const double difference = MeanDifference(grabbed, collected);
+        QVERIFY2(difference <= kMaxMeanPixelDifference,
+                 qPrintable(context + QStringLiteral(": mean difference %1").arg(difference)));
+
+        // The same codes as the collection wrote for that image.
+        const CsvRow& row = rows[image];
+        QCOMPARE(std::min(frame.codes.size(), 6), row.codes.size());
+        // A code can be found twice (a linear code cut by another), so each
+        // written code takes the nearest unused one of the same text.
+        QVector<bool> used(frame.codes.size(), false);
+        for (const FrameCode& written : row.codes) {
+            int best = -1;
+            int bestDistance = 0;
+            for (int c = 0; c < frame.codes.size(); ++c) {
+                if (used[c] || frame.codes[c].text != written.text)
+                    continue;
+                int distance = 0;
+                for (int i = 0; i < 8; ++i)
+                    distance = std::max(distance, std::abs(frame.codes[c].corners[i] - written.corners[i]));
+                if (best < 0 || distance < bestDistance) {
+                    best = c;
+                    bestDistance = distance;
+                }
+            }
+            QVERIFY2(best >= 0, qPrintable(context + QStringLiteral(": no ") + written.text));
+            used[best] = true;
+            QCOMPARE(frame.codes[best].typeName, written.typeName);
+            QVERIFY2(bestDistance <= kCornerTolerance,
+                     qPrintable(context + QStringLiteral(", %1: corners %2 pixels away").arg(written.text).arg(bestDistance)));
+        }
+    }
+    QVERIFY2(looped, "after the last image the frames start again with the first");
+
+    QVERIFY2(heldWhileOpen, "the simulator holds the register file while a client controls the camera");
+    QCOMPARE(refused, VirtualStore::DeletionOutcome::HeldOpen);
+    QVERIFY(folderKept);
+
+    // Released with the client's control.
+    QVERIFY2(WaitFor([&] { return !VirtualStore::IsFileOccupied(registerFile); }, 5000),
+             "the hold ends when the client lets go");
+    QCOMPARE(VirtualStore::DeleteVirtualCamera(group, m_model, settings.get()), VirtualStore::DeletionOutcome::Deleted);
+    settings->sync();
+    QVERIFY(!QFileInfo::exists(cameraFolder));
+    QSettings reread(VirtualStore::ConfigFilePath(), QSettings::IniFormat);
+    QVERIFY(!reread.childGroups().contains(group));
+    // The simulator notices and stops serving it.
+    QVERIFY2(WaitFor([&] { return m_storeSimulator.output().contains(group + QStringLiteral(" is gone")); }, 10000),
+             qPrintable(m_storeSimulator.output()));
+}
+
+int main(int argc, char** argv)
+{
+    RunFromOwnSuiteLayout(argv);
+    // The store lives in the test's own home, never in the user's cache.
+    const QString systemTemp = SuiteRoot() + QStringLiteral("/../SystemTemp");
+    QDir().mkpath(systemTemp);
+    qputenv("QUORVEX_SYSTEM_TEMP", QDir(systemTemp).absolutePath().toUtf8());
+    QCoreApplication app(argc, argv);
+    TestLoop test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_loop.moc"
