@@ -118,6 +118,7 @@ TEST_F(FakeCamera, xmlIsByteForByteWhatAravisReadsAndNeverOverrunsTheBuffer)
         aravisXml.assign(xml, size);
     }
     XQ_HANDLE camera = openCamera();
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     std::vector<unsigned char> buffer(0x500000);
     unsigned int length = 0;
     ASSERT_EQ(XQ_XML_GetGenICamXML(camera, buffer.data(), static_cast<unsigned int>(buffer.size()), &length), XQ_OK);
@@ -157,6 +158,7 @@ TEST_F(FakeCamera, nodeTreeMatchesTheDescriptionWithTypesAccessAndVisibility)
         aravisNames(arv_device_get_genicam(client.device), "Root", expected);
     }
     XQ_HANDLE camera = openCamera();
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     const auto nodes = xqtest::walkTree(camera);
     std::set<std::string> walked;
     for (const auto& entry : nodes)
@@ -194,6 +196,7 @@ TEST_F(FakeCamera, nodeTreeMatchesTheDescriptionWithTypesAccessAndVisibility)
 TEST_F(FakeCamera, gettersAndSettersOfEveryKind)
 {
     XQ_HANDLE camera = openCamera();
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     std::int64_t integer = 0;
     ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 640), XQ_OK);
     ASSERT_EQ(XQ_CC_GetIntValue(camera, "Width", &integer), XQ_OK);
@@ -266,6 +269,8 @@ TEST_F(FakeCamera, accessibilityFollowsWhoHoldsTheDevice)
     EXPECT_TRUE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_EXCLUSIVE));
 
     XQ_HANDLE camera = openCamera(XQ_ACCESS_EXCLUSIVE);
+
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     EXPECT_FALSE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_EXCLUSIVE)) << "held by a handle of this process";
     EXPECT_FALSE(XQ_CODEREADER_IsDeviceAccessible(reader, XQ_ACCESS_MONITOR)) << "held exclusively";
     EXPECT_EQ(XQ_CC_CloseDevice(camera), XQ_OK);
@@ -295,6 +300,8 @@ TEST_F(FakeCamera, registerDumpsAreWrittenOnCloseWithTheAddressesTheWalkRead)
     fs::remove(strings);
 
     XQ_HANDLE camera = openCamera();
+
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     const auto nodes = xqtest::walkTree(camera);
     std::int64_t integer = 0;
     XQ_CC_STRINGVALUE string{};

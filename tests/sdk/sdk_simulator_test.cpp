@@ -147,6 +147,7 @@ TEST_F(Simulator, xmlAndNodeTreeMatchWhatAravisReads)
         aravisNames(arv_device_get_genicam(client.device), "Root", expected);
     }
     XQ_HANDLE camera = openCamera();
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     std::vector<unsigned char> buffer(0x500000);
     unsigned int length = 0;
     ASSERT_EQ(XQ_XML_GetGenICamXML(camera, buffer.data(), static_cast<unsigned int>(buffer.size()), &length), XQ_OK);
@@ -180,6 +181,7 @@ TEST_F(Simulator, xmlAndNodeTreeMatchWhatAravisReads)
 TEST_F(Simulator, gettersAndSettersFollowAvailabilityRules)
 {
     XQ_HANDLE camera = openCamera();
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     bool flag = true;
     ASSERT_EQ(XQ_CC_GetBoolValue(camera, "ReverseX", &flag), XQ_OK);
     ASSERT_EQ(XQ_CC_SetBoolValue(camera, "ReverseX", !flag), XQ_OK);
@@ -239,9 +241,13 @@ TEST_F(Simulator, accessibilityIsFalseWhileAnotherClientHoldsTheDevice)
 
 std::vector<std::string> zxingTexts(const std::vector<std::uint8_t>& grey, int width, int height)
 {
+    // Matrix codes only and no downscaling: ZXing 1.4's merging of linear
+    // results can abort the process.
+    ZXing::DecodeHints hints;
+    hints.setFormats(ZXing::BarcodeFormat::MatrixCodes).setTryDownscale(false);
     std::vector<std::string> texts;
     const ZXing::ImageView view(grey.data(), width, height, ZXing::ImageFormat::Lum);
-    for (const auto& result : ZXing::ReadBarcodes(view))
+    for (const auto& result : ZXing::ReadBarcodes(view, hints))
         if (result.isValid())
             texts.push_back(result.text());
     return texts;
@@ -250,6 +256,7 @@ std::vector<std::string> zxingTexts(const std::vector<std::uint8_t>& grey, int w
 TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
 {
     XQ_HANDLE reader = openGrabbingReader(m_reader);
+    const xqtest::ScopeExit releaseReader([reader] { XQ_CODEREADER_DestroyHandle(reader); });
     auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
     std::set<int> symbologies;
     // Every frame shows a QR code and a Code 128; every third a Data Matrix,
@@ -343,7 +350,10 @@ TEST_F(Simulator, registerDumpsListTheRegistersTheWalkRead)
         ASSERT_NE(client.device, nullptr);
         ArvGc* genicam = arv_device_get_genicam(client.device);
         for (const char* name : {"Width", "Height", "SensorHeight", "DeviceModelName", "DeviceSerialNumber"}) {
+            // Number features keep their value in a register node "<name>Reg".
             ArvGcNode* node = arv_gc_get_node(genicam, name);
+            if (node && !ARV_IS_GC_REGISTER(node))
+                node = arv_gc_get_node(genicam, (std::string(name) + "Reg").c_str());
             if (node && ARV_IS_GC_REGISTER(node))
                 addressOf[name] = hexAddress(arv_gc_register_get_address(ARV_GC_REGISTER(node), nullptr));
         }
@@ -351,6 +361,8 @@ TEST_F(Simulator, registerDumpsListTheRegistersTheWalkRead)
     ASSERT_EQ(addressOf.count("Width"), 1u);
 
     XQ_HANDLE camera = openCamera();
+
+    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     std::int64_t integer = 0;
     XQ_CC_STRINGVALUE string{};
     for (const auto& [name, node] : xqtest::walkTree(camera)) {
@@ -428,15 +440,24 @@ TEST_F(Simulator, severalReadersGrabOnSeveralThreadsAtOnce)
         ASSERT_NE(record, nullptr);
         jobs.emplace_back([this, record, &failures, &frames] {
             XQ_HANDLE reader = openGrabbingReader(record);
+            const xqtest::ScopeExit releaseReader([reader] { XQ_CODEREADER_DestroyHandle(reader); });
             auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
-            for (int n = 0; n < 3; ++n) {
+            // Three streams at once on loopback may lose a frame now and
+            // then; like the collection, trigger again rather than wait.
+            int received = 0;
+            for (int attempt = 0; attempt < 8 && received < 3; ++attempt) {
                 XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware");
                 unsigned char* data = nullptr;
-                if (XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000) == XQ_OK && info->nCodeNum > 0)
-                    ++frames;
-                else
+                const int code = XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000);
+                if (code == XQ_OK) {
+                    ++received;
+                    if (info->nCodeNum == 0)
+                        ++failures;
+                } else if (code != XQ_ERR_NO_DATA) {
                     ++failures;
+                }
             }
+            frames += received;
             // The collection's release path, twice, as its destructor repeats it.
             for (int twice = 0; twice < 2; ++twice) {
                 XQ_CODEREADER_DestroyHandle(reader);

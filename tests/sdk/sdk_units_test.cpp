@@ -378,3 +378,40 @@ TEST(CodeDecoder, formatMaskAndCodeLimitAreHonoured)
 }
 
 } // namespace
+
+namespace {
+
+// ZXing 1.4 aborts on two equal linear codes in one picture when left to
+// merge them itself; the decoder must survive and report both.
+TEST(CodeDecoder, identicalCodesAnywhereInTheFrameAreAllReported)
+{
+    xqtest::CodeCanvas canvas(1280, 1024);
+    ASSERT_TRUE(canvas.draw({ZXing::BarcodeFormat::Code128, "SAME-1", 100, 20, 400, 80}));
+    ASSERT_TRUE(canvas.draw({ZXing::BarcodeFormat::Code128, "SAME-1", 700, 20, 400, 80}));
+    ASSERT_TRUE(canvas.draw({ZXing::BarcodeFormat::Code128, "SAME-1", 100, 900, 400, 80}));
+    ASSERT_TRUE(canvas.draw({ZXing::BarcodeFormat::EAN13, "400638133393", 700, 860, 380, 140}));
+    ASSERT_TRUE(canvas.draw({ZXing::BarcodeFormat::QRCode, "TWIN", 100, 300, 200, 200}));
+    ASSERT_TRUE(canvas.draw({ZXing::BarcodeFormat::QRCode, "TWIN", 700, 300, 200, 200}));
+    const xq::FrameImage image{canvas.pixels().data(), canvas.width(), canvas.height(), xq::PixelLayout::Grey};
+
+    for (const bool tryHarder : {false, true}) {
+        xq::DecodeSettings settings;
+        settings.tryHarder = tryHarder;
+        const auto codes = xq::decodeCodes(image, settings);
+        int same = 0;
+        int ean = 0;
+        for (const auto& code : codes) {
+            if (code.text == "SAME-1") {
+                ++same;
+                EXPECT_EQ(code.symbology, XQ_SYMBOLOGY_CODE128);
+                EXPECT_LT(code.corners[0].nX, code.corners[1].nX);
+                EXPECT_LT(code.corners[1].nY, code.corners[2].nY);
+            }
+            ean += code.symbology == XQ_SYMBOLOGY_EAN13 ? 1 : 0;
+        }
+        EXPECT_EQ(same, 3) << "try harder: " << tryHarder;
+        EXPECT_EQ(ean, 1) << "try harder: " << tryHarder;
+    }
+}
+
+} // namespace

@@ -4,15 +4,13 @@
 #include "Discovery.h"
 
 #include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
 #include <thread>
-
-extern char** environ;
 
 namespace xqtest {
 
@@ -26,11 +24,19 @@ bool DeviceProcess::start(const std::string& program, const std::vector<std::str
     for (auto& word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);
-    pid_t pid = -1;
-    const int result = ::posix_spawn(&pid, program.c_str(), nullptr, nullptr, argv.data(), environ);
-    if (result != 0) {
+    const pid_t parent = ::getpid();
+    const pid_t pid = ::fork();
+    if (pid < 0) {
         error = "cannot start " + program;
         return false;
+    }
+    if (pid == 0) {
+        // The device must not outlive a test that dies without cleaning up.
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (::getppid() != parent)
+            ::_exit(127);
+        ::execv(program.c_str(), argv.data());
+        ::_exit(127);
     }
     m_pid = pid;
     return true;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace xqtest {
@@ -47,6 +48,20 @@ private:
 };
 
 std::string readFile(const std::filesystem::path& path);
+
+// Runs a release at scope exit, so a failed assertion never leaves a device
+// held for the next test; releasing twice is harmless by design.
+template <class Release>
+class ScopeExit final {
+public:
+    explicit ScopeExit(Release release) : m_release(std::move(release)) {}
+    ~ScopeExit() { m_release(); }
+    ScopeExit(const ScopeExit&) = delete;
+    ScopeExit& operator=(const ScopeExit&) = delete;
+
+private:
+    Release m_release;
+};
 
 // Width and height of JPEG bytes, or false if they do not decode.
 bool jpegSize(const unsigned char* data, std::size_t size, int& width, int& height,
