@@ -17,6 +17,8 @@ public:
 
     bool next(std::string_view& line)
     {
+        // A missing line still counts, so errors name the line that is not there.
+        ++m_number;
         if (m_position >= m_text.size())
             return false;
         const std::size_t end = m_text.find('\n', m_position);
@@ -25,7 +27,6 @@ public:
         if (!line.empty() && line.back() == '\r')
             line.remove_suffix(1);
         m_position = stop + 1;
-        ++m_number;
         return true;
     }
     std::size_t number() const { return m_number; }

@@ -2,6 +2,7 @@
 // an address already taken, serving discovery and a clean stop on SIGTERM.
 
 #include "gvcp_client.h"
+#include "replay_fixture.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <map>
 #include <set>
 #include <spawn.h>
@@ -114,7 +116,7 @@ TEST_F(SimulatorProgram, help_documentsEveryOption)
     Program program({"--help"});
     ASSERT_TRUE(program.started());
     EXPECT_EQ(program.waitForExit(5s), 0);
-    for (const char* option : {"--demo", "--first-index", "--base-address", "--port", "--no-broadcast", "--print-xml", "--verbose",
+    for (const char* option : {"--demo", "--store", "SIGHUP", "--first-index", "--base-address", "--port", "--no-broadcast", "--print-xml", "--verbose",
                                "--version", "--help", "SIGTERM", "Exit status"})
         EXPECT_NE(program.errors().find(option), std::string::npos) << option;
 }
@@ -130,6 +132,7 @@ TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
         {{"--frobnicate"}, "unknown option"},
         {{"--demo"}, "needs a value"},
         {{"--first-index", "-1"}, "--first-index"},
+        {{"--store="}, "--store= needs a folder"},
         {{"--first-index", "10000"}, "--first-index"},
         {{"--base-address", "127.255.255.250", "--demo", "10"}, "not enough loopback addresses"},
     };
@@ -201,6 +204,74 @@ TEST_F(SimulatorProgram, firstIndex_shiftsDemoIdentitiesSoTwoProgramsServeDistin
     EXPECT_EQ(seen[0x7F000014], std::make_pair(std::string("QD24A10000"), std::string("DemoReader1")));
     EXPECT_EQ(seen[0x7F000015], std::make_pair(std::string("QD24A10101"), std::string("DemoReader2")));
     EXPECT_EQ(seen[0x7F000016], std::make_pair(std::string("QD24A10202"), std::string("DemoReader3")));
+}
+
+// The serial number announced at address, or "" when nothing answers.
+std::string serialAt(std::uint32_t address)
+{
+    test::GvcpClient client;
+    const auto ack = client.request({address, gvcp::kPort}, test::command(gvcp::command::kDiscovery, 0xFFFF));
+    if (!ack || ack->size() < 8 + gvcp::reg::kDiscoveryDataSize)
+        return {};
+    const char* serial = reinterpret_cast<const char*>(ack->data() + 8 + gvcp::reg::kSerialNumber);
+    return std::string(serial, ::strnlen(serial, 16));
+}
+
+bool waitForSerial(std::uint32_t address, const std::string& serial, std::chrono::milliseconds timeout)
+{
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    while (std::chrono::steady_clock::now() < deadline) {
+        if (serialAt(address) == serial)
+            return true;
+        std::this_thread::sleep_for(100ms);
+    }
+    return false;
+}
+
+TEST_F(SimulatorProgram, store_followsCamerasAddedAndDeleted_besideTheDemoReaders)
+{
+    const auto store = test::temporaryStore("program");
+    test::writeCamera(store, "Vir11111111");
+    test::writeConfig(store, {test::configGroup("Vir11111111")});
+    Program program({"--store", store.string(), "--demo", "1", "--base-address", "127.0.0.30"});
+    ASSERT_TRUE(program.started());
+    // Demo readers first, then the store's cameras.
+    EXPECT_TRUE(waitForSerial(0x7F00001E, "QD24A10000", 5s)) << program.errors();
+    EXPECT_TRUE(waitForSerial(0x7F00001F, "Vir11111111", 5s)) << program.errors();
+
+    // "Add" writes the group, then copies the files: picked up when they land.
+    test::writeConfig(store, {test::configGroup("Vir11111111"), test::configGroup("Vir22222222")});
+    std::this_thread::sleep_for(500ms);
+    test::writeCamera(store, "Vir22222222");
+    EXPECT_TRUE(waitForSerial(0x7F000020, "Vir22222222", 5s)) << program.errors();
+
+    // Deleted: no longer answered.
+    std::filesystem::remove_all(store / "Cameras" / "Vir11111111");
+    test::writeConfig(store, {test::configGroup("Vir22222222")});
+    EXPECT_TRUE(waitForSerial(0x7F00001F, "", 5s)) << program.errors();
+    EXPECT_NE(program.errors().find("camera Vir11111111 is gone"), std::string::npos) << program.errors();
+
+    program.signal(SIGHUP);
+    std::this_thread::sleep_for(300ms);
+    EXPECT_NE(program.errors().find("SIGHUP: reading the store again"), std::string::npos);
+    EXPECT_EQ(serialAt(0x7F000020), "Vir22222222");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.waitForExit(5s), 0);
+}
+
+TEST_F(SimulatorProgram, store_aBrokenCameraCostsOnlyItself)
+{
+    const auto store = test::temporaryStore("program-broken");
+    test::writeCamera(store, "Vir1");
+    test::writeCamera(store, "Vir2");
+    test::writeFile(store / "Cameras" / "Vir1" / "QVX-ID2040M.xml", "");
+    test::writeConfig(store, {test::configGroup("Vir1"), "[Vir1bad]\nchModelName=x\n\n", test::configGroup("Vir2")});
+    Program program({"--store=" + store.string(), "--base-address", "127.0.0.40"});
+    ASSERT_TRUE(program.started());
+    EXPECT_TRUE(waitForSerial(0x7F000028, "Vir2", 5s)) << program.errors();
+    EXPECT_NE(program.errors().find("camera Vir1 skipped: file"), std::string::npos) << program.errors();
+    EXPECT_NE(program.errors().find("camera Vir1bad skipped: key nMacAddrHigh is missing"), std::string::npos)
+        << program.errors();
 }
 
 } // namespace
