@@ -25,6 +25,8 @@ namespace {
 QString OutcomeName(JobOutcome outcome)
 {
     switch (outcome) {
+    case JobOutcome::Waiting:
+        return QStringLiteral("waiting");
     case JobOutcome::Running:
         return QStringLiteral("running");
     case JobOutcome::Collected:
@@ -153,8 +155,6 @@ int RunCollect(const Request& request, const Console& console)
     QEventLoop loop;
     int interruptedBy = 0;
     StopSignals stopSignals;
-    QObject::connect(&session, &CollectSession::JobChanged, &session,
-                     [&](int index) { view.Changed(session.Jobs(), index); });
     QObject::connect(&session, &CollectSession::AllEnded, &loop, &QEventLoop::quit, Qt::QueuedConnection);
     QObject::connect(&stopSignals, &StopSignals::Requested, &session, [&](int number) {
         interruptedBy = number;
@@ -164,6 +164,8 @@ int RunCollect(const Request& request, const Console& console)
     if (!ready.isEmpty()) {
         session.Start(ready);
         view.Begin(session.Jobs());
+        QObject::connect(&session, &CollectSession::JobChanged, &session,
+                         [&](int index) { view.Changed(session.Jobs(), index); });
         loop.exec();
     }
 

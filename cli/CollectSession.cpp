@@ -7,6 +7,7 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <utility>
 
 namespace cli {
@@ -32,30 +33,63 @@ void CollectSession::Start(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
         job.serial = collect::DeviceText(record.stGigE.chSerialNumber);
         job.model = collect::DeviceText(record.stGigE.chModelName);
         job.folder = QDir::cleanPath(collect::CollectionFolderOf(m_strCollectionRoot, job.model));
+        job.outcome = JobOutcome::Waiting;
         m_vecJobs.append(job);
-
-        auto thread = std::make_unique<QCollectInfoThread>();
-        thread->SetDeviceInfo(record);
-        // Queued: the jobs report from their own threads.
-        connect(thread.get(), &QCollectInfoThread::SigDeviceCollectProgress, this, &CollectSession::OnProgress,
-                Qt::QueuedConnection);
-        connect(thread.get(), &QCollectInfoThread::SigDeviceCollectStatus, this, &CollectSession::OnStatus,
-                Qt::QueuedConnection);
-        connect(thread.get(), &QCollectInfoThread::SigDeviceCollectFinish, this, &CollectSession::OnFinish,
-                Qt::QueuedConnection);
-        thread->start(QThread::InheritPriority);
-        m_mapThreads[job.serial] = std::move(thread);
+        m_vecRecords.append(record);
     }
-    if (m_mapThreads.empty())
+    StartWaitingJobs();
+    if (!IsRunning())
         emit AllEnded();
+}
+
+bool CollectSession::IsRunning() const
+{
+    return !m_mapThreads.empty();
+}
+
+void CollectSession::StartWaitingJobs()
+{
+    for (int i = 0; i < m_vecJobs.size(); ++i) {
+        if (m_vecJobs[i].outcome != JobOutcome::Waiting)
+            continue;
+        const bool modelBusy = std::any_of(m_vecJobs.cbegin(), m_vecJobs.cend(), [&](const JobState& other) {
+            return other.outcome == JobOutcome::Running && other.model == m_vecJobs[i].model;
+        });
+        if (!modelBusy)
+            StartJob(i);
+    }
+}
+
+void CollectSession::StartJob(int nIndex)
+{
+    JobState& job = m_vecJobs[nIndex];
+    job.outcome = JobOutcome::Running;
+    auto thread = std::make_unique<QCollectInfoThread>();
+    thread->SetDeviceInfo(m_vecRecords[nIndex]);
+    // Queued: the jobs report from their own threads.
+    connect(thread.get(), &QCollectInfoThread::SigDeviceCollectProgress, this, &CollectSession::OnProgress,
+            Qt::QueuedConnection);
+    connect(thread.get(), &QCollectInfoThread::SigDeviceCollectStatus, this, &CollectSession::OnStatus,
+            Qt::QueuedConnection);
+    connect(thread.get(), &QCollectInfoThread::SigDeviceCollectFinish, this, &CollectSession::OnFinish,
+            Qt::QueuedConnection);
+    thread->start(QThread::InheritPriority);
+    m_mapThreads[job.serial] = std::move(thread);
+    emit JobChanged(nIndex);
 }
 
 void CollectSession::StopAll()
 {
     for (int i = 0; i < m_vecJobs.size(); ++i) {
-        if (m_vecJobs[i].outcome != JobOutcome::Running)
-            continue;
-        EndJob(i, JobOutcome::Stopped, QStringLiteral("stopped"));
+        if (m_vecJobs[i].outcome == JobOutcome::Waiting) {
+            m_vecJobs[i].outcome = JobOutcome::Stopped; // wrote nothing
+            m_vecJobs[i].message = QStringLiteral("stopped");
+            emit JobChanged(i);
+        }
+    }
+    for (int i = 0; i < m_vecJobs.size(); ++i) {
+        if (m_vecJobs[i].outcome == JobOutcome::Running)
+            EndJob(i, JobOutcome::Stopped, QStringLiteral("stopped"));
     }
 }
 
@@ -107,7 +141,8 @@ void CollectSession::EndJob(int nIndex, JobOutcome outcome, const QString& strMe
     if (outcome != JobOutcome::Collected)
         RemoveFilesOf(job);
     emit JobChanged(nIndex);
-    if (m_mapThreads.empty())
+    StartWaitingJobs();
+    if (!IsRunning())
         emit AllEnded();
 }
 

@@ -2,7 +2,9 @@
 // Collection jobs run side by side, one QCollectInfoThread per device, with
 // the window's bookkeeping: a job is released and deleted when its finish
 // or its first status arrives, and a failed job's staging files and
-// collection folder are removed.
+// collection folder are removed. Devices of one model share one collection
+// folder and one set of staging names, so their jobs run one after the
+// other; jobs of different models run at once.
 
 #include "XqCodeReaderCtrl.h"
 
@@ -17,7 +19,7 @@ class QCollectInfoThread;
 
 namespace cli {
 
-enum class JobOutcome { Running, Collected, Failed, Stopped };
+enum class JobOutcome { Waiting, Running, Collected, Failed, Stopped };
 
 struct JobState final {
     QString serial;
@@ -37,14 +39,14 @@ public:
     // Stops whatever still runs, as closing the window does.
     ~CollectSession() override;
 
-    // Starts one job per record; records must have distinct serial numbers.
+    // Takes one job per record; records must have distinct serial numbers.
     void Start(const QVector<XQ_CODEREADER_DEVICE_INFO>& records);
     // Releases every running job's devices, waits for it and removes what
-    // it wrote. Its outcome becomes Stopped.
+    // it wrote. Its outcome, and that of every waiting job, becomes Stopped.
     void StopAll();
 
     const QVector<JobState>& Jobs() const { return m_vecJobs; }
-    bool IsRunning() const { return !m_mapThreads.empty(); }
+    bool IsRunning() const;
 
 signals:
     void JobChanged(int nIndex);
@@ -56,12 +58,16 @@ private:
     void OnFinish(const QString& strSerial, const QString& strInfo);
     // Index of a job that is still running; -1 for one that has ended.
     int RunningJobOf(const QString& strSerial) const;
+    void StartJob(int nIndex);
+    // Starts the first waiting job of a model that no running job has.
+    void StartWaitingJobs();
     void EndJob(int nIndex, JobOutcome outcome, const QString& strMessage);
     void RemoveFilesOf(const JobState& job) const;
 
     QString m_strApplicationDir;
     QString m_strCollectionRoot;
     QVector<JobState> m_vecJobs;
+    QVector<XQ_CODEREADER_DEVICE_INFO> m_vecRecords; // by job index
     std::map<QString, std::unique_ptr<QCollectInfoThread>> m_mapThreads;
 };
 

@@ -14,6 +14,8 @@ constexpr int kMaximumBarWidth = 40;
 QString StateText(const JobState& job)
 {
     switch (job.outcome) {
+    case JobOutcome::Waiting:
+        return QStringLiteral("waiting for the other reader of this model");
     case JobOutcome::Running:
         return QStringLiteral("%1%").arg(job.percent, 3);
     case JobOutcome::Collected:
@@ -41,6 +43,8 @@ QString PlainProgressLine(const JobState& job)
 {
     const QString device = Printable(job.serial) + QLatin1Char(' ') + Printable(job.model) + QLatin1Char(' ');
     switch (job.outcome) {
+    case JobOutcome::Waiting:
+        return device + QStringLiteral("waiting: a reader of the same model is being collected");
     case JobOutcome::Running:
         return device + QStringLiteral("%1%").arg(job.percent);
     case JobOutcome::Collected:
@@ -64,6 +68,9 @@ void ProgressView::Begin(const QVector<JobState>& jobs)
     m_vecLastPlain = QVector<QString>(jobs.size());
     if (m_mode == Mode::Terminal)
         Redraw(jobs, false);
+    else
+        for (int i = 0; i < jobs.size(); ++i)
+            Changed(jobs, i);
 }
 
 void ProgressView::Changed(const QVector<JobState>& jobs, int index)

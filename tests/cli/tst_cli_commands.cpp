@@ -106,6 +106,7 @@ private slots:
     void collect_unknownSerial_collectsNothing();
     void deviceHeldByAnotherClient_isShownAndSkipped();
     void collectAll_collectsEveryReaderSideBySide();
+    void collect_twoReadersOfOneModel_takeTurnsAndBothSucceed();
     void collect_deviceVanishing_failsAndRemovesItsFiles();
     void collect_interrupted_stopsJobsAndRemovesTheirFiles();
 
@@ -318,6 +319,35 @@ void CliCommandsTest::collectAll_collectsEveryReaderSideBySide()
     QCOMPARE(devices[0].toObject().value(QStringLiteral("outcome")).toString(), QStringLiteral("collected"));
     QCOMPARE(devices[0].toObject().value(QStringLiteral("folder")).toString(),
              QDir::cleanPath(m_suite.collectionRoot() + QLatin1Char('/') + ModelOf(readers[1])));
+}
+
+void CliCommandsTest::collect_twoReadersOfOneModel_takeTurnsAndBothSucceed()
+{
+    // Demo readers repeat their four models, so the fifth has the first's.
+    DeviceProcess simulator;
+    QString error;
+    QVERIFY2(simulator.startSimulator(5, &error), qPrintable(error));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(5, kDiscoveryTimeoutMs);
+    QCOMPARE(readers.size(), 5);
+    QStringList serials;
+    for (const XQ_CODEREADER_DEVICE_INFO& reader : readers)
+        if (ModelOf(reader) == kModel)
+            serials << SerialOf(reader);
+    QCOMPARE(serials.size(), 2);
+
+    const CliResult result = m_suite.run(QStringList{QStringLiteral("collect")} + serials,
+                                         CliSuite::systemEnvironment(), kJobTimeoutMs);
+    QVERIFY2(result.exitCode == 0, qPrintable(result.describe()));
+    QVERIFY2(result.out.contains((serials[1] + QLatin1Char(' ') + kModel + QStringLiteral(" waiting")).toUtf8()),
+             result.out.constData());
+    for (const QString& serial : serials)
+        QVERIFY2(result.out.contains((serial + QLatin1Char(' ') + kModel + QStringLiteral(" collected into ")).toUtf8()),
+                 result.out.constData());
+    // The second reader starts only when the first has ended.
+    const int firstDone = result.out.indexOf((serials[0] + QLatin1Char(' ') + kModel + QStringLiteral(" collected")).toUtf8());
+    const int secondStarts = result.out.indexOf((serials[1] + QLatin1Char(' ') + kModel + QStringLiteral(" 0%")).toUtf8());
+    QVERIFY2(firstDone >= 0 && secondStarts > firstDone, result.out.constData());
+    QCOMPARE(Entries(m_suite.collectionRoot() + QLatin1Char('/') + kModel), CollectedFilesOf(kModel));
 }
 
 void CliCommandsTest::collect_deviceVanishing_failsAndRemovesItsFiles()
