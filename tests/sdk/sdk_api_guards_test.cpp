@@ -56,7 +56,7 @@ TEST(ApiGuards, nullArgumentsAreRefused)
     EXPECT_EQ(XQ_XML_GetGenICamXML(handle, nullptr, 16, nullptr), XQ_ERR_INVALID_PARAMETER);
     EXPECT_EQ(XQ_XML_GetRootNode(handle, nullptr), XQ_ERR_INVALID_PARAMETER);
     EXPECT_EQ(XQ_XML_GetChildren(handle, nullptr, nullptr), XQ_ERR_INVALID_PARAMETER);
-    EXPECT_EQ(XQ_CC_GetIntValue(handle, "Width", nullptr), XQ_ERR_WRONG_STATE);
+    EXPECT_EQ(XQ_CC_GetIntValue(handle, "Width", nullptr), XQ_ERR_INVALID_PARAMETER);
     EXPECT_EQ(XQ_GIGE_SetGvcpTimeout(handle, 5), XQ_ERR_INVALID_PARAMETER);
     EXPECT_EQ(XQ_CC_OpenDevice(handle, 1, 7), XQ_ERR_NOT_SUPPORTED) << "switch-over keys are not offered";
     EXPECT_EQ(XQ_CC_DestroyHandle(handle), XQ_OK);

@@ -11,8 +11,8 @@
  *                             command registers
  *     <model>_strRegFile.dat  string registers
  * where <model> is the text of the device record's GigE model-name field
- * (empty for other transports). The format is described in
- * docs/register-dump-format.md.
+ * (empty for other transports; a name with '/', '\\' or control characters
+ * writes nothing). The format is described in docs/register-dump-format.md.
  *
  * Conventions:
  * - Every function returns XQ_OK (0) or an XQ_ERR_* code (XQSdkDefs.h).
@@ -163,8 +163,9 @@ XQ_API int XQ_CC_RegisterExceptionCallBack(XQ_HANDLE hHandle, XQ_EXCEPTION_CALLB
 
 /*
  * Time-out in milliseconds (100 to 600000) after which the device drops the
- * connection when the SDK falls silent; also the SDK's own limit for one
- * answer. The device must be open.
+ * connection when the SDK falls silent (the device's heartbeat time-out).
+ * The SDK's own wait for one answer is fixed (5 tries of 500 ms). GigE only;
+ * the device must be open with control.
  */
 XQ_API int XQ_GIGE_SetGvcpTimeout(XQ_HANDLE hHandle, unsigned int nMillisec);
 

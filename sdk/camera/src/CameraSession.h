@@ -10,11 +10,13 @@
 
 #include "DeviceLink.h"
 #include "ExceptionSlot.h"
+#include "IntegerShortcut.h"
 #include "RegisterRecorder.h"
 
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -77,6 +79,7 @@ private:
     std::string dumpModelName() const;
     void fillNode(ArvGcFeatureNode* source, XQ_XML_NODE_FEATURE* node);
     std::string nodeNameOf(const XQ_XML_NODE_FEATURE& node) const;
+    int readInteger(const char* name, std::int64_t* value);
     // Marks the registers behind a string feature for the string dump.
     void noteStringFeature(const char* name);
 
@@ -90,6 +93,8 @@ private:
     GObjectPtr<ArvDevice> m_proxy;
     std::vector<std::string> m_nodeNames; // full names behind node records
     std::unordered_map<std::string, std::uint32_t> m_nodeIndex;
+    // Per feature name: its register shortcut, or nothing if it has none.
+    std::unordered_map<std::string, std::optional<IntegerShortcut>> m_integerShortcuts;
 };
 
 } // namespace xq

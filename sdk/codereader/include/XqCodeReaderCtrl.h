@@ -145,7 +145,7 @@ typedef struct _XQ_CODEREADER_FRAME_INFO_ {
 /* Decoder and encoder settings of a handle. */
 typedef struct _XQ_CODEREADER_DECODE_PARAM_ {
     unsigned int nFormats;      /* XQ_FORMAT_* mask; 0 means XQ_FORMAT_DEFAULT */
-    unsigned int bTryHarder;    /* slow extra passes (rotations, denser scans); default 0 */
+    unsigned int bTryHarder;    /* slower: rotated matrix codes, linear codes on every 2nd row instead of every 8th; default 0 */
     unsigned int nMaxCodes;     /* stop after this many codes; 0 means XQ_CODEREADER_MAX_CODE_NUM */
     unsigned int nJpegQuality;  /* 1 to 100; 0 means 90 */
     unsigned int nReserved[4];
@@ -189,8 +189,9 @@ XQ_API int XQ_CODEREADER_CloseDevice(XQ_HANDLE hHandle);
 XQ_API int XQ_CODEREADER_RegisterExceptionCallBack(XQ_HANDLE hHandle, XQ_EXCEPTION_CALLBACK cbException, void* pUser);
 
 /* Time-out in milliseconds (100 to 600000) after which the device drops the
- * connection when the SDK falls silent; also the SDK's own limit for one
- * answer. The device must be open. */
+ * connection when the SDK falls silent (the device's heartbeat time-out).
+ * The SDK's own wait for one answer is fixed (5 tries of 500 ms). The device
+ * must be open. */
 XQ_API int XQ_CODEREADER_GIGE_SetGvcpTimeout(XQ_HANDLE hHandle, unsigned int nMillisec);
 
 /* ---- Features (device must be open) ------------------------------------ */
@@ -218,7 +219,9 @@ XQ_API int XQ_CODEREADER_StopGrabbing(XQ_HANDLE hHandle);
  * decodes the codes in it and fills pstFrameInfo. *ppData points at the JPEG
  * bytes (pstFrameInfo->nFrameLen of them); the handle owns them and they stay
  * valid until the next call on the handle or its destruction.
- * XQ_ERR_NO_DATA when no frame arrived in time.
+ * XQ_ERR_NO_DATA when no complete frame arrived in time (a frame lost on the
+ * network is not waited for: trigger again). Linear codes are read when
+ * roughly horizontal and at least two scanned rows high.
  */
 XQ_API int XQ_CODEREADER_GetOneFrameTimeout(XQ_HANDLE hHandle, unsigned char** ppData, XQ_CODEREADER_FRAME_INFO* pstFrameInfo, unsigned int nMsec);
 

@@ -1,5 +1,6 @@
 #include "SdkTestHelpers.h"
 
+#include <arv.h>
 #include <turbojpeg.h>
 
 #include <cstring>
@@ -57,6 +58,29 @@ std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera)
     if (XQ_XML_GetRootNode(camera, &root) == XQ_OK)
         visit(root);
     return nodes;
+}
+
+std::map<std::string, std::int64_t> stableAravisIntegers(const char* ip, const std::vector<std::string>& names)
+{
+    std::map<std::string, std::int64_t> values;
+    ArvDevice* device = arv_open_device(ip, nullptr);
+    if (!device)
+        return values;
+    ArvGc* genicam = arv_device_get_genicam(device);
+    for (const auto& name : names) {
+        ArvGcNode* node = arv_gc_get_node(genicam, name.c_str());
+        if (!node || !ARV_IS_GC_INTEGER(node) || ARV_IS_GC_ENUMERATION(node))
+            continue;
+        GError* error = nullptr;
+        const gint64 first = arv_gc_integer_get_value(ARV_GC_INTEGER(node), &error);
+        const gint64 second = error ? 0 : arv_gc_integer_get_value(ARV_GC_INTEGER(node), &error);
+        if (error)
+            g_clear_error(&error);
+        else if (first == second)
+            values[name] = first;
+    }
+    g_object_unref(device);
+    return values;
 }
 
 TemporaryFolder::TemporaryFolder()

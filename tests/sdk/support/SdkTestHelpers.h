@@ -34,6 +34,10 @@ struct NodeSummary {
 // Walks the whole tree through the camera SDK, as the collection does.
 std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera);
 
+// Values of the given integer features as an independent Aravis client reads
+// them; features whose value changes between two reads are left out.
+std::map<std::string, std::int64_t> stableAravisIntegers(const char* ip, const std::vector<std::string>& names);
+
 // A private folder that is removed afterwards.
 class TemporaryFolder final {
 public:
