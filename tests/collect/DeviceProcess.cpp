@@ -34,6 +34,11 @@ bool DeviceProcess::start(const QString& program, const QStringList& arguments, 
 
 bool DeviceProcess::startSimulator(int demoCount, QString* error)
 {
+    return startSimulator({QStringLiteral("--demo"), QString::number(demoCount)}, error);
+}
+
+bool DeviceProcess::startSimulator(const QStringList& arguments, QString* error)
+{
     const QString simulator = qEnvironmentVariable("QUORVEX_SIMULATOR");
     if (simulator.isEmpty() || !QFileInfo(simulator).isExecutable()) {
         *error = QStringLiteral("the simulator quorvex-simulator is needed: QUORVEX_SIMULATOR is unset or not "
@@ -41,7 +46,7 @@ bool DeviceProcess::startSimulator(int demoCount, QString* error)
                      .arg(simulator);
         return false;
     }
-    return start(simulator, {QStringLiteral("--demo"), QString::number(demoCount)}, error);
+    return start(simulator, arguments, error);
 }
 
 bool DeviceProcess::startFakeCamera(QString* error)

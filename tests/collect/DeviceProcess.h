@@ -19,6 +19,8 @@ public:
 
     // The simulator named by $QUORVEX_SIMULATOR with "--demo <count>".
     bool startSimulator(int demoCount, QString* error);
+    // The simulator with a command line of the caller's.
+    bool startSimulator(const QStringList& arguments, QString* error);
     // arv-fake-gv-camera-0.8 on 127.0.0.1.
     bool startFakeCamera(QString* error);
 

@@ -45,6 +45,7 @@ private slots:
     void header_ticksAccessibleRowsOnly();
     void collectTwo_showsProgressThenFinishedAndFillsSelectorOnce();
     void lostDevice_showsMessageAndRemovesItsFiles();
+    void lostDevice_leavesTheOtherJobRunning();
     void closeWhileCollecting_asks_cancelKeepsJobs_confirmRemovesFiles();
 
 private:
@@ -252,6 +253,41 @@ void WindowCollectTest::lostDevice_showsMessageAndRemovesItsFiles()
     for (const char* suffix : {"_regfile.dat", "_strRegFile.dat", ".xml"})
         QVERIFY(!exists(ApplicationDir() + "/" + model + suffix));
     QVERIFY(probe.selectorEntries().isEmpty());
+}
+
+void WindowCollectTest::lostDevice_leavesTheOtherJobRunning()
+{
+    // Two simulators, so that one reader can vanish while the other serves.
+    QVERIFY(startDevices(1));
+    DeviceProcess second;
+    QString error;
+    QVERIFY2(second.startSimulator({"--demo", "1", "--first-index", "1", "--base-address", "127.0.0.3"}, &error),
+             qPrintable(error));
+    QCOMPARE(WaitForCodeReaders(2, 15000).size(), 2);
+
+    QVirtualCamMainWidget window;
+    window.Init();
+    WindowProbe probe(window);
+    const int lostRow = probe.rowOf(probe.cell(0, 2) == "127.0.0.3" ? probe.cell(0, 1) : probe.cell(1, 1));
+    const int keptRow = 1 - lostRow;
+    const QString lostModel = probe.cell(lostRow, 1);
+    const QString keptModel = probe.cell(keptRow, 1);
+    QVERIFY(lostModel != keptModel);
+    probe.tick(0);
+    probe.tick(1);
+    probe.collect->click();
+
+    QTRY_VERIFY_WITH_TIMEOUT(exists(CollectionRoot() + "/" + lostModel + "/Jpg"), 60000);
+    second.kill();
+    const QMap<int, bool> sawProgress = waitForStatus(probe, {0, 1}, kJobTimeoutMs);
+    Q_UNUSED(sawProgress);
+    QVERIFY2(probe.cell(lostRow, 4) != "Collect Finished", qPrintable(probe.cell(lostRow, 4)));
+    QCOMPARE(probe.cell(keptRow, 4), QString("Collect Finished"));
+    QVERIFY(!exists(CollectionRoot() + "/" + lostModel));
+    QVERIFY(!exists(ApplicationDir() + "/" + lostModel + ".xml"));
+    QVERIFY(exists(CollectionRoot() + "/" + keptModel + "/ImportInformation.csv"));
+    QCOMPARE(probe.selectorEntries(), QStringList{keptModel});
+    QTRY_VERIFY(probe.collect->isEnabled());
 }
 
 void WindowCollectTest::closeWhileCollecting_asks_cancelKeepsJobs_confirmRemovesFiles()
