@@ -377,9 +377,8 @@ TEST_F(FakeCamera, softwareTriggeredGrabbingDeliversJpegFrames)
 
     auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
     for (int frame = 0; frame < 3; ++frame) {
-        ASSERT_EQ(XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"), XQ_OK);
         unsigned char* data = nullptr;
-        ASSERT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000), XQ_OK);
+        ASSERT_EQ(xqtest::triggerAndGrab(reader, &data, info.get()), XQ_OK);
         ASSERT_NE(data, nullptr);
         int width = 0;
         int height = 0;

@@ -284,9 +284,8 @@ TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
     // Every frame shows a QR code and a Code 128; every third a Data Matrix,
     // every fourth an EAN-13.
     for (int attempt = 0; attempt < 12; ++attempt) {
-        ASSERT_EQ(XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"), XQ_OK);
         unsigned char* data = nullptr;
-        ASSERT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000), XQ_OK);
+        ASSERT_EQ(xqtest::triggerAndGrab(reader, &data, info.get()), XQ_OK);
         int width = 0;
         int height = 0;
         std::vector<std::uint8_t> grey;
@@ -336,9 +335,8 @@ TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
     // Colour frames go through the same pipeline.
     ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "PixelFormat", "RGB8Packed"), XQ_OK);
     ASSERT_EQ(XQ_CODEREADER_StartGrabbing(reader), XQ_OK);
-    ASSERT_EQ(XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"), XQ_OK);
     unsigned char* data = nullptr;
-    ASSERT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &data, info.get(), 2000), XQ_OK);
+    ASSERT_EQ(xqtest::triggerAndGrab(reader, &data, info.get()), XQ_OK);
     EXPECT_GE(info->nCodeNum, 2u);
     ASSERT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
     ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "PixelFormat", "Mono8"), XQ_OK);

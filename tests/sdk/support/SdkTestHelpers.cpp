@@ -83,6 +83,17 @@ std::map<std::string, std::int64_t> stableAravisIntegers(const char* ip, const s
     return values;
 }
 
+int triggerAndGrab(XQ_HANDLE reader, unsigned char** data, XQ_CODEREADER_FRAME_INFO* info, int attempts)
+{
+    int result = XQ_ERR_NO_DATA;
+    for (int attempt = 0; attempt < attempts && result == XQ_ERR_NO_DATA; ++attempt) {
+        if (const int triggered = XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"); triggered != XQ_OK)
+            return triggered;
+        result = XQ_CODEREADER_GetOneFrameTimeout(reader, data, info, 2000);
+    }
+    return result;
+}
+
 TemporaryFolder::TemporaryFolder()
 {
     char pattern[] = "/tmp/xq-sdk-test-XXXXXX";

@@ -38,6 +38,11 @@ std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera);
 // them; features whose value changes between two reads are left out.
 std::map<std::string, std::int64_t> stableAravisIntegers(const char* ip, const std::vector<std::string>& names);
 
+// Triggers the reader by software and waits for the frame, triggering again
+// when a frame was lost on the way (as the collection does); returns the
+// last result.
+int triggerAndGrab(XQ_HANDLE reader, unsigned char** data, XQ_CODEREADER_FRAME_INFO* info, int attempts = 3);
+
 // A private folder that is removed afterwards.
 class TemporaryFolder final {
 public:
