@@ -48,7 +48,7 @@ double millisecondsSince(Clock::time_point start)
 
 constexpr char kIp[] = "127.0.0.2";
 constexpr int kReadsPerRound = 2000;
-constexpr int kRounds = 5;
+constexpr int kRounds = 9;
 constexpr int kCycles = 20;
 
 const XQ_CC_DEVICE_INFO* findCamera(XQ_CC_DEVICE_INFO_LIST& list)
