@@ -216,7 +216,9 @@ bool QCollectInfoThread::CollectImageInfo()
     // A folder collected before is reused as it stands, Jpg or not.
     if (!QFileInfo::exists(m_strFolderPath)) {
         qInfo().noquote() << "m_strFolderPath" << strModelName;
-        if (!QDir().mkdir(QDir(m_strFolderPath).absolutePath())) {
+        // A job of the same model may make the folder between the test and
+        // the mkdir; the folder then exists, which is all this step needs.
+        if (!QDir().mkdir(QDir(m_strFolderPath).absolutePath()) && !QFileInfo(m_strFolderPath).isDir()) {
             qInfo().noquote() << kCreateFileFailed;
             EmitStatus(kCreateFileFailed);
             return false;

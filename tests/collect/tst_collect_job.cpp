@@ -166,19 +166,37 @@ void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
         QCOMPARE(row.picturePath, QStringLiteral("%1.jpg").arg(n));
         QVERIFY(row.codes.size() <= 6);
 
+        // An independent plain decode of the stored image: the reader must
+        // find at least what it finds. The reader's own decoder also reads
+        // linear codes line by line, so it may find more of those.
         QVector<FrameCode> decoded;
         QVERIFY(DecodeFrameCodes(folder + QStringLiteral("/Jpg/%1.jpg").arg(n), &decoded));
-        QCOMPARE(row.codes.size(), std::min(decoded.size(), 6));
+        QVERIFY2(row.codes.size() >= std::min(decoded.size(), 6),
+                 qPrintable(QStringLiteral("frame %1: %2 codes written, %3 in the image")
+                                .arg(n).arg(row.codes.size()).arg(decoded.size())));
         for (const FrameCode& written : row.codes) {
             const auto match = std::find_if(decoded.cbegin(), decoded.cend(), [&](const FrameCode& code) {
                 return code.text == written.text;
             });
-            QVERIFY2(match != decoded.cend(), qPrintable(QStringLiteral("frame %1: %2 is not in the image").arg(n).arg(written.text)));
+            // Only the line-by-line reading of linear codes may find more.
+            const bool linear = !QStringList{"DM", "QR", "MicroQR", "PDF417", "MAXICODE"}.contains(written.typeName);
+            if (match == decoded.cend()) {
+                QVERIFY2(linear, qPrintable(QStringLiteral("frame %1: %2 is not in the image").arg(n).arg(written.text)));
+                continue;
+            }
             QCOMPARE(written.typeName, match->typeName);
-            for (int i = 0; i < 8; ++i)
-                QVERIFY2(std::abs(written.corners[i] - match->corners[i]) <= kCornerTolerance,
-                         qPrintable(QStringLiteral("frame %1, %2: coordinate %3 is %4, the image has %5")
-                                        .arg(n).arg(written.text).arg(i).arg(written.corners[i]).arg(match->corners[i])));
+            // A linear code's corners span the rows it was read on: across the
+            // bars they agree; along them the plain decode's scan line only
+            // has to lie within the written box.
+            const int top = std::min({written.corners[1], written.corners[3], written.corners[5], written.corners[7]});
+            const int bottom = std::max({written.corners[1], written.corners[3], written.corners[5], written.corners[7]});
+            for (int i = 0; i < 8; ++i) {
+                const bool inside = linear && i % 2 == 1
+                    ? match->corners[i] >= top - kCornerTolerance && match->corners[i] <= bottom + kCornerTolerance
+                    : std::abs(written.corners[i] - match->corners[i]) <= kCornerTolerance;
+                QVERIFY2(inside, qPrintable(QStringLiteral("frame %1, %2: coordinate %3 is %4, the image has %5")
+                                                .arg(n).arg(written.text).arg(i).arg(written.corners[i]).arg(match->corners[i])));
+            }
         }
         codesSeen += row.codes.size();
     }
@@ -307,6 +325,8 @@ void TestCollectJob::twoDevicesOfOneModel_bothFinish()
     second.start();
     QVERIFY(first.wait(kJobTimeoutMs));
     QVERIFY(second.wait(kJobTimeoutMs));
+    QCOMPARE(first.statuses().join('|'), QString());
+    QCOMPARE(second.statuses().join('|'), QString());
     QCOMPARE(first.finishes(), QStringList{QStringLiteral("Collect Finished")});
     QCOMPARE(second.finishes(), QStringList{QStringLiteral("Collect Finished")});
     QCOMPARE(first.foreignReports(), 0);
