@@ -99,6 +99,9 @@ function(quorvex_add_test)
   endif()
   if(T_NETNS)
     list(APPEND T_LABELS network)
+    # Simulated devices stream whole frames over loopback: two such tests
+    # side by side on a small machine starve each other's receivers.
+    set_tests_properties(${T_NAME} PROPERTIES RESOURCE_LOCK device-network)
   endif()
   if(T_LABELS)
     set_tests_properties(${T_NAME} PROPERTIES LABELS "${T_LABELS}")
