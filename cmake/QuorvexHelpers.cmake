@@ -110,10 +110,16 @@ endfunction()
 
 # Adds every direct subfolder of the current folder that has a CMakeLists.txt,
 # so that a new area needs no edit of its parent.
+# Without the GUI only the folders named after WITHOUT_GUI are added (the
+# device side: SDKs, simulator), since the others need Qt.
 function(quorvex_add_subfolders)
+  cmake_parse_arguments(F "" "" "WITHOUT_GUI" ${ARGN})
   file(GLOB children LIST_DIRECTORIES true RELATIVE "${CMAKE_CURRENT_SOURCE_DIR}" "${CMAKE_CURRENT_SOURCE_DIR}/*")
   list(SORT children)
   foreach(child IN LISTS children)
+    if(NOT QUORVEX_BUILD_GUI AND NOT child IN_LIST F_WITHOUT_GUI)
+      continue()
+    endif()
     if(IS_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/${child}" AND EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${child}/CMakeLists.txt")
       add_subdirectory(${child})
     endif()
