@@ -2,6 +2,7 @@
 // camera, on loopback inside the test's private network namespace.
 #include "DeviceProcess.h"
 #include "SdkTestHelpers.h"
+#include "SharedCameraChecks.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
@@ -248,24 +249,7 @@ TEST_F(FakeCamera, gettersAndSettersOfEveryKind)
 
 TEST_F(FakeCamera, integerReadsAgreeWithAnIndependentAravisClient)
 {
-    std::vector<std::string> integers;
-    {
-        XQ_HANDLE camera = openCamera();
-        const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
-        for (const auto& [name, node] : xqtest::walkTree(camera))
-            if (node.type == XQ_IFT_IINTEGER && (node.access == XQ_AM_RO || node.access == XQ_AM_RW))
-                integers.push_back(name);
-    }
-    ASSERT_GE(integers.size(), 5u);
-    const auto expected = xqtest::stableAravisIntegers(kIp, integers);
-    ASSERT_GE(expected.size(), 5u);
-    XQ_HANDLE camera = openCamera();
-    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
-    for (const auto& [name, value] : expected) {
-        std::int64_t read = 0;
-        ASSERT_EQ(XQ_CC_GetIntValue(camera, name.c_str(), &read), XQ_OK) << name;
-        EXPECT_EQ(read, value) << name;
-    }
+    xqtest::expectIntegerReadsAgreeWithAravis([this] { return openCamera(); }, kIp);
 }
 
 TEST_F(FakeCamera, accessibilityFollowsWhoHoldsTheDevice)

@@ -2,6 +2,7 @@
 // on loopback inside the test's private network namespace.
 #include "DeviceProcess.h"
 #include "SdkTestHelpers.h"
+#include "SharedCameraChecks.h"
 
 #define ZX_USE_UTF8
 #include <ZXing/ReadBarcode.h>
@@ -226,24 +227,7 @@ TEST_F(Simulator, gettersAndSettersFollowAvailabilityRules)
 
 TEST_F(Simulator, integerReadsAgreeWithAnIndependentAravisClient)
 {
-    std::vector<std::string> integers;
-    {
-        XQ_HANDLE camera = openCamera();
-        const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
-        for (const auto& [name, node] : xqtest::walkTree(camera))
-            if (node.type == XQ_IFT_IINTEGER && (node.access == XQ_AM_RO || node.access == XQ_AM_RW))
-                integers.push_back(name);
-    }
-    ASSERT_GE(integers.size(), 5u);
-    const auto expected = xqtest::stableAravisIntegers(kIp, integers);
-    ASSERT_GE(expected.size(), 5u);
-    XQ_HANDLE camera = openCamera();
-    const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
-    for (const auto& [name, value] : expected) {
-        std::int64_t read = 0;
-        ASSERT_EQ(XQ_CC_GetIntValue(camera, name.c_str(), &read), XQ_OK) << name;
-        EXPECT_EQ(read, value) << name;
-    }
+    xqtest::expectIntegerReadsAgreeWithAravis([this] { return openCamera(); }, kIp);
 }
 
 TEST_F(Simulator, accessibilityIsFalseWhileAnotherClientHoldsTheDevice)

@@ -1,14 +1,17 @@
-// Pieces of the SDKs that need no device: handle registry, text fields,
-// register recording and its dump format, frame conversion, JPEG encoding
-// and code decoding.
+// Pieces of the SDKs that need no device: handle registry, device records,
+// text fields, register recording and its dump format, frame conversion,
+// JPEG encoding and code decoding.
 #include "CodeCanvas.h"
 #include "CodeDecoder.h"
+#include "DeviceRecords.h"
 #include "FrameImage.h"
 #include "HandleRegistry.h"
 #include "JpegEncoder.h"
 #include "RegisterDumpWriter.h"
 #include "RegisterRecorder.h"
 #include "TextFields.h"
+#include "XQCameraControl.h"
+#include "XqCodeReaderCtrl.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
@@ -19,7 +22,9 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <sstream>
+#include <vector>
 
 namespace {
 
@@ -78,6 +83,51 @@ std::vector<std::uint8_t> be32(std::uint32_t value)
 {
     return {static_cast<std::uint8_t>(value >> 24), static_cast<std::uint8_t>(value >> 16),
             static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value)};
+}
+
+TEST(DeviceRecords, bothSdksGetTheSameGigEFieldsAndListsStopAtTheLimit)
+{
+    xq::DiscoveredDevice device;
+    device.vendor = "Vendor";
+    device.model = std::string(100, 'M');
+    device.serial = "S1";
+    device.ip = 0x7F000002;
+    device.subnetMask = 0xFF000000;
+    device.macHigh = 0x1234;
+    device.macLow = 0x56789ABC;
+    device.majorVersion = 2;
+
+    XQ_CC_DEVICE_INFO camera{};
+    xq::fillGigEIdentity(camera, device);
+    xq::fillGigEInfo(camera.stGigE, device);
+    XQ_CODEREADER_DEVICE_INFO reader{};
+    xq::fillGigEIdentity(reader, device);
+    xq::fillGigEInfo(reader.stGigE, device);
+    EXPECT_EQ(camera.nMacAddrLow, 0x56789ABCu);
+    EXPECT_EQ(reader.nMajorVer, 2u);
+    EXPECT_EQ(camera.stGigE.nCurrentIp, reader.stGigE.nCurrentIp);
+    // Each record cuts the model name to its own field size.
+    EXPECT_EQ(xq::fieldText(camera.stGigE.chModelName), std::string(sizeof camera.stGigE.chModelName - 1, 'M'));
+    EXPECT_EQ(xq::fieldText(reader.stGigE.chModelName), std::string(sizeof reader.stGigE.chModelName - 1, 'M'));
+    EXPECT_EQ(xq::fieldText(reader.stGigE.chSerialNumber), "S1");
+
+    EXPECT_FALSE(xq::isKnownTransportMask(0));
+    EXPECT_FALSE(xq::isKnownTransportMask(0x80000000u | XQ_TLAYER_GIGE));
+    EXPECT_TRUE(xq::isKnownTransportMask(XQ_TLAYER_GIGE | XQ_TLAYER_USB));
+
+    // More devices than a list holds, all alike: the list is full and every
+    // entry is the one shared record.
+    const std::vector<xq::DiscoveredDevice> devices(XQ_MAX_DEVICE_NUM + 3, device);
+    xq::RecordStore<XQ_CODEREADER_DEVICE_INFO> store;
+    auto list = std::make_unique<XQ_CODEREADER_DEVICE_INFO_LIST>();
+    xq::fillDeviceList(*list, devices, store, [](const xq::DiscoveredDevice& found) {
+        XQ_CODEREADER_DEVICE_INFO record{};
+        xq::fillGigEInfo(record.stGigE, found);
+        return record;
+    });
+    ASSERT_EQ(list->nDeviceNum, static_cast<unsigned int>(XQ_MAX_DEVICE_NUM));
+    EXPECT_EQ(list->pDeviceInfo[0], list->pDeviceInfo[XQ_MAX_DEVICE_NUM - 1]);
+    EXPECT_FALSE(xq::isRecordAccessible<XQ_CODEREADER_DEVICE_INFO>(nullptr, XQ_ACCESS_EXCLUSIVE));
 }
 
 TEST(RegisterRecorder, keepsChangedReadsInOrderWithTheirEpoch)

@@ -1,9 +1,6 @@
 #include "CameraDevices.h"
 
-#include "Accessibility.h"
-#include "Discovery.h"
-#include "RecordStore.h"
-#include "TextFields.h"
+#include "DeviceRecords.h"
 
 #include <cstring>
 
@@ -23,23 +20,8 @@ XQ_CC_DEVICE_INFO recordOf(const DiscoveredDevice& device)
     copyText(record.chDeviceId, device.deviceId);
     if (device.transport == Transport::GigE) {
         record.nTLayerType = XQ_TLAYER_GIGE;
-        record.nMajorVer = device.majorVersion;
-        record.nMinorVer = device.minorVersion;
-        record.nMacAddrHigh = device.macHigh;
-        record.nMacAddrLow = device.macLow;
-        XQ_CC_GIGE_DEVICE_INFO& gige = record.stGigE;
-        gige.nIpCfgOption = device.ipConfigOptions;
-        gige.nIpCfgCurrent = device.ipConfigCurrent;
-        gige.nCurrentIp = device.ip;
-        gige.nCurrentSubNetMask = device.subnetMask;
-        gige.nDefultGateWay = device.gateway;
-        gige.nNetExport = device.hostInterface;
-        copyText(gige.chManufacturerName, device.vendor);
-        copyText(gige.chModelName, device.model);
-        copyText(gige.chDeviceVersion, device.deviceVersion);
-        copyText(gige.chManufacturerSpecificInfo, device.manufacturerInfo);
-        copyText(gige.chSerialNumber, device.serial);
-        copyText(gige.chUserDefinedName, device.userDefinedName);
+        fillGigEIdentity(record, device);
+        fillGigEInfo(record.stGigE, device);
     } else {
         record.nTLayerType = XQ_TLAYER_USB;
         XQ_CC_USB3_DEVICE_INFO& usb = record.stUsb3;
@@ -57,26 +39,17 @@ XQ_CC_DEVICE_INFO recordOf(const DiscoveredDevice& device)
 
 int enumerateCameras(XQ_CC_DEVICE_INFO_LIST* list, unsigned int transports)
 {
-    constexpr unsigned int known = XQ_TLAYER_GIGE | XQ_TLAYER_USB;
-    if (!list || transports == 0 || (transports & ~known) != 0)
+    if (!list || !isKnownTransportMask(transports))
         return XQ_ERR_INVALID_PARAMETER;
     std::memset(list, 0, sizeof *list);
     const auto devices = discoverDevices((transports & XQ_TLAYER_GIGE) != 0, (transports & XQ_TLAYER_USB) != 0);
-    unsigned int count = 0;
-    for (const auto& device : devices) {
-        if (count == XQ_MAX_DEVICE_NUM)
-            break;
-        list->pDeviceInfo[count++] = recordStore().intern(recordOf(device));
-    }
-    list->nDeviceNum = count;
+    fillDeviceList(*list, devices, recordStore(), recordOf);
     return XQ_OK;
 }
 
 bool isCameraAccessible(const XQ_CC_DEVICE_INFO* record, unsigned int accessMode)
 {
-    if (!record || record->nTLayerType != XQ_TLAYER_GIGE)
-        return false;
-    return isDeviceAccessible(record->stGigE.nCurrentIp, accessMode);
+    return isRecordAccessible(record, accessMode);
 }
 
 } // namespace xq

@@ -102,58 +102,29 @@ int CameraSession::children(const XQ_XML_NODE_FEATURE* node, XQ_XML_NODES_LIST* 
 
 int CameraSession::nodeFeature(const char* name, XQ_XML_NODE_FEATURE* node)
 {
-    if (!node)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int code = usable(); code != XQ_OK)
-        return code;
-    ArvGcFeatureNode* found = nullptr;
-    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
-        return code;
-    fillNode(found, node);
-    return XQ_OK;
+    return withFeatureNode(name, node,
+                           [this](ArvGcFeatureNode* found, XQ_XML_NODE_FEATURE* out) { fillNode(found, out); });
 }
 
 int CameraSession::nodeAccessMode(const char* name, unsigned int* mode)
 {
-    if (!mode)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int code = usable(); code != XQ_OK)
-        return code;
-    ArvGcFeatureNode* found = nullptr;
-    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
-        return code;
-    *mode = features::accessModeOf(found);
-    return XQ_OK;
+    return withFeatureNode(name, mode, [](ArvGcFeatureNode* found, unsigned int* out) {
+        *out = features::accessModeOf(found);
+    });
 }
 
 int CameraSession::nodeVisibility(const char* name, unsigned int* visibility)
 {
-    if (!visibility)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int code = usable(); code != XQ_OK)
-        return code;
-    ArvGcFeatureNode* found = nullptr;
-    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
-        return code;
-    *visibility = features::visibilityOf(found);
-    return XQ_OK;
+    return withFeatureNode(name, visibility, [](ArvGcFeatureNode* found, unsigned int* out) {
+        *out = features::visibilityOf(found);
+    });
 }
 
 int CameraSession::nodeInterfaceType(const char* name, unsigned int* type)
 {
-    if (!type)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int code = usable(); code != XQ_OK)
-        return code;
-    ArvGcFeatureNode* found = nullptr;
-    if (const int code = features::find(genicam(), name, &found); code != XQ_OK)
-        return code;
-    *type = features::interfaceTypeOf(ARV_GC_NODE(found));
-    return XQ_OK;
+    return withFeatureNode(name, type, [](ArvGcFeatureNode* found, unsigned int* out) {
+        *out = features::interfaceTypeOf(ARV_GC_NODE(found));
+    });
 }
 
 } // namespace xq

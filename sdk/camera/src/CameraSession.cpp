@@ -1,20 +1,14 @@
 #include "CameraSession.h"
 
-#include "ExceptionDispatcher.h"
 #include "RecordingDevice.h"
 #include "RegisterDumpWriter.h"
+#include "SessionSupport.h"
 #include "TextFields.h"
 
 #include <cstring>
 #include <cstdio>
 
 namespace xq {
-namespace {
-
-constexpr unsigned int kShortestGvcpTimeoutMs = 100;
-constexpr unsigned int kLongestGvcpTimeoutMs = 600000;
-
-} // namespace
 
 CameraSession::CameraSession(const XQ_CC_DEVICE_INFO& info, std::uint32_t stamp) : m_info(info), m_stamp(stamp) {}
 
@@ -40,17 +34,8 @@ int CameraSession::open(unsigned int accessMode, unsigned short switchoverKey)
         return XQ_ERR_INVALID_PARAMETER;
     }
 
-    // The callback is looked up when the loss is reported, so a callback
-    // registered after opening is honoured; a released handle reports nothing.
-    const std::weak_ptr<ExceptionSlot> slot = m_exceptionSlot;
-    auto onLost = [slot] {
-        ExceptionDispatcher::instance().post([slot] {
-            if (const auto alive = slot.lock())
-                alive->invoke(XQ_EXCEPTION_DEVICE_LOST);
-        });
-    };
     std::unique_ptr<DeviceLink> link;
-    if (const int code = DeviceLink::open(request, std::move(onLost), link); code != XQ_OK)
+    if (const int code = DeviceLink::open(request, lossReporter(m_exceptionSlot), link); code != XQ_OK)
         return code;
 
     m_recorder.clear();
@@ -103,12 +88,7 @@ int CameraSession::registerExceptionCallback(XQ_EXCEPTION_CALLBACK callback, voi
 
 int CameraSession::setGvcpTimeout(unsigned int milliseconds)
 {
-    if (milliseconds < kShortestGvcpTimeoutMs || milliseconds > kLongestGvcpTimeoutMs)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int code = usable(); code != XQ_OK)
-        return code;
-    return m_link->setHeartbeatTimeout(milliseconds);
+    return xq::setGvcpTimeout(m_mutex, m_link, milliseconds);
 }
 
 int CameraSession::genicamXml(unsigned char* data, unsigned int capacity, unsigned int* length)
@@ -131,14 +111,7 @@ int CameraSession::genicamXml(unsigned char* data, unsigned int capacity, unsign
     return XQ_OK;
 }
 
-int CameraSession::usable() const
-{
-    if (!m_link)
-        return XQ_ERR_WRONG_STATE;
-    if (m_link->isLost())
-        return XQ_ERR_DEVICE_LOST;
-    return XQ_OK;
-}
+int CameraSession::usable() const { return linkState(m_link); }
 
 ArvGc* CameraSession::genicam() const { return arv_device_get_genicam(m_proxy.get()); }
 

@@ -10,8 +10,10 @@
 
 #include "DeviceLink.h"
 #include "ExceptionSlot.h"
+#include "FeatureAccess.h"
 #include "IntegerShortcut.h"
 #include "RegisterRecorder.h"
+#include "SessionSupport.h"
 
 #include <cstdint>
 #include <memory>
@@ -69,10 +71,22 @@ private:
     template <class Operation>
     int whileOpen(Operation&& operation)
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (const int state = usable(); state != XQ_OK)
-            return state;
-        return operation(genicam());
+        return whileLinkUsable(m_mutex, m_link, [this] { return genicam(); }, operation);
+    }
+
+    // Looks up a feature node and lets describe(node, out) fill *out.
+    template <class Value, class Describe>
+    int withFeatureNode(const char* name, Value* out, Describe&& describe)
+    {
+        if (!out)
+            return XQ_ERR_INVALID_PARAMETER;
+        return whileOpen([&](ArvGc* tree) {
+            ArvGcFeatureNode* found = nullptr;
+            if (const int code = features::find(tree, name, &found); code != XQ_OK)
+                return code;
+            describe(found, out);
+            return XQ_OK;
+        });
     }
     ArvGc* genicam() const;
     int closeLocked();

@@ -1,13 +1,11 @@
 #include "CodeReaderSession.h"
 
-#include "ExceptionDispatcher.h"
 #include "FeatureAccess.h"
+#include "SessionSupport.h"
 
 namespace xq {
 namespace {
 
-constexpr unsigned int kShortestGvcpTimeoutMs = 100;
-constexpr unsigned int kLongestGvcpTimeoutMs = 600000;
 constexpr unsigned int kDefaultJpegQuality = 90;
 
 XQ_CODEREADER_DECODE_PARAM defaultDecodeParam()
@@ -40,15 +38,7 @@ int CodeReaderSession::open()
     request.transport = Transport::GigE;
     request.ip = m_info.stGigE.nCurrentIp;
     request.accessMode = XQ_ACCESS_EXCLUSIVE;
-
-    const std::weak_ptr<ExceptionSlot> slot = m_exceptionSlot;
-    auto onLost = [slot] {
-        ExceptionDispatcher::instance().post([slot] {
-            if (const auto alive = slot.lock())
-                alive->invoke(XQ_EXCEPTION_DEVICE_LOST);
-        });
-    };
-    return DeviceLink::open(request, std::move(onLost), m_link);
+    return DeviceLink::open(request, lossReporter(m_exceptionSlot), m_link);
 }
 
 int CodeReaderSession::close()
@@ -83,12 +73,7 @@ int CodeReaderSession::registerExceptionCallback(XQ_EXCEPTION_CALLBACK callback,
 
 int CodeReaderSession::setGvcpTimeout(unsigned int milliseconds)
 {
-    if (milliseconds < kShortestGvcpTimeoutMs || milliseconds > kLongestGvcpTimeoutMs)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int code = usable(); code != XQ_OK)
-        return code;
-    return m_link->setHeartbeatTimeout(milliseconds);
+    return xq::setGvcpTimeout(m_mutex, m_link, milliseconds);
 }
 
 int CodeReaderSession::getEnumeration(const char* name, XQ_ENUMVALUE* value)
@@ -140,14 +125,7 @@ int CodeReaderSession::getDecodeParam(XQ_CODEREADER_DECODE_PARAM* param)
     return XQ_OK;
 }
 
-int CodeReaderSession::usable() const
-{
-    if (!m_link)
-        return XQ_ERR_WRONG_STATE;
-    if (m_link->isLost())
-        return XQ_ERR_DEVICE_LOST;
-    return XQ_OK;
-}
+int CodeReaderSession::usable() const { return linkState(m_link); }
 
 ArvGc* CodeReaderSession::genicam() const { return arv_device_get_genicam(m_link->device()); }
 

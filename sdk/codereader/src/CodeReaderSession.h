@@ -12,6 +12,7 @@
 #include "DeviceLink.h"
 #include "ExceptionSlot.h"
 #include "JpegEncoder.h"
+#include "SessionSupport.h"
 
 #include <memory>
 #include <mutex>
@@ -55,10 +56,7 @@ private:
     template <class Operation>
     int whileOpen(Operation&& operation)
     {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (const int state = usable(); state != XQ_OK)
-            return state;
-        return operation(genicam());
+        return whileLinkUsable(m_mutex, m_link, [this] { return genicam(); }, operation);
     }
 
     const XQ_CODEREADER_DEVICE_INFO m_info;
