@@ -1,6 +1,7 @@
 #include "SingleInstance.h"
 
 #include "Language.h"
+#include "X11Focus.h"
 
 #include <QApplication>
 #include <QDir>
@@ -279,4 +280,5 @@ void bringWindowToFront(QWidget* window)
     window->show();
     window->raise();
     window->activateWindow();
+    focusX11Window(window->winId());
 }
