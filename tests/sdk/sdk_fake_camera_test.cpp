@@ -1,6 +1,7 @@
 // Both SDKs against a device we did not write: Aravis's fake GigE Vision
 // camera, on loopback inside the test's private network namespace.
 #include "DeviceProcess.h"
+#include "SuiteDevice.h"
 #include "SdkTestHelpers.h"
 #include "SharedCameraChecks.h"
 
@@ -28,22 +29,14 @@ class FakeCamera : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        s_process = new xqtest::DeviceProcess;
-        std::string error;
-        s_started = xqtest::startFakeCamera(*s_process, kIp, kSerial, error);
-        s_error = error;
-        s_dumps = new xqtest::TemporaryFolder;
-        ::setenv("QUORVEX_SDK_DUMP_DIR", s_dumps->path().c_str(), 1);
+        s_device = xqtest::startSuiteDevice(
+            [](xqtest::DeviceProcess& process, std::string& error) { return xqtest::startFakeCamera(process, kIp, kSerial, error); });
     }
-    static void TearDownTestSuite()
-    {
-        delete s_process;
-        delete s_dumps;
-    }
+    static void TearDownTestSuite() { s_device.reset(); }
 
     void SetUp() override
     {
-        ASSERT_TRUE(s_started) << s_error;
+        ASSERT_TRUE(s_device->started) << s_device->error;
         ASSERT_EQ(XQ_CC_EnumDevices(&m_cameras, XQ_TLAYER_GIGE), XQ_OK);
         m_camera = xqtest::findCamera(m_cameras, kSerial);
         ASSERT_NE(m_camera, nullptr) << "the fake camera was not enumerated";
@@ -57,10 +50,7 @@ protected:
         return handle;
     }
 
-    static inline xqtest::DeviceProcess* s_process = nullptr;
-    static inline xqtest::TemporaryFolder* s_dumps = nullptr;
-    static inline bool s_started = false;
-    static inline std::string s_error;
+    static inline std::unique_ptr<xqtest::SuiteDevice> s_device;
     XQ_CC_DEVICE_INFO_LIST m_cameras{};
     const XQ_CC_DEVICE_INFO* m_camera = nullptr;
 };
@@ -300,8 +290,8 @@ std::set<std::string> lastReadAddresses(const std::string& dump)
 TEST_F(FakeCamera, registerDumpsAreWrittenOnCloseWithTheAddressesTheWalkRead)
 {
     namespace fs = std::filesystem;
-    const fs::path numbers = fs::path(s_dumps->path()) / "Fake_regfile.dat";
-    const fs::path strings = fs::path(s_dumps->path()) / "Fake_strRegFile.dat";
+    const fs::path numbers = fs::path(s_device->dumps.path()) / "Fake_regfile.dat";
+    const fs::path strings = fs::path(s_device->dumps.path()) / "Fake_strRegFile.dat";
     fs::remove(numbers);
     fs::remove(strings);
 

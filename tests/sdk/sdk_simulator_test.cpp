@@ -1,6 +1,7 @@
 // Both SDKs against the project's own simulator and its demo code readers,
 // on loopback inside the test's private network namespace.
 #include "DeviceProcess.h"
+#include "SuiteDevice.h"
 #include "SdkTestHelpers.h"
 #include "SharedCameraChecks.h"
 
@@ -33,22 +34,14 @@ class Simulator : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        s_process = new xqtest::DeviceProcess;
-        std::string error;
-        s_started = xqtest::startSimulator(*s_process, kDemoCount, error);
-        s_error = error;
-        s_dumps = new xqtest::TemporaryFolder;
-        ::setenv("QUORVEX_SDK_DUMP_DIR", s_dumps->path().c_str(), 1);
+        s_device = xqtest::startSuiteDevice(
+            [](xqtest::DeviceProcess& process, std::string& error) { return xqtest::startSimulator(process, kDemoCount, error); });
     }
-    static void TearDownTestSuite()
-    {
-        delete s_process;
-        delete s_dumps;
-    }
+    static void TearDownTestSuite() { s_device.reset(); }
 
     void SetUp() override
     {
-        ASSERT_TRUE(s_started) << s_error;
+        ASSERT_TRUE(s_device->started) << s_device->error;
         ASSERT_EQ(XQ_CODEREADER_EnumDevices(&m_readers, XQ_TLAYER_GIGE), XQ_OK);
         m_reader = xqtest::findCodeReader(m_readers, kSerial);
         ASSERT_NE(m_reader, nullptr) << "demo reader 0 was not enumerated";
@@ -79,10 +72,7 @@ protected:
         return reader;
     }
 
-    static inline xqtest::DeviceProcess* s_process = nullptr;
-    static inline xqtest::TemporaryFolder* s_dumps = nullptr;
-    static inline bool s_started = false;
-    static inline std::string s_error;
+    static inline std::unique_ptr<xqtest::SuiteDevice> s_device;
     XQ_CODEREADER_DEVICE_INFO_LIST m_readers{};
     XQ_CC_DEVICE_INFO_LIST m_cameras{};
     const XQ_CODEREADER_DEVICE_INFO* m_reader = nullptr;
@@ -380,7 +370,7 @@ TEST_F(Simulator, registerDumpsListTheRegistersTheWalkRead)
     ASSERT_EQ(XQ_CC_CloseDevice(camera), XQ_OK);
     EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
 
-    const std::string base = s_dumps->path() + "/" + kModel;
+    const std::string base = s_device->dumps.path() + "/" + kModel;
     const auto numbers = lastReadAddresses(xqtest::readFile(base + "_regfile.dat"));
     const auto strings = lastReadAddresses(xqtest::readFile(base + "_strRegFile.dat"));
     for (const char* name : {"Width", "Height", "SensorHeight"})
