@@ -237,9 +237,9 @@ TEST_F(FakeCamera, gettersAndSettersOfEveryKind)
     EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
 }
 
-TEST_F(FakeCamera, integerReadsAgreeWithAnIndependentAravisClient)
+TEST_F(FakeCamera, valueReadsAgreeWithAnIndependentAravisClient)
 {
-    xqtest::expectIntegerReadsAgreeWithAravis([this] { return openCamera(); }, kIp);
+    EXPECT_GE(xqtest::expectValueReadsAgreeWithAravis([this] { return openCamera(); }, kIp), 5u);
 }
 
 TEST_F(FakeCamera, accessibilityFollowsWhoHoldsTheDevice)

@@ -5,6 +5,8 @@
 #include "FeatureAccess.h"
 #include "TextFields.h"
 
+#include <algorithm>
+
 namespace xq {
 namespace {
 
@@ -29,40 +31,43 @@ int CameraSession::getInteger(const char* name, std::int64_t* value)
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (const int state = usable(); state != XQ_OK)
         return state;
-    return readInteger(name, value);
+    if (const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Integer))
+        return readRegister(shortcut->place, value);
+    return features::getInteger(genicam(), name, value);
 }
 
-int CameraSession::readInteger(const char* name, std::int64_t* value)
+const FeatureShortcut* CameraSession::shortcutFor(const char* name, FeatureShortcut::Kind kind)
 {
-    auto known = m_integerShortcuts.find(name);
-    if (known == m_integerShortcuts.end()) {
+    auto known = m_shortcuts.find(name);
+    if (known == m_shortcuts.end()) {
         ArvGcFeatureNode* node = nullptr;
-        std::optional<IntegerShortcut> shortcut;
+        std::optional<FeatureShortcut> shortcut;
         if (features::find(genicam(), name, &node) == XQ_OK)
-            shortcut = integerShortcutFor(node);
-        known = m_integerShortcuts.emplace(name, shortcut).first;
+            shortcut = featureShortcutFor(node);
+        known = m_shortcuts.emplace(name, std::move(shortcut)).first;
     }
-    if (!known->second)
-        return features::getInteger(genicam(), name, value);
+    return known->second && known->second->kind == kind ? &*known->second : nullptr;
+}
 
-    const IntegerShortcut& shortcut = *known->second;
+int CameraSession::readRegister(const RegisterPlace& place, std::int64_t* value)
+{
     std::uint8_t bytes[8] = {};
     GErrorSlot error;
     // Through the recording device, like the tree's own read. An aligned
     // 4-byte register goes as a register read, the cheapest GVCP command,
     // which every GigE Vision device serves; the bytes recorded are the same.
-    if (shortcut.length == 4 && shortcut.address % 4 == 0) {
+    if (place.length == 4 && place.address % 4 == 0) {
         guint32 word = 0;
-        if (!arv_device_read_register(m_proxy.get(), shortcut.address, &word, error.out()))
+        if (!arv_device_read_register(m_proxy.get(), place.address, &word, error.out()))
             return errorCodeOf(error.get());
         bytes[0] = static_cast<std::uint8_t>(word >> 24);
         bytes[1] = static_cast<std::uint8_t>(word >> 16);
         bytes[2] = static_cast<std::uint8_t>(word >> 8);
         bytes[3] = static_cast<std::uint8_t>(word);
-    } else if (!arv_device_read_memory(m_proxy.get(), shortcut.address, shortcut.length, bytes, error.out())) {
+    } else if (!arv_device_read_memory(m_proxy.get(), place.address, place.length, bytes, error.out())) {
         return errorCodeOf(error.get());
     }
-    *value = decodeIntegerRegister(bytes, shortcut);
+    *value = decodeIntegerRegister(bytes, place);
     return XQ_OK;
 }
 
@@ -83,7 +88,19 @@ int CameraSession::setFloat(const char* name, double value)
 
 int CameraSession::getBoolean(const char* name, bool* value)
 {
-    return whileOpen([&](ArvGc* tree) { return features::getBoolean(tree, name, value); });
+    if (!name || !*name || !value)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int state = usable(); state != XQ_OK)
+        return state;
+    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Boolean);
+    if (!shortcut)
+        return features::getBoolean(genicam(), name, value);
+    std::int64_t raw = 0;
+    if (const int code = readRegister(shortcut->place, &raw); code != XQ_OK)
+        return code;
+    *value = raw == shortcut->onValue;
+    return XQ_OK;
 }
 
 int CameraSession::setBoolean(const char* name, bool value)
@@ -138,7 +155,24 @@ int CameraSession::setString(const char* name, const char* value)
 
 int CameraSession::getEnumeration(const char* name, XQ_ENUMVALUE* value)
 {
-    return whileOpen([&](ArvGc* tree) { return features::getEnumeration(tree, name, value); });
+    if (!name || !*name || !value)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int state = usable(); state != XQ_OK)
+        return state;
+    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Enumeration);
+    if (!shortcut)
+        return features::getEnumeration(genicam(), name, value);
+    std::int64_t current = 0;
+    if (const int code = readRegister(shortcut->place, &current); code != XQ_OK)
+        return code;
+    *value = XQ_ENUMVALUE{};
+    value->nCurrentValue = static_cast<unsigned int>(current);
+    const std::size_t kept = std::min<std::size_t>(shortcut->entryValues.size(), XQ_MAX_ENUM_SUPPORTED_NUM);
+    for (std::size_t i = 0; i < kept; ++i)
+        value->nSupportedValues[i] = static_cast<unsigned int>(shortcut->entryValues[i]);
+    value->nSupportedCount = static_cast<unsigned int>(kept);
+    return XQ_OK;
 }
 
 int CameraSession::setEnumerationValue(const char* name, unsigned int value)

@@ -11,7 +11,7 @@
 #include "DeviceLink.h"
 #include "ExceptionSlot.h"
 #include "FeatureAccess.h"
-#include "IntegerShortcut.h"
+#include "FeatureShortcut.h"
 #include "RegisterRecorder.h"
 #include "SessionSupport.h"
 
@@ -93,7 +93,10 @@ private:
     std::string dumpModelName() const;
     void fillNode(ArvGcFeatureNode* source, XQ_XML_NODE_FEATURE* node);
     std::string nodeNameOf(const XQ_XML_NODE_FEATURE& node) const;
-    int readInteger(const char* name, std::int64_t* value);
+    // The feature's shortcut if it has one of this kind; callers hold m_mutex.
+    const FeatureShortcut* shortcutFor(const char* name, FeatureShortcut::Kind kind);
+    // Reads a shortcut's register through the recording device.
+    int readRegister(const RegisterPlace& place, std::int64_t* value);
     // Marks the registers behind a string feature for the string dump.
     void noteStringFeature(const char* name);
 
@@ -108,7 +111,7 @@ private:
     std::vector<std::string> m_nodeNames; // full names behind node records
     std::unordered_map<std::string, std::uint32_t> m_nodeIndex;
     // Per feature name: its register shortcut, or nothing if it has none.
-    std::unordered_map<std::string, std::optional<IntegerShortcut>> m_integerShortcuts;
+    std::unordered_map<std::string, std::optional<FeatureShortcut>> m_shortcuts;
 };
 
 } // namespace xq

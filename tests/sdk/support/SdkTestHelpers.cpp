@@ -1,5 +1,7 @@
 #include "SdkTestHelpers.h"
 
+#include <optional>
+
 #include <arv.h>
 #include <turbojpeg.h>
 
@@ -60,24 +62,50 @@ std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera)
     return nodes;
 }
 
-std::map<std::string, std::int64_t> stableAravisIntegers(const char* ip, const std::vector<std::string>& names)
+namespace {
+
+std::optional<AravisValue> readWithAravis(ArvGcNode* node)
 {
-    std::map<std::string, std::int64_t> values;
+    GError* error = nullptr;
+    AravisValue read;
+    if (ARV_IS_GC_ENUMERATION(node)) {
+        read.value = arv_gc_enumeration_get_int_value(ARV_GC_ENUMERATION(node), &error);
+        guint count = 0;
+        gint64* entries = error ? nullptr : arv_gc_enumeration_dup_available_int_values(ARV_GC_ENUMERATION(node), &count, &error);
+        if (entries)
+            read.entries.assign(entries, entries + count);
+        g_free(entries);
+    } else if (ARV_IS_GC_BOOLEAN(node)) {
+        read.value = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(node), &error) ? 1 : 0;
+    } else if (ARV_IS_GC_INTEGER(node)) {
+        read.value = arv_gc_integer_get_value(ARV_GC_INTEGER(node), &error);
+    } else {
+        return std::nullopt;
+    }
+    if (error) {
+        g_clear_error(&error);
+        return std::nullopt;
+    }
+    return read;
+}
+
+} // namespace
+
+std::map<std::string, AravisValue> stableAravisValues(const char* ip, const std::vector<std::string>& names)
+{
+    std::map<std::string, AravisValue> values;
     ArvDevice* device = arv_open_device(ip, nullptr);
     if (!device)
         return values;
     ArvGc* genicam = arv_device_get_genicam(device);
     for (const auto& name : names) {
         ArvGcNode* node = arv_gc_get_node(genicam, name.c_str());
-        if (!node || !ARV_IS_GC_INTEGER(node) || ARV_IS_GC_ENUMERATION(node))
+        if (!node)
             continue;
-        GError* error = nullptr;
-        const gint64 first = arv_gc_integer_get_value(ARV_GC_INTEGER(node), &error);
-        const gint64 second = error ? 0 : arv_gc_integer_get_value(ARV_GC_INTEGER(node), &error);
-        if (error)
-            g_clear_error(&error);
-        else if (first == second)
-            values[name] = first;
+        const std::optional<AravisValue> first = readWithAravis(node);
+        const std::optional<AravisValue> second = first ? readWithAravis(node) : std::nullopt;
+        if (first && second && *first == *second)
+            values[name] = *first;
     }
     g_object_unref(device);
     return values;

@@ -34,9 +34,18 @@ struct NodeSummary {
 // Walks the whole tree through the camera SDK, as the collection does.
 std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera);
 
-// Values of the given integer features as an independent Aravis client reads
-// them; features whose value changes between two reads are left out.
-std::map<std::string, std::int64_t> stableAravisIntegers(const char* ip, const std::vector<std::string>& names);
+// A value as an independent Aravis client reads it: integers as they are,
+// booleans as 0 or 1, enumerations as their value and available entries.
+struct AravisValue {
+    std::int64_t value = 0;
+    std::vector<std::int64_t> entries;
+    bool operator==(const AravisValue& other) const { return value == other.value && entries == other.entries; }
+};
+
+// Values of the given integer, boolean and enumeration features as an
+// independent Aravis client reads them; features whose value changes
+// between two reads are left out.
+std::map<std::string, AravisValue> stableAravisValues(const char* ip, const std::vector<std::string>& names);
 
 // Triggers the reader by software and waits for the frame, triggering again
 // when a frame was lost on the way (as the collection does); returns the
