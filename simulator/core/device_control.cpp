@@ -121,12 +121,14 @@ void DeviceControl::handle(ByteView datagram, const Peer& sender, Clock::time_po
         handleDiscovery(command, reply);
         return; // discovery is answered even without the ack flag
     case gvcp::command::kReadReg:
+        m_model->readCommandServed();
         handleReadRegisters(command, reply);
         break;
     case gvcp::command::kWriteReg:
         handleWriteRegisters(command, now, reply, actions);
         break;
     case gvcp::command::kReadMem:
+        m_model->readCommandServed();
         handleReadMemory(command, reply);
         break;
     case gvcp::command::kWriteMem:

@@ -85,6 +85,9 @@ public:
     // GVCP status; out is fully written on success.
     virtual gvcp::Status readMemory(std::uint32_t address, MutableByteView out) = 0;
     virtual gvcp::Status writeMemory(std::uint32_t address, ByteView data, DeviceCommands& commands) = 0;
+    // Told once per read command answered, whatever it reads (bootstrap,
+    // description or device registers): one round trip for a client.
+    virtual void readCommandServed() {}
 
     virtual AcquisitionSetup acquisitionSetup() const = 0;
     // Told when streaming starts and stops, so image settings can be locked.

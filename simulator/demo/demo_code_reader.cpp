@@ -108,12 +108,16 @@ gvcp::Status DemoCodeReader::readMemory(std::uint32_t address, MutableByteView o
 {
     if (!m_registers.covers(address, out.size))
         return gvcp::status::kInvalidAddress;
-    m_registers.setInteger("StatRegisterReads", (m_registers.integer("StatRegisterReads") + 1) & 0x7FFFFFFF);
     updateDerivedValues();
     const gvcp::Status status = m_registers.read(address, out);
     if (status != gvcp::status::kSuccess)
         m_registers.setInteger("StatRefusedAccesses", (m_registers.integer("StatRefusedAccesses") + 1) & 0x7FFFFFFF);
     return status;
+}
+
+void DemoCodeReader::readCommandServed()
+{
+    m_registers.setInteger("StatRegisterReads", (m_registers.integer("StatRegisterReads") + 1) & 0x7FFFFFFF);
 }
 
 gvcp::Status DemoCodeReader::writeMemory(std::uint32_t address, ByteView data, DeviceCommands& commands)

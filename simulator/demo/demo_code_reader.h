@@ -27,6 +27,7 @@ public:
     std::string genicamFileName() const override;
     std::string_view genicamXml() const override { return m_xml; }
     gvcp::Status readMemory(std::uint32_t address, MutableByteView out) override;
+    void readCommandServed() override;
     gvcp::Status writeMemory(std::uint32_t address, ByteView data, DeviceCommands& commands) override;
     AcquisitionSetup acquisitionSetup() const override;
     void setAcquisitionActive(bool active) override { m_acquisitionActive = active; }

@@ -320,7 +320,10 @@ void transportLayer(FeatureTable& t)
 void statistics(FeatureTable& t)
 {
     t.category("NetworkStatistics", "Root").tip("Counters of the control channel.");
-    t.integer("StatRegisterReads", "NetworkStatistics", 0, 0, 0x7FFFFFFF).readOnly().expert();
+    t.integer("StatRegisterReads", "NetworkStatistics", 0, 0, 0x7FFFFFFF)
+        .readOnly()
+        .expert()
+        .tip("Read commands answered on the control channel, bootstrap included.");
     t.integer("StatRegisterWrites", "NetworkStatistics", 0, 0, 0x7FFFFFFF).readOnly().expert();
     t.integer("StatRefusedAccesses", "NetworkStatistics", 0, 0, 0x7FFFFFFF).readOnly().expert();
     t.integer("StatFramesTriggered", "NetworkStatistics", 0, 0, 0x7FFFFFFF).readOnly().expert();

@@ -98,6 +98,21 @@ TEST_F(DeviceControlTest, bootstrapRegisters_haveTheValuesClientsRely)
     EXPECT_EQ(ackWord(ack, 5), 0xFF000000u);
 }
 
+TEST_F(DeviceControlTest, readCounter_countsEveryReadCommandOnce_bootstrapAndDescriptionIncluded)
+{
+    const std::uint32_t counter = featureAddress("StatRegisterReads");
+    const auto counterNow = [&] {
+        const auto ack = send(readReg(counter));
+        return ack.size() >= 12 ? ackWord(ack, 0) : 0u;
+    };
+    const std::uint32_t before = counterNow();
+    send(command(gvcp::command::kReadReg, 2, words({gvcp::reg::kVersion, gvcp::reg::kHeartbeatTimeout})));
+    send(readMem(0xFF000000u, 64));
+    send(writeReg(counter, 0)); // writes are not reads, and this one is refused
+    // The two reads, and the counter's own read.
+    EXPECT_EQ(counterNow() - before, 3u);
+}
+
 TEST_F(DeviceControlTest, firstUrl_pointsAtTheDescriptionInMemory)
 {
     const auto urlAck = send(readMem(gvcp::reg::kFirstUrl, 512));
