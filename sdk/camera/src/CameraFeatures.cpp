@@ -6,6 +6,7 @@
 #include "TextFields.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace xq {
 namespace {
@@ -49,9 +50,8 @@ const FeatureShortcut* CameraSession::shortcutFor(const char* name, FeatureShort
     return known->second && known->second->kind == kind ? &*known->second : nullptr;
 }
 
-int CameraSession::readRegister(const RegisterPlace& place, std::int64_t* value)
+int CameraSession::readBytes(const RegisterPlace& place, std::uint8_t* bytes)
 {
-    std::uint8_t bytes[8] = {};
     GErrorSlot error;
     // Through the recording device, like the tree's own read. An aligned
     // 4-byte register goes as a register read, the cheapest GVCP command,
@@ -67,6 +67,14 @@ int CameraSession::readRegister(const RegisterPlace& place, std::int64_t* value)
     } else if (!arv_device_read_memory(m_proxy.get(), place.address, place.length, bytes, error.out())) {
         return errorCodeOf(error.get());
     }
+    return XQ_OK;
+}
+
+int CameraSession::readRegister(const RegisterPlace& place, std::int64_t* value)
+{
+    std::uint8_t bytes[8] = {};
+    if (const int code = readBytes(place, bytes); code != XQ_OK)
+        return code;
     *value = decodeIntegerRegister(bytes, place);
     return XQ_OK;
 }
@@ -78,7 +86,19 @@ int CameraSession::setInteger(const char* name, std::int64_t value)
 
 int CameraSession::getFloat(const char* name, double* value)
 {
-    return whileOpen([&](ArvGc* tree) { return features::getFloat(tree, name, value); });
+    if (!name || !*name || !value)
+        return XQ_ERR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (const int state = usable(); state != XQ_OK)
+        return state;
+    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Float);
+    if (!shortcut)
+        return features::getFloat(genicam(), name, value);
+    std::uint8_t bytes[8] = {};
+    if (const int code = readBytes(shortcut->place, bytes); code != XQ_OK)
+        return code;
+    *value = decodeFloatRegister(bytes, shortcut->place);
+    return XQ_OK;
 }
 
 int CameraSession::setFloat(const char* name, double value)
@@ -132,9 +152,20 @@ int CameraSession::getString(const char* name, XQ_CC_STRINGVALUE* value)
     const StringContext context(m_recorder);
     std::string text;
     std::int64_t maxLength = 0;
-    if (const int code = features::getString(genicam(), name, &text, &maxLength); code != XQ_OK)
-        return code;
-    noteStringFeature(name);
+    if (const FeatureShortcut* shortcut = name ? shortcutFor(name, FeatureShortcut::Kind::String) : nullptr) {
+        const RegisterPlace& place = shortcut->place;
+        std::vector<std::uint8_t> bytes(place.length);
+        if (const int code = readBytes(place, bytes.data()); code != XQ_OK)
+            return code;
+        m_recorder.markStringRange(place.address, place.length);
+        // The text ends at the first NUL, or with the register.
+        text.assign(bytes.begin(), std::find(bytes.begin(), bytes.end(), std::uint8_t{0}));
+        maxLength = place.length;
+    } else {
+        if (const int code = features::getString(genicam(), name, &text, &maxLength); code != XQ_OK)
+            return code;
+        noteStringFeature(name);
+    }
     *value = XQ_CC_STRINGVALUE{};
     copyText(value->chValue, text);
     value->nMaxLength = maxLength;

@@ -95,7 +95,9 @@ private:
     std::string nodeNameOf(const XQ_XML_NODE_FEATURE& node) const;
     // The feature's shortcut if it has one of this kind; callers hold m_mutex.
     const FeatureShortcut* shortcutFor(const char* name, FeatureShortcut::Kind kind);
-    // Reads a shortcut's register through the recording device.
+    // Reads a shortcut's register through the recording device: its bytes,
+    // or decoded as an integer.
+    int readBytes(const RegisterPlace& place, std::uint8_t* bytes);
     int readRegister(const RegisterPlace& place, std::int64_t* value);
     // Marks the registers behind a string feature for the string dump.
     void noteStringFeature(const char* name);

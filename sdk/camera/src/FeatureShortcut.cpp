@@ -4,6 +4,7 @@
 #include "GObjectPtr.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string_view>
 
 namespace xq {
@@ -24,6 +25,10 @@ constexpr std::string_view kPlainEnumerationChildren[] = {
 constexpr std::string_view kPlainEntryChildren[] = {
     "Value", "Symbolic", "NumericValue", "IsSelfClearing", "ToolTip", "Description", "DisplayName", "Visibility",
     "Extension"};
+constexpr std::string_view kPlainFloatChildren[] = {
+    "pValue", "Min", "Max", "pMin", "pMax", "Inc", "pInc", "Representation", "Unit", "DisplayNotation",
+    "DisplayPrecision", "ToolTip", "Description", "DisplayName", "Visibility", "Streamable", "pSelected",
+    "pInvalidator", "EventID", "Extension"};
 constexpr std::string_view kPlainRegisterChildren[] = {
     "Address", "Length", "AccessMode", "pPort", "Cachable", "PollingTime", "Sign", "Endianess", "ToolTip",
     "Description", "DisplayName", "Visibility", "Streamable", "pSelected", "pInvalidator", "Extension"};
@@ -51,18 +56,20 @@ ArvGcPropertyNode* childProperty(ArvDomNode* element, std::string_view wanted)
     return nullptr;
 }
 
-// Exact type only: register kinds derived from IntReg add their own rules.
+// Exact types only: register kinds derived from these add their own rules.
 bool isPlainIntReg(gpointer node) { return node && G_OBJECT_TYPE(node) == ARV_TYPE_GC_INT_REG_NODE; }
+bool isPlainFloatReg(gpointer node) { return node && G_OBJECT_TYPE(node) == ARV_TYPE_GC_FLOAT_REG_NODE; }
+bool isPlainStringReg(gpointer node) { return node && G_OBJECT_TYPE(node) == ARV_TYPE_GC_STRING_REG_NODE; }
 
-// The IntReg that a feature's pValue names, if it is a plain one.
-ArvDomNode* plainValueRegister(ArvGcFeatureNode* feature)
+// The register that a feature's pValue names, if it passes the test.
+ArvDomNode* valueRegister(ArvGcFeatureNode* feature, bool (*isPlain)(gpointer))
 {
     ArvGcPropertyNode* value = childProperty(ARV_DOM_NODE(feature), "pValue");
     ArvGcNode* target = value ? arv_gc_property_node_get_linked_node(value) : nullptr;
-    return isPlainIntReg(target) ? ARV_DOM_NODE(target) : nullptr;
+    return isPlain(target) ? ARV_DOM_NODE(target) : nullptr;
 }
 
-std::optional<RegisterPlace> placeOf(ArvGcFeatureNode* feature, ArvDomNode* registerElement)
+std::optional<RegisterPlace> placeOf(ArvGcFeatureNode* feature, ArvDomNode* registerElement, std::uint32_t longest)
 {
     if (!onlyAllowedChildren(registerElement, kPlainRegisterChildren))
         return std::nullopt;
@@ -80,7 +87,7 @@ std::optional<RegisterPlace> placeOf(ArvGcFeatureNode* feature, ArvDomNode* regi
     if (error)
         return std::nullopt;
     const guint64 length = arv_gc_register_get_length(reg, error.out());
-    if (error || length == 0 || length > 8)
+    if (error || length == 0 || length > longest)
         return std::nullopt;
     place.length = static_cast<std::uint32_t>(length);
     // GenICam's defaults: little-endian, unsigned.
@@ -125,30 +132,43 @@ bool fillEnumeration(ArvGcFeatureNode* feature, FeatureShortcut& shortcut)
 
 std::optional<FeatureShortcut> featureShortcutFor(ArvGcFeatureNode* feature)
 {
+    using Kind = FeatureShortcut::Kind;
     FeatureShortcut shortcut;
     ArvDomNode* registerElement = nullptr;
     ArvDomNode* const element = ARV_DOM_NODE(feature);
     if (isPlainIntReg(feature)) {
         registerElement = element;
+    } else if (isPlainFloatReg(feature)) {
+        shortcut.kind = Kind::Float;
+        registerElement = element;
+    } else if (isPlainStringReg(feature)) {
+        shortcut.kind = Kind::String;
+        registerElement = element;
     } else if (ARV_IS_GC_ENUMERATION(feature)) {
-        shortcut.kind = FeatureShortcut::Kind::Enumeration;
+        shortcut.kind = Kind::Enumeration;
         if (!onlyAllowedChildren(element, kPlainEnumerationChildren) || !fillEnumeration(feature, shortcut))
             return std::nullopt;
-        registerElement = plainValueRegister(feature);
+        registerElement = valueRegister(feature, isPlainIntReg);
     } else if (ARV_IS_GC_BOOLEAN(feature)) {
-        shortcut.kind = FeatureShortcut::Kind::Boolean;
+        shortcut.kind = Kind::Boolean;
         if (!onlyAllowedChildren(element, kPlainBooleanChildren) || !fillBoolean(feature, shortcut))
             return std::nullopt;
-        registerElement = plainValueRegister(feature);
+        registerElement = valueRegister(feature, isPlainIntReg);
     } else if (ARV_IS_GC_INTEGER_NODE(feature)) {
         if (!onlyAllowedChildren(element, kPlainIntegerChildren))
             return std::nullopt;
-        registerElement = plainValueRegister(feature);
+        registerElement = valueRegister(feature, isPlainIntReg);
+    } else if (ARV_IS_GC_FLOAT_NODE(feature)) {
+        shortcut.kind = Kind::Float;
+        if (!onlyAllowedChildren(element, kPlainFloatChildren))
+            return std::nullopt;
+        registerElement = valueRegister(feature, isPlainFloatReg);
     }
     if (!registerElement)
         return std::nullopt;
-    const std::optional<RegisterPlace> place = placeOf(feature, registerElement);
-    if (!place)
+    const std::uint32_t longest = shortcut.kind == Kind::String ? kLongestStringRegister : 8;
+    const std::optional<RegisterPlace> place = placeOf(feature, registerElement, longest);
+    if (!place || (shortcut.kind == Kind::Float && place->length != 4 && place->length != 8))
         return std::nullopt;
     shortcut.place = *place;
     return shortcut;
@@ -165,6 +185,24 @@ std::int64_t decodeIntegerRegister(const std::uint8_t* bytes, const RegisterPlac
     if (place.isSigned && bits < 64 && (value >> (bits - 1)) != 0)
         value |= ~std::uint64_t{0} << bits;
     return static_cast<std::int64_t>(value);
+}
+
+double decodeFloatRegister(const std::uint8_t* bytes, const RegisterPlace& place)
+{
+    std::uint64_t raw = 0;
+    for (std::uint32_t i = 0; i < place.length; ++i) {
+        const std::uint32_t index = place.bigEndian ? i : place.length - 1 - i;
+        raw = (raw << 8) | bytes[index];
+    }
+    if (place.length == 4) {
+        const auto bits = static_cast<std::uint32_t>(raw);
+        float single = 0;
+        std::memcpy(&single, &bits, sizeof single);
+        return single;
+    }
+    double value = 0;
+    std::memcpy(&value, &raw, sizeof value);
+    return value;
 }
 
 } // namespace xq

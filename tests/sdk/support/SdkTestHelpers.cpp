@@ -79,6 +79,11 @@ std::optional<AravisValue> readWithAravis(ArvGcNode* node)
         read.value = arv_gc_boolean_get_value(ARV_GC_BOOLEAN(node), &error) ? 1 : 0;
     } else if (ARV_IS_GC_INTEGER(node)) {
         read.value = arv_gc_integer_get_value(ARV_GC_INTEGER(node), &error);
+    } else if (ARV_IS_GC_FLOAT(node)) {
+        read.number = arv_gc_float_get_value(ARV_GC_FLOAT(node), &error);
+    } else if (ARV_IS_GC_STRING(node)) {
+        const char* text = arv_gc_string_get_value(ARV_GC_STRING(node), &error);
+        read.text = text ? text : "";
     } else {
         return std::nullopt;
     }

@@ -35,16 +35,22 @@ struct NodeSummary {
 std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera);
 
 // A value as an independent Aravis client reads it: integers as they are,
-// booleans as 0 or 1, enumerations as their value and available entries.
+// booleans as 0 or 1, enumerations as their value and available entries,
+// floats as a number and strings as a text.
 struct AravisValue {
     std::int64_t value = 0;
     std::vector<std::int64_t> entries;
-    bool operator==(const AravisValue& other) const { return value == other.value && entries == other.entries; }
+    double number = 0;
+    std::string text;
+    bool operator==(const AravisValue& other) const
+    {
+        return value == other.value && entries == other.entries && number == other.number && text == other.text;
+    }
 };
 
-// Values of the given integer, boolean and enumeration features as an
-// independent Aravis client reads them; features whose value changes
-// between two reads are left out.
+// Values of the given integer, boolean, enumeration, float and string
+// features as an independent Aravis client reads them; features whose value
+// changes between two reads are left out.
 std::map<std::string, AravisValue> stableAravisValues(const char* ip, const std::vector<std::string>& names);
 
 // Triggers the reader by software and waits for the frame, triggering again

@@ -8,45 +8,67 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
 namespace xqtest {
 
-// Every readable integer, boolean and enumeration the SDK's tree walk finds
-// reads the same through the SDK as through an independent Aravis client at
-// ip; returns how many were compared.
+// Every readable integer, boolean, enumeration, float and string the SDK's
+// tree walk finds reads the same through the SDK as through an independent
+// Aravis client at ip; returns how many were compared.
 inline std::size_t expectValueReadsAgreeWithAravis(const std::function<XQ_HANDLE()>& openCamera, const char* ip)
 {
-    std::vector<std::string> names;
+    std::map<std::string, unsigned int> types;
     {
         XQ_HANDLE camera = openCamera();
         const ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
         for (const auto& [name, node] : walkTree(camera)) {
             const bool valueType = node.type == XQ_IFT_IINTEGER || node.type == XQ_IFT_IBOOLEAN
-                || node.type == XQ_IFT_IENUMERATION;
+                || node.type == XQ_IFT_IENUMERATION || node.type == XQ_IFT_IFLOAT || node.type == XQ_IFT_ISTRING;
             // The control privilege tells which of the two clients asks.
             if (valueType && (node.access == XQ_AM_RO || node.access == XQ_AM_RW) && name != "GevCCP")
-                names.push_back(name);
+                types[name] = node.type;
         }
     }
+    std::vector<std::string> names;
+    for (const auto& entry : types)
+        names.push_back(entry.first);
     const auto expected = stableAravisValues(ip, names);
     XQ_HANDLE camera = openCamera();
     const ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
     for (const auto& [name, value] : expected) {
         AravisValue read;
-        XQ_ENUMVALUE enumeration{};
-        bool flag = false;
-        if (XQ_CC_GetEnumValue(camera, name.c_str(), &enumeration) == XQ_OK) {
+        int result = XQ_OK;
+        switch (types[name]) {
+        case XQ_IFT_IENUMERATION: {
+            XQ_ENUMVALUE enumeration{};
+            result = XQ_CC_GetEnumValue(camera, name.c_str(), &enumeration);
             read.value = enumeration.nCurrentValue;
             read.entries.assign(enumeration.nSupportedValues, enumeration.nSupportedValues + enumeration.nSupportedCount);
-        } else if (XQ_CC_GetBoolValue(camera, name.c_str(), &flag) == XQ_OK) {
-            read.value = flag ? 1 : 0;
-        } else {
-            EXPECT_EQ(XQ_CC_GetIntValue(camera, name.c_str(), &read.value), XQ_OK) << name;
+            break;
         }
-        EXPECT_EQ(read.value, value.value) << name;
-        EXPECT_EQ(read.entries, value.entries) << name;
+        case XQ_IFT_IBOOLEAN: {
+            bool flag = false;
+            result = XQ_CC_GetBoolValue(camera, name.c_str(), &flag);
+            read.value = flag ? 1 : 0;
+            break;
+        }
+        case XQ_IFT_IFLOAT:
+            result = XQ_CC_GetFloatValue(camera, name.c_str(), &read.number);
+            break;
+        case XQ_IFT_ISTRING: {
+            XQ_CC_STRINGVALUE text{};
+            result = XQ_CC_GetStringValue(camera, name.c_str(), &text);
+            read.text = text.chValue;
+            break;
+        }
+        default:
+            result = XQ_CC_GetIntValue(camera, name.c_str(), &read.value);
+        }
+        EXPECT_EQ(result, XQ_OK) << name;
+        EXPECT_EQ(read, value) << name << ": " << read.value << " " << read.number << " '" << read.text << "' against "
+                               << value.value << " " << value.number << " '" << value.text << "'";
     }
     return expected.size();
 }
