@@ -219,14 +219,18 @@ TEST_F(Simulator, valueReadsAgreeWithAnIndependentAravisClient)
 {
     EXPECT_GE(xqtest::expectValueReadsAgreeWithAravis([this] { return openCamera(); }, kIp), 100u);
     // Again away from the defaults, with the rules that depend on them in
-    // their other state.
+    // their other state and selectors on entries other than the first, whose
+    // features sit at other addresses.
     {
         XQ_HANDLE camera = openCamera();
         const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
         ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "RunningMode", "Normal"), XQ_OK);
         ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "TriggerMode", "On"), XQ_OK);
         ASSERT_EQ(XQ_CC_SetBoolValue(camera, "ReverseX", true), XQ_OK);
+        ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "IlluminationSelector", "External"), XQ_OK);
         ASSERT_EQ(XQ_CC_SetBoolValue(camera, "IlluminationEnable", false), XQ_OK);
+        ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "LineSelector", "Line2"), XQ_OK);
+        ASSERT_EQ(XQ_CC_SetBoolValue(camera, "LineInverter", true), XQ_OK);
     }
     EXPECT_GE(xqtest::expectValueReadsAgreeWithAravis([this] { return openCamera(); }, kIp), 100u);
 }

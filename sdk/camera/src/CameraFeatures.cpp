@@ -32,12 +32,15 @@ int CameraSession::getInteger(const char* name, std::int64_t* value)
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (const int state = usable(); state != XQ_OK)
         return state;
-    if (const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Integer))
-        return readRegister(shortcut->place, value);
-    return features::getInteger(genicam(), name, value);
+    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Integer);
+    if (!shortcut)
+        return features::getInteger(genicam(), name, value);
+    if (const int code = checkReadable(*shortcut); code != XQ_OK)
+        return code;
+    return readRegister(shortcut->place, value);
 }
 
-const FeatureShortcut* CameraSession::shortcutFor(const char* name, FeatureShortcut::Kind kind)
+const FeatureShortcut* CameraSession::shortcutOf(const char* name)
 {
     auto known = m_shortcuts.find(name);
     if (known == m_shortcuts.end()) {
@@ -47,24 +50,67 @@ const FeatureShortcut* CameraSession::shortcutFor(const char* name, FeatureShort
             shortcut = featureShortcutFor(node);
         known = m_shortcuts.emplace(name, std::move(shortcut)).first;
     }
-    return known->second && known->second->kind == kind ? &*known->second : nullptr;
+    return known->second ? &*known->second : nullptr;
 }
 
-int CameraSession::readBytes(const RegisterPlace& place, std::uint8_t* bytes)
+const FeatureShortcut* CameraSession::shortcutFor(const char* name, FeatureShortcut::Kind kind)
+{
+    const FeatureShortcut* shortcut = shortcutOf(name);
+    return shortcut && shortcut->kind == kind ? shortcut : nullptr;
+}
+
+int CameraSession::evaluateAvailability(const AvailabilityRule& rule, bool* available)
+{
+    std::int64_t value = 0;
+    for (const AvailabilityRule::Variable& variable : rule.variables) {
+        if (const int code = readRegister(variable.place, &value); code != XQ_OK)
+            return code;
+        if (rule.formula)
+            arv_evaluator_set_int64_variable(rule.formula.get(), variable.name.c_str(), value);
+    }
+    if (rule.formula) {
+        GErrorSlot error;
+        value = arv_evaluator_evaluate_as_int64(rule.formula.get(), error.out());
+        if (error)
+            return XQ_ERR_GENICAM;
+    }
+    *available = value != 0;
+    return XQ_OK;
+}
+
+int CameraSession::checkReadable(const FeatureShortcut& shortcut)
+{
+    if (!shortcut.availability)
+        return XQ_OK;
+    bool available = false;
+    if (const int code = evaluateAvailability(*shortcut.availability, &available); code != XQ_OK)
+        return code;
+    return available ? XQ_OK : XQ_ERR_ACCESS_DENIED;
+}
+
+int CameraSession::readBytes(const RegisterPlace& place, std::uint8_t* bytes, std::uint64_t* address)
 {
     GErrorSlot error;
+    std::uint64_t at = place.address;
+    if (place.index) {
+        at += arv_gc_index_node_get_index(place.index, place.length, error.out());
+        if (error)
+            return errorCodeOf(error.get());
+    }
+    if (address)
+        *address = at;
     // Through the recording device, like the tree's own read. An aligned
     // 4-byte register goes as a register read, the cheapest GVCP command,
     // which every GigE Vision device serves; the bytes recorded are the same.
-    if (place.length == 4 && place.address % 4 == 0) {
+    if (place.length == 4 && at % 4 == 0) {
         guint32 word = 0;
-        if (!arv_device_read_register(m_proxy.get(), place.address, &word, error.out()))
+        if (!arv_device_read_register(m_proxy.get(), at, &word, error.out()))
             return errorCodeOf(error.get());
         bytes[0] = static_cast<std::uint8_t>(word >> 24);
         bytes[1] = static_cast<std::uint8_t>(word >> 16);
         bytes[2] = static_cast<std::uint8_t>(word >> 8);
         bytes[3] = static_cast<std::uint8_t>(word);
-    } else if (!arv_device_read_memory(m_proxy.get(), place.address, place.length, bytes, error.out())) {
+    } else if (!arv_device_read_memory(m_proxy.get(), at, place.length, bytes, error.out())) {
         return errorCodeOf(error.get());
     }
     return XQ_OK;
@@ -94,6 +140,8 @@ int CameraSession::getFloat(const char* name, double* value)
     const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Float);
     if (!shortcut)
         return features::getFloat(genicam(), name, value);
+    if (const int code = checkReadable(*shortcut); code != XQ_OK)
+        return code;
     std::uint8_t bytes[8] = {};
     if (const int code = readBytes(shortcut->place, bytes); code != XQ_OK)
         return code;
@@ -116,6 +164,8 @@ int CameraSession::getBoolean(const char* name, bool* value)
     const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Boolean);
     if (!shortcut)
         return features::getBoolean(genicam(), name, value);
+    if (const int code = checkReadable(*shortcut); code != XQ_OK)
+        return code;
     std::int64_t raw = 0;
     if (const int code = readRegister(shortcut->place, &raw); code != XQ_OK)
         return code;
@@ -153,11 +203,14 @@ int CameraSession::getString(const char* name, XQ_CC_STRINGVALUE* value)
     std::string text;
     std::int64_t maxLength = 0;
     if (const FeatureShortcut* shortcut = name ? shortcutFor(name, FeatureShortcut::Kind::String) : nullptr) {
+        if (const int code = checkReadable(*shortcut); code != XQ_OK)
+            return code;
         const RegisterPlace& place = shortcut->place;
         std::vector<std::uint8_t> bytes(place.length);
-        if (const int code = readBytes(place, bytes.data()); code != XQ_OK)
+        std::uint64_t address = 0;
+        if (const int code = readBytes(place, bytes.data(), &address); code != XQ_OK)
             return code;
-        m_recorder.markStringRange(place.address, place.length);
+        m_recorder.markStringRange(address, place.length);
         // The text ends at the first NUL, or with the register.
         text.assign(bytes.begin(), std::find(bytes.begin(), bytes.end(), std::uint8_t{0}));
         maxLength = place.length;
@@ -194,6 +247,8 @@ int CameraSession::getEnumeration(const char* name, XQ_ENUMVALUE* value)
     const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Enumeration);
     if (!shortcut)
         return features::getEnumeration(genicam(), name, value);
+    if (const int code = checkReadable(*shortcut); code != XQ_OK)
+        return code;
     std::int64_t current = 0;
     if (const int code = readRegister(shortcut->place, &current); code != XQ_OK)
         return code;

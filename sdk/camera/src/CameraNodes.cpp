@@ -108,6 +108,24 @@ int CameraSession::nodeFeature(const char* name, XQ_XML_NODE_FEATURE* node)
 
 int CameraSession::nodeAccessMode(const char* name, unsigned int* mode)
 {
+    if (!mode)
+        return XQ_ERR_INVALID_PARAMETER;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (const int state = usable(); state != XQ_OK)
+            return state;
+        const FeatureShortcut* shortcut = name && *name ? shortcutOf(name) : nullptr;
+        if (shortcut) {
+            // As the node graph answers: an evaluation that fails gives an
+            // undefined mode, not an error.
+            bool available = true;
+            if (shortcut->availability && evaluateAvailability(*shortcut->availability, &available) != XQ_OK)
+                *mode = XQ_AM_UNDEFINED;
+            else
+                *mode = available ? shortcut->accessMode : XQ_AM_NA;
+            return XQ_OK;
+        }
+    }
     return withFeatureNode(name, mode, [](ArvGcFeatureNode* found, unsigned int* out) {
         *out = features::accessModeOf(found);
     });

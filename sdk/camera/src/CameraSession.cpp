@@ -60,6 +60,8 @@ int CameraSession::closeLocked()
 {
     if (!m_link)
         return XQ_ERR_WRONG_STATE;
+    // Shortcuts point into the description that goes with the proxy.
+    m_shortcuts.clear();
     m_proxy.reset();
     m_link.reset();
     const RegisterRecording recording = m_recorder.snapshot();

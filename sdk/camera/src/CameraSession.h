@@ -93,11 +93,15 @@ private:
     std::string dumpModelName() const;
     void fillNode(ArvGcFeatureNode* source, XQ_XML_NODE_FEATURE* node);
     std::string nodeNameOf(const XQ_XML_NODE_FEATURE& node) const;
-    // The feature's shortcut if it has one of this kind; callers hold m_mutex.
+    // The feature's shortcut if it has one (of this kind); callers hold m_mutex.
+    const FeatureShortcut* shortcutOf(const char* name);
     const FeatureShortcut* shortcutFor(const char* name, FeatureShortcut::Kind kind);
-    // Reads a shortcut's register through the recording device: its bytes,
-    // or decoded as an integer.
-    int readBytes(const RegisterPlace& place, std::uint8_t* bytes);
+    // XQ_OK if a shortcut's feature may be read now, else the SDK's code.
+    int checkReadable(const FeatureShortcut& shortcut);
+    int evaluateAvailability(const AvailabilityRule& rule, bool* available);
+    // Reads a shortcut's register through the recording device: its bytes
+    // (and the address read, which an index moves), or decoded as an integer.
+    int readBytes(const RegisterPlace& place, std::uint8_t* bytes, std::uint64_t* address = nullptr);
     int readRegister(const RegisterPlace& place, std::int64_t* value);
     // Marks the registers behind a string feature for the string dump.
     void noteStringFeature(const char* name);

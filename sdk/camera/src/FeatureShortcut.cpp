@@ -1,7 +1,7 @@
 #include "FeatureShortcut.h"
 
-#include "FeatureAccess.h"
 #include "GObjectPtr.h"
+#include "XQSdkDefs.h"
 
 #include <algorithm>
 #include <cstring>
@@ -29,18 +29,27 @@ constexpr std::string_view kPlainFloatChildren[] = {
     "pValue", "Min", "Max", "pMin", "pMax", "Inc", "pInc", "Representation", "Unit", "DisplayNotation",
     "DisplayPrecision", "ToolTip", "Description", "DisplayName", "Visibility", "Streamable", "pSelected",
     "pInvalidator", "EventID", "Extension"};
+constexpr std::string_view kPlainFormulaChildren[] = {
+    "pVariable", "Formula", "ToolTip", "Description", "DisplayName", "Visibility", "Representation", "Unit",
+    "Extension"};
+constexpr std::string_view kAvailabilityChild = "pIsAvailable";
+// A register may be indexed by one selector (pIndex).
 constexpr std::string_view kPlainRegisterChildren[] = {
     "Address", "Length", "AccessMode", "pPort", "Cachable", "PollingTime", "Sign", "Endianess", "ToolTip",
-    "Description", "DisplayName", "Visibility", "Streamable", "pSelected", "pInvalidator", "Extension"};
+    "Description", "DisplayName", "Visibility", "Streamable", "pSelected", "pInvalidator", "Extension", "pIndex"};
 
+// Whether every child element is one of allowed, or the one extra name.
 template <std::size_t N>
-bool onlyAllowedChildren(ArvDomNode* element, const std::string_view (&allowed)[N])
+bool onlyAllowedChildren(ArvDomNode* element, const std::string_view (&allowed)[N], std::string_view extra = {})
 {
     for (ArvDomNode* child = arv_dom_node_get_first_child(element); child; child = arv_dom_node_get_next_sibling(child)) {
         if (arv_dom_node_get_node_type(child) != ARV_DOM_NODE_TYPE_ELEMENT_NODE)
             continue;
         const char* name = arv_dom_node_get_node_name(child);
-        if (!name || std::find(std::begin(allowed), std::end(allowed), std::string_view(name)) == std::end(allowed))
+        if (!name)
+            return false;
+        const std::string_view found(name);
+        if (found != extra && std::find(std::begin(allowed), std::end(allowed), found) == std::end(allowed))
             return false;
     }
     return true;
@@ -71,21 +80,51 @@ ArvDomNode* valueRegister(ArvGcFeatureNode* feature, bool (*isPlain)(gpointer))
 
 std::optional<RegisterPlace> placeOf(ArvGcFeatureNode* feature, ArvDomNode* registerElement, std::uint32_t longest)
 {
-    if (!onlyAllowedChildren(registerElement, kPlainRegisterChildren))
+    // Only the feature itself may carry an availability rule.
+    const bool own = ARV_DOM_NODE(feature) == registerElement;
+    if (!onlyAllowedChildren(registerElement, kPlainRegisterChildren, own ? kAvailabilityChild : std::string_view()))
         return std::nullopt;
-    const unsigned int mode = features::accessModeOf(feature);
-    if (mode != XQ_AM_RO && mode != XQ_AM_RW)
+    // No implemented or locked rules are left: the mode while available is
+    // the description's.
+    const ArvGcAccessMode mode = arv_gc_feature_node_get_actual_access_mode(feature);
+    if (mode != ARV_GC_ACCESS_MODE_RO && mode != ARV_GC_ACCESS_MODE_RW)
         return std::nullopt;
-    if (ARV_DOM_NODE(feature) != registerElement
-        && features::accessModeOf(ARV_GC_FEATURE_NODE(registerElement)) == XQ_AM_WO)
+    if (!own && arv_gc_feature_node_get_actual_access_mode(ARV_GC_FEATURE_NODE(registerElement)) == ARV_GC_ACCESS_MODE_WO)
         return std::nullopt;
 
     GErrorSlot error;
     auto* reg = ARV_GC_REGISTER(registerElement);
     RegisterPlace place;
-    place.address = arv_gc_register_get_address(reg, error.out());
-    if (error)
+    int indexes = 0;
+    for (ArvDomNode* child = arv_dom_node_get_first_child(registerElement); child;
+         child = arv_dom_node_get_next_sibling(child)) {
+        if (ARV_IS_GC_INDEX_NODE(child)) {
+            place.index = ARV_GC_INDEX_NODE(child);
+            ++indexes;
+        }
+    }
+    if (indexes > 1)
         return std::nullopt;
+    if (place.index) {
+        // The fixed part only: asking the register would read the selector.
+        bool addressed = false;
+        for (ArvDomNode* child = arv_dom_node_get_first_child(registerElement); child;
+             child = arv_dom_node_get_next_sibling(child)) {
+            const char* name = arv_dom_node_get_node_name(child);
+            if (!name || std::strcmp(name, "Address") != 0 || !ARV_IS_GC_PROPERTY_NODE(child))
+                continue;
+            place.address += arv_gc_property_node_get_int64(ARV_GC_PROPERTY_NODE(child), error.out());
+            if (error)
+                return std::nullopt;
+            addressed = true;
+        }
+        if (!addressed)
+            return std::nullopt;
+    } else {
+        place.address = arv_gc_register_get_address(reg, error.out());
+        if (error)
+            return std::nullopt;
+    }
     const guint64 length = arv_gc_register_get_length(reg, error.out());
     if (error || length == 0 || length > longest)
         return std::nullopt;
@@ -130,12 +169,67 @@ bool fillEnumeration(ArvGcFeatureNode* feature, FeatureShortcut& shortcut)
 
 } // namespace
 
-std::optional<FeatureShortcut> featureShortcutFor(ArvGcFeatureNode* feature)
+namespace {
+
+std::optional<FeatureShortcut> shortcutFor(ArvGcFeatureNode* feature, bool allowRules);
+
+// The register of a node that reads as a plain integer, without rules.
+std::optional<RegisterPlace> plainIntegerPlace(ArvGcNode* node)
+{
+    if (!node || !ARV_IS_GC_FEATURE_NODE(node))
+        return std::nullopt;
+    const std::optional<FeatureShortcut> shortcut = shortcutFor(ARV_GC_FEATURE_NODE(node), false);
+    if (!shortcut || shortcut->kind != FeatureShortcut::Kind::Integer)
+        return std::nullopt;
+    return shortcut->place;
+}
+
+std::optional<AvailabilityRule> availabilityRuleFor(ArvGcFeatureNode* feature)
+{
+    ArvGcPropertyNode* property = childProperty(ARV_DOM_NODE(feature), kAvailabilityChild);
+    ArvGcNode* target = property ? arv_gc_property_node_get_linked_node(property) : nullptr;
+    if (!target)
+        return std::nullopt;
+    AvailabilityRule rule;
+    if (const std::optional<RegisterPlace> place = plainIntegerPlace(target)) {
+        rule.variables.push_back({std::string(), *place});
+        return rule;
+    }
+    if (G_OBJECT_TYPE(target) != ARV_TYPE_GC_INT_SWISS_KNIFE_NODE
+        || !onlyAllowedChildren(ARV_DOM_NODE(target), kPlainFormulaChildren))
+        return std::nullopt;
+    for (ArvDomNode* child = arv_dom_node_get_first_child(ARV_DOM_NODE(target)); child;
+         child = arv_dom_node_get_next_sibling(child)) {
+        if (!ARV_IS_GC_PROPERTY_NODE(child))
+            continue;
+        auto* childProperty = ARV_GC_PROPERTY_NODE(child);
+        const std::string_view kind(arv_dom_node_get_node_name(child));
+        if (kind == "Formula") {
+            GErrorSlot error;
+            const char* text = arv_gc_property_node_get_string(childProperty, error.out());
+            if (error || !text)
+                return std::nullopt;
+            rule.formula.reset(arv_evaluator_new(text));
+        } else if (kind == "pVariable") {
+            const char* name = arv_gc_property_node_get_name(childProperty);
+            const std::optional<RegisterPlace> place = plainIntegerPlace(arv_gc_property_node_get_linked_node(childProperty));
+            if (!name || !place)
+                return std::nullopt;
+            rule.variables.push_back({name, *place});
+        }
+    }
+    if (!rule.formula)
+        return std::nullopt;
+    return rule;
+}
+
+std::optional<FeatureShortcut> shortcutFor(ArvGcFeatureNode* feature, bool allowRules)
 {
     using Kind = FeatureShortcut::Kind;
     FeatureShortcut shortcut;
     ArvDomNode* registerElement = nullptr;
     ArvDomNode* const element = ARV_DOM_NODE(feature);
+    const std::string_view rules = allowRules ? kAvailabilityChild : std::string_view();
     if (isPlainIntReg(feature)) {
         registerElement = element;
     } else if (isPlainFloatReg(feature)) {
@@ -146,32 +240,45 @@ std::optional<FeatureShortcut> featureShortcutFor(ArvGcFeatureNode* feature)
         registerElement = element;
     } else if (ARV_IS_GC_ENUMERATION(feature)) {
         shortcut.kind = Kind::Enumeration;
-        if (!onlyAllowedChildren(element, kPlainEnumerationChildren) || !fillEnumeration(feature, shortcut))
+        if (!onlyAllowedChildren(element, kPlainEnumerationChildren, rules) || !fillEnumeration(feature, shortcut))
             return std::nullopt;
         registerElement = valueRegister(feature, isPlainIntReg);
     } else if (ARV_IS_GC_BOOLEAN(feature)) {
         shortcut.kind = Kind::Boolean;
-        if (!onlyAllowedChildren(element, kPlainBooleanChildren) || !fillBoolean(feature, shortcut))
+        if (!onlyAllowedChildren(element, kPlainBooleanChildren, rules) || !fillBoolean(feature, shortcut))
             return std::nullopt;
         registerElement = valueRegister(feature, isPlainIntReg);
     } else if (ARV_IS_GC_INTEGER_NODE(feature)) {
-        if (!onlyAllowedChildren(element, kPlainIntegerChildren))
+        if (!onlyAllowedChildren(element, kPlainIntegerChildren, rules))
             return std::nullopt;
         registerElement = valueRegister(feature, isPlainIntReg);
     } else if (ARV_IS_GC_FLOAT_NODE(feature)) {
         shortcut.kind = Kind::Float;
-        if (!onlyAllowedChildren(element, kPlainFloatChildren))
+        if (!onlyAllowedChildren(element, kPlainFloatChildren, rules))
             return std::nullopt;
         registerElement = valueRegister(feature, isPlainFloatReg);
     }
     if (!registerElement)
         return std::nullopt;
+    if (childProperty(element, kAvailabilityChild)) {
+        if (!allowRules || !(shortcut.availability = availabilityRuleFor(feature)))
+            return std::nullopt;
+    }
     const std::uint32_t longest = shortcut.kind == Kind::String ? kLongestStringRegister : 8;
     const std::optional<RegisterPlace> place = placeOf(feature, registerElement, longest);
     if (!place || (shortcut.kind == Kind::Float && place->length != 4 && place->length != 8))
         return std::nullopt;
     shortcut.place = *place;
+    shortcut.accessMode =
+        arv_gc_feature_node_get_actual_access_mode(feature) == ARV_GC_ACCESS_MODE_RW ? XQ_AM_RW : XQ_AM_RO;
     return shortcut;
+}
+
+} // namespace
+
+std::optional<FeatureShortcut> featureShortcutFor(ArvGcFeatureNode* feature)
+{
+    return shortcutFor(feature, true);
 }
 
 std::int64_t decodeIntegerRegister(const std::uint8_t* bytes, const RegisterPlace& place)

@@ -116,6 +116,42 @@ std::map<std::string, AravisValue> stableAravisValues(const char* ip, const std:
     return values;
 }
 
+std::map<std::string, unsigned int> aravisAccessModes(const char* ip, const std::vector<std::string>& names)
+{
+    std::map<std::string, unsigned int> modes;
+    ArvDevice* device = arv_open_device(ip, nullptr);
+    if (!device)
+        return modes;
+    ArvGc* genicam = arv_device_get_genicam(device);
+    for (const auto& name : names) {
+        ArvGcNode* node = arv_gc_get_node(genicam, name.c_str());
+        if (!node || !ARV_IS_GC_FEATURE_NODE(node))
+            continue;
+        auto* feature = ARV_GC_FEATURE_NODE(node);
+        GError* error = nullptr;
+        unsigned int mode = XQ_AM_UNDEFINED;
+        if (!arv_gc_feature_node_is_implemented(feature, &error))
+            mode = XQ_AM_NI;
+        else if (!error && !arv_gc_feature_node_is_available(feature, &error))
+            mode = XQ_AM_NA;
+        else if (!error) {
+            switch (arv_gc_feature_node_get_actual_access_mode(feature)) {
+            case ARV_GC_ACCESS_MODE_RO: mode = XQ_AM_RO; break;
+            case ARV_GC_ACCESS_MODE_WO: mode = XQ_AM_WO; break;
+            case ARV_GC_ACCESS_MODE_RW: mode = arv_gc_feature_node_is_locked(feature, &error) ? XQ_AM_RO : XQ_AM_RW; break;
+            default: break;
+            }
+        }
+        if (error) {
+            g_clear_error(&error);
+            mode = XQ_AM_UNDEFINED;
+        }
+        modes[name] = mode;
+    }
+    g_object_unref(device);
+    return modes;
+}
+
 int triggerAndGrab(XQ_HANDLE reader, unsigned char** data, XQ_CODEREADER_FRAME_INFO* info, int attempts)
 {
     int result = XQ_ERR_NO_DATA;

@@ -53,6 +53,10 @@ struct AravisValue {
 // changes between two reads are left out.
 std::map<std::string, AravisValue> stableAravisValues(const char* ip, const std::vector<std::string>& names);
 
+// Access modes (XQ_AM_*) of the given nodes as an independent Aravis client
+// evaluates them now: implemented, available, access and lock rules.
+std::map<std::string, unsigned int> aravisAccessModes(const char* ip, const std::vector<std::string>& names);
+
 // Triggers the reader by software and waits for the frame, triggering again
 // when a frame was lost on the way (as the collection does); returns the
 // last result.

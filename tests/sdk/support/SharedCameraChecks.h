@@ -14,23 +14,32 @@
 
 namespace xqtest {
 
-// Every readable integer, boolean, enumeration, float and string the SDK's
-// tree walk finds reads the same through the SDK as through an independent
-// Aravis client at ip; returns how many were compared.
+// Every node the SDK's tree walk finds has the access mode an independent
+// Aravis client at ip evaluates, and every readable integer, boolean,
+// enumeration, float and string reads the same through both; returns how
+// many values were compared.
 inline std::size_t expectValueReadsAgreeWithAravis(const std::function<XQ_HANDLE()>& openCamera, const char* ip)
 {
     std::map<std::string, unsigned int> types;
+    std::map<std::string, NodeSummary> nodes;
     {
         XQ_HANDLE camera = openCamera();
         const ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
-        for (const auto& [name, node] : walkTree(camera)) {
-            const bool valueType = node.type == XQ_IFT_IINTEGER || node.type == XQ_IFT_IBOOLEAN
-                || node.type == XQ_IFT_IENUMERATION || node.type == XQ_IFT_IFLOAT || node.type == XQ_IFT_ISTRING;
-            // The control privilege tells which of the two clients asks.
-            if (valueType && (node.access == XQ_AM_RO || node.access == XQ_AM_RW) && name != "GevCCP")
-                types[name] = node.type;
-        }
+        nodes = walkTree(camera);
     }
+    std::vector<std::string> all;
+    for (const auto& [name, node] : nodes) {
+        all.push_back(name);
+        const bool valueType = node.type == XQ_IFT_IINTEGER || node.type == XQ_IFT_IBOOLEAN
+            || node.type == XQ_IFT_IENUMERATION || node.type == XQ_IFT_IFLOAT || node.type == XQ_IFT_ISTRING;
+        // The control privilege tells which of the two clients asks.
+        if (valueType && (node.access == XQ_AM_RO || node.access == XQ_AM_RW) && name != "GevCCP")
+            types[name] = node.type;
+    }
+    const auto modes = aravisAccessModes(ip, all);
+    EXPECT_GE(modes.size(), nodes.size() / 2);
+    for (const auto& [name, mode] : modes)
+        EXPECT_EQ(nodes.at(name).access, mode) << name;
     std::vector<std::string> names;
     for (const auto& entry : types)
         names.push_back(entry.first);
