@@ -148,20 +148,32 @@ void CountedWalk(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& root, const QSet<Q
         walk->wireReads = after - before - 1;
 }
 
+// A handle on the first camera listed, opened exclusively, or nullptr.
+// Destroying the handle closes it.
+XQ_HANDLE OpenFirstCamera()
+{
+    auto list = std::make_unique<XQ_CC_DEVICE_INFO_LIST>();
+    XQ_HANDLE camera = nullptr;
+    if (XQ_CC_EnumDevices(list.get(), XQ_TLAYER_GIGE) != XQ_OK || list->nDeviceNum == 0
+        || XQ_CC_CreateHandle(&camera, list->pDeviceInfo[0]) != XQ_OK)
+        return nullptr;
+    if (XQ_CC_OpenDevice(camera, XQ_ACCESS_EXCLUSIVE, 0) != XQ_OK) {
+        XQ_CC_DestroyHandle(camera);
+        return nullptr;
+    }
+    return camera;
+}
+
 // The same device through the camera SDK, after the job: walks in the state
 // the job left (every boolean flipped, the last entries chosen) and one in
 // the default state.
 bool MeasureDevice(const QSet<QString>& ignore, WalkFigures* lastState, WalkFigures* defaultState)
 {
-    auto list = std::make_unique<XQ_CC_DEVICE_INFO_LIST>();
-    if (XQ_CC_EnumDevices(list.get(), XQ_TLAYER_GIGE) != XQ_OK || list->nDeviceNum == 0)
+    XQ_HANDLE camera = OpenFirstCamera();
+    if (!camera)
         return false;
-    XQ_HANDLE camera = nullptr;
-    if (XQ_CC_CreateHandle(&camera, list->pDeviceInfo[0]) != XQ_OK)
-        return false;
-    bool ok = XQ_CC_OpenDevice(camera, XQ_ACCESS_EXCLUSIVE, 0) == XQ_OK;
     XQ_XML_NODE_FEATURE root{};
-    ok = ok && XQ_XML_GetRootNode(camera, &root) == XQ_OK;
+    const bool ok = XQ_XML_GetRootNode(camera, &root) == XQ_OK;
     if (ok) {
         // The first walk of a session also learns the description's shapes:
         // keep the median of several.
@@ -194,16 +206,12 @@ struct DeviceSample {
 DeviceSample SampleDevice()
 {
     DeviceSample sample;
-    auto list = std::make_unique<XQ_CC_DEVICE_INFO_LIST>();
-    if (XQ_CC_EnumDevices(list.get(), XQ_TLAYER_GIGE) != XQ_OK || list->nDeviceNum == 0)
-        return sample;
-    XQ_HANDLE camera = nullptr;
-    if (XQ_CC_CreateHandle(&camera, list->pDeviceInfo[0]) != XQ_OK)
+    XQ_HANDLE camera = OpenFirstCamera();
+    if (!camera)
         return sample;
     int64_t count = -1;
     int64_t value = 0;
-    bool ok = XQ_CC_OpenDevice(camera, XQ_ACCESS_EXCLUSIVE, 0) == XQ_OK
-        && XQ_CC_GetIntValue(camera, "StatRegisterReads", &count) == XQ_OK
+    bool ok = XQ_CC_GetIntValue(camera, "StatRegisterReads", &count) == XQ_OK
         && XQ_CC_GetIntValue(camera, "Width", &value) == XQ_OK;
     QElapsedTimer clock;
     clock.start();

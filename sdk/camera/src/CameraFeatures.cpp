@@ -25,19 +25,34 @@ private:
 
 } // namespace
 
-int CameraSession::getInteger(const char* name, std::int64_t* value)
+template <class Value, class ReadTree, class Decode>
+int CameraSession::readNumber(const char* name, Value* value, FeatureShortcut::Kind kind, ReadTree&& readTree,
+                              Decode&& decode)
 {
     if (!name || !*name || !value)
         return XQ_ERR_INVALID_PARAMETER;
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (const int state = usable(); state != XQ_OK)
         return state;
-    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Integer);
+    const FeatureShortcut* shortcut = shortcutFor(name, kind);
     if (!shortcut)
-        return features::getInteger(genicam(), name, value);
+        return readTree(genicam());
     if (const int code = checkReadable(*shortcut); code != XQ_OK)
         return code;
-    return readRegister(shortcut->place, value);
+    std::uint8_t bytes[8] = {};
+    if (const int code = readBytes(shortcut->place, bytes); code != XQ_OK)
+        return code;
+    decode(*shortcut, bytes);
+    return XQ_OK;
+}
+
+int CameraSession::getInteger(const char* name, std::int64_t* value)
+{
+    return readNumber(
+        name, value, FeatureShortcut::Kind::Integer, [&](ArvGc* tree) { return features::getInteger(tree, name, value); },
+        [&](const FeatureShortcut& shortcut, const std::uint8_t* bytes) {
+            *value = decodeIntegerRegister(bytes, shortcut.place);
+        });
 }
 
 const FeatureShortcut* CameraSession::shortcutOf(const char* name)
@@ -132,21 +147,11 @@ int CameraSession::setInteger(const char* name, std::int64_t value)
 
 int CameraSession::getFloat(const char* name, double* value)
 {
-    if (!name || !*name || !value)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int state = usable(); state != XQ_OK)
-        return state;
-    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Float);
-    if (!shortcut)
-        return features::getFloat(genicam(), name, value);
-    if (const int code = checkReadable(*shortcut); code != XQ_OK)
-        return code;
-    std::uint8_t bytes[8] = {};
-    if (const int code = readBytes(shortcut->place, bytes); code != XQ_OK)
-        return code;
-    *value = decodeFloatRegister(bytes, shortcut->place);
-    return XQ_OK;
+    return readNumber(
+        name, value, FeatureShortcut::Kind::Float, [&](ArvGc* tree) { return features::getFloat(tree, name, value); },
+        [&](const FeatureShortcut& shortcut, const std::uint8_t* bytes) {
+            *value = decodeFloatRegister(bytes, shortcut.place);
+        });
 }
 
 int CameraSession::setFloat(const char* name, double value)
@@ -156,21 +161,11 @@ int CameraSession::setFloat(const char* name, double value)
 
 int CameraSession::getBoolean(const char* name, bool* value)
 {
-    if (!name || !*name || !value)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int state = usable(); state != XQ_OK)
-        return state;
-    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Boolean);
-    if (!shortcut)
-        return features::getBoolean(genicam(), name, value);
-    if (const int code = checkReadable(*shortcut); code != XQ_OK)
-        return code;
-    std::int64_t raw = 0;
-    if (const int code = readRegister(shortcut->place, &raw); code != XQ_OK)
-        return code;
-    *value = raw == shortcut->onValue;
-    return XQ_OK;
+    return readNumber(
+        name, value, FeatureShortcut::Kind::Boolean, [&](ArvGc* tree) { return features::getBoolean(tree, name, value); },
+        [&](const FeatureShortcut& shortcut, const std::uint8_t* bytes) {
+            *value = decodeIntegerRegister(bytes, shortcut.place) == shortcut.onValue;
+        });
 }
 
 int CameraSession::setBoolean(const char* name, bool value)
@@ -239,26 +234,17 @@ int CameraSession::setString(const char* name, const char* value)
 
 int CameraSession::getEnumeration(const char* name, XQ_ENUMVALUE* value)
 {
-    if (!name || !*name || !value)
-        return XQ_ERR_INVALID_PARAMETER;
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (const int state = usable(); state != XQ_OK)
-        return state;
-    const FeatureShortcut* shortcut = shortcutFor(name, FeatureShortcut::Kind::Enumeration);
-    if (!shortcut)
-        return features::getEnumeration(genicam(), name, value);
-    if (const int code = checkReadable(*shortcut); code != XQ_OK)
-        return code;
-    std::int64_t current = 0;
-    if (const int code = readRegister(shortcut->place, &current); code != XQ_OK)
-        return code;
-    *value = XQ_ENUMVALUE{};
-    value->nCurrentValue = static_cast<unsigned int>(current);
-    const std::size_t kept = std::min<std::size_t>(shortcut->entryValues.size(), XQ_MAX_ENUM_SUPPORTED_NUM);
-    for (std::size_t i = 0; i < kept; ++i)
-        value->nSupportedValues[i] = static_cast<unsigned int>(shortcut->entryValues[i]);
-    value->nSupportedCount = static_cast<unsigned int>(kept);
-    return XQ_OK;
+    return readNumber(
+        name, value, FeatureShortcut::Kind::Enumeration,
+        [&](ArvGc* tree) { return features::getEnumeration(tree, name, value); },
+        [&](const FeatureShortcut& shortcut, const std::uint8_t* bytes) {
+            *value = XQ_ENUMVALUE{};
+            value->nCurrentValue = static_cast<unsigned int>(decodeIntegerRegister(bytes, shortcut.place));
+            const std::size_t kept = std::min<std::size_t>(shortcut.entryValues.size(), XQ_MAX_ENUM_SUPPORTED_NUM);
+            for (std::size_t i = 0; i < kept; ++i)
+                value->nSupportedValues[i] = static_cast<unsigned int>(shortcut.entryValues[i]);
+            value->nSupportedCount = static_cast<unsigned int>(kept);
+        });
 }
 
 int CameraSession::setEnumerationValue(const char* name, unsigned int value)

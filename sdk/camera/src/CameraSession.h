@@ -96,6 +96,11 @@ private:
     // The feature's shortcut if it has one (of this kind); callers hold m_mutex.
     const FeatureShortcut* shortcutOf(const char* name);
     const FeatureShortcut* shortcutFor(const char* name, FeatureShortcut::Kind kind);
+    // Reads a number feature through its shortcut of this kind, letting
+    // decode(shortcut, register bytes) fill *value, or through the node graph
+    // with readTree(tree) when it has none.
+    template <class Value, class ReadTree, class Decode>
+    int readNumber(const char* name, Value* value, FeatureShortcut::Kind kind, ReadTree&& readTree, Decode&& decode);
     // XQ_OK if a shortcut's feature may be read now, else the SDK's code.
     int checkReadable(const FeatureShortcut& shortcut);
     int evaluateAvailability(const AvailabilityRule& rule, bool* available);

@@ -94,39 +94,42 @@ std::optional<AravisValue> readWithAravis(ArvGcNode* node)
     return read;
 }
 
+// Opens the device at ip with a client of its own and calls visit(name,
+// node) for each of the names the description has.
+void visitWithAravis(const char* ip, const std::vector<std::string>& names,
+                     const std::function<void(const std::string&, ArvGcNode*)>& visit)
+{
+    ArvDevice* device = arv_open_device(ip, nullptr);
+    if (!device)
+        return;
+    ArvGc* genicam = arv_device_get_genicam(device);
+    for (const auto& name : names) {
+        if (ArvGcNode* node = arv_gc_get_node(genicam, name.c_str()))
+            visit(name, node);
+    }
+    g_object_unref(device);
+}
+
 } // namespace
 
 std::map<std::string, AravisValue> stableAravisValues(const char* ip, const std::vector<std::string>& names)
 {
     std::map<std::string, AravisValue> values;
-    ArvDevice* device = arv_open_device(ip, nullptr);
-    if (!device)
-        return values;
-    ArvGc* genicam = arv_device_get_genicam(device);
-    for (const auto& name : names) {
-        ArvGcNode* node = arv_gc_get_node(genicam, name.c_str());
-        if (!node)
-            continue;
+    visitWithAravis(ip, names, [&](const std::string& name, ArvGcNode* node) {
         const std::optional<AravisValue> first = readWithAravis(node);
         const std::optional<AravisValue> second = first ? readWithAravis(node) : std::nullopt;
         if (first && second && *first == *second)
             values[name] = *first;
-    }
-    g_object_unref(device);
+    });
     return values;
 }
 
 std::map<std::string, unsigned int> aravisAccessModes(const char* ip, const std::vector<std::string>& names)
 {
     std::map<std::string, unsigned int> modes;
-    ArvDevice* device = arv_open_device(ip, nullptr);
-    if (!device)
-        return modes;
-    ArvGc* genicam = arv_device_get_genicam(device);
-    for (const auto& name : names) {
-        ArvGcNode* node = arv_gc_get_node(genicam, name.c_str());
-        if (!node || !ARV_IS_GC_FEATURE_NODE(node))
-            continue;
+    visitWithAravis(ip, names, [&](const std::string& name, ArvGcNode* node) {
+        if (!ARV_IS_GC_FEATURE_NODE(node))
+            return;
         auto* feature = ARV_GC_FEATURE_NODE(node);
         GError* error = nullptr;
         unsigned int mode = XQ_AM_UNDEFINED;
@@ -147,8 +150,7 @@ std::map<std::string, unsigned int> aravisAccessModes(const char* ip, const std:
             mode = XQ_AM_UNDEFINED;
         }
         modes[name] = mode;
-    }
-    g_object_unref(device);
+    });
     return modes;
 }
 
