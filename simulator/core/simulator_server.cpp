@@ -17,7 +17,10 @@ constexpr int kIdlePollMs = 200;
 // A feature walk sends its next read some tens of microseconds after the last
 // answer, after evaluating the feature on the client; a sleeping thread takes
 // longer than that to wake on a virtual machine, which doubled the walk's
-// time with a 50 us window. Idle devices still sleep.
+// time with a 50 us window. Idle devices still sleep, and so does the thread
+// while any device streams: the stream thread and the client's receiver need
+// the CPU then (on two cores a spinning thread made the receiver drop a
+// whole frame), and a trigger is not followed by a quick next request.
 constexpr auto kBusyPollWindow = std::chrono::microseconds(500);
 
 } // namespace
@@ -180,7 +183,9 @@ void SimulatorServer::run()
             // Right after a request the next one usually follows within tens of
             // microseconds (register loops, description downloads): look again
             // without sleeping, which saves the thread a wake-up per request.
-            busy = Clock::now() - lastRequest < kBusyPollWindow;
+            busy = Clock::now() - lastRequest < kBusyPollWindow
+                && std::none_of(m_devices.begin(), m_devices.end(),
+                                [](const auto& device) { return device->stream->acquiring(); });
             timeout = busy ? 0 : pollTimeoutMs();
         }
         const int ready = ::poll(fds.data(), fds.size(), timeout);

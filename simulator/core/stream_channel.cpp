@@ -80,6 +80,7 @@ void StreamChannel::apply(StreamActions actions)
             m_framesThisAcquisition = 0;
             m_nextFrameTime = Clock::now();
         }
+        m_acquiring.store(m_running, std::memory_order_relaxed);
         if (m_running && m_start.setup.softwareTriggered)
             m_pendingTriggers += actions.softwareTriggers;
         if (actions.testPacket)

@@ -37,6 +37,8 @@ public:
     // Queues what the control side asked for; never blocks on sending.
     void apply(StreamActions actions);
     StreamStatistics statistics() const;
+    // Whether an acquisition is under way (frames may be sent at any time).
+    bool acquiring() const { return m_acquiring.load(std::memory_order_relaxed); }
 
 private:
     struct SentFrame final {
@@ -67,6 +69,7 @@ private:
     std::condition_variable m_wake;
     bool m_quit = false;
     bool m_running = false;
+    std::atomic<bool> m_acquiring{false}; // m_running, readable without the lock
     StreamStart m_start;
     unsigned m_pendingTriggers = 0;
     std::uint64_t m_framesThisAcquisition = 0;
