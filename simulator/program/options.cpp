@@ -140,7 +140,7 @@ std::string usageText(const std::string& programName)
            "                          $QUORVEX_SYSTEM_TEMP or $XDG_CACHE_HOME/ZELTA);\n"
            "                          cameras take the addresses after the demo\n"
            "                          readers; the store is read again when it\n"
-           "                          changes and on SIGHUP"
+           "                          changes and on SIGHUP\n"
            "      --first-index N     give the demo readers the identities of index N,\n"
            "                          N+1, ... (0-9999, default 0): serial number, MAC,\n"
            "                          model and name, so that two simulators can serve\n"

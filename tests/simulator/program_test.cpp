@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -119,6 +121,11 @@ TEST_F(SimulatorProgram, help_documentsEveryOption)
     for (const char* option : {"--demo", "--store", "SIGHUP", "--first-index", "--base-address", "--port", "--no-broadcast", "--print-xml", "--verbose",
                                "--version", "--help", "SIGTERM", "Exit status"})
         EXPECT_NE(program.errors().find(option), std::string::npos) << option;
+    // Each option starts a line of its own.
+    for (const char* option : {"--demo", "--store", "--first-index", "--base-address", "--port", "--no-broadcast",
+                               "--print-xml", "--verbose", "--version", "--help"})
+        EXPECT_TRUE(std::regex_search(program.errors(), std::regex(std::string("\n +(-[a-z], )?") + option + " ")))
+            << option;
 }
 
 TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
