@@ -6,6 +6,7 @@
 #include "TextFields.h"
 
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 namespace xq {
@@ -57,7 +58,7 @@ int CameraSession::getInteger(const char* name, std::int64_t* value)
 
 const FeatureShortcut* CameraSession::shortcutOf(const char* name)
 {
-    auto known = m_shortcuts.find(name);
+    auto known = m_shortcuts.find(std::string_view(name));
     if (known == m_shortcuts.end()) {
         ArvGcFeatureNode* node = nullptr;
         std::optional<FeatureShortcut> shortcut;

@@ -20,6 +20,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <map>
 #include <unordered_map>
 #include <vector>
 
@@ -122,7 +123,9 @@ private:
     std::vector<std::string> m_nodeNames; // full names behind node records
     std::unordered_map<std::string, std::uint32_t> m_nodeIndex;
     // Per feature name: its register shortcut, or nothing if it has none.
-    std::unordered_map<std::string, std::optional<FeatureShortcut>> m_shortcuts;
+    // Ordered with a transparent comparison: looked up on every feature read
+    // by the caller's name without building a string.
+    std::map<std::string, std::optional<FeatureShortcut>, std::less<>> m_shortcuts;
 };
 
 } // namespace xq
