@@ -62,7 +62,6 @@ class TestCustomStyle : public QObject
 
 private slots:
     void language_defaultsToEnglishAndTakesOnlyKnownValues();
-    void setters_generateRulesPerStateAndEdge();
     void invalidArguments_changeNothing();
     void borderAndBackground_areRendered();
     void singleEdge_drawsOnlyThatSide();
@@ -86,25 +85,6 @@ void TestCustomStyle::language_defaultsToEnglishAndTakesOnlyKnownValues()
     QCOMPARE(Custom::language(), 0);
     Custom::setLanguage(1);
     QCOMPARE(Custom::language(), 1);
-}
-
-void TestCustomStyle::setters_generateRulesPerStateAndEdge()
-{
-    CustomPushButton button(nullptr, CustomPushButton::StyleOutline);
-    QVERIFY(button.cSetBorderColor(QStringLiteral("#f76900"), CustomObject::EdgeAll, CustomObject::StateNormal));
-    QVERIFY(button.cSetFontColor(QStringLiteral("#112233"), CustomObject::StateHover));
-    QVERIFY(button.cSetFontSize(15, CustomObject::StatePressed));
-
-    const QString sheet = button.styleSheet();
-    QCOMPARE(sheet, button.cStyleSheet());
-    for (const char* side : {"top", "right", "bottom", "left"})
-        QVERIFY2(sheet.contains(QStringLiteral("border-%1: 1px solid #f76900").arg(QLatin1String(side))),
-                 qPrintable(sheet));
-    QVERIFY2(sheet.contains(QStringLiteral("CustomPushButton:hover { color: #112233; }")), qPrintable(sheet));
-    QVERIFY2(sheet.contains(QStringLiteral("CustomPushButton:pressed { font-size: 15px; }")), qPrintable(sheet));
-
-    button.cClearStyle();
-    QVERIFY(button.styleSheet().isEmpty());
 }
 
 void TestCustomStyle::invalidArguments_changeNothing()
