@@ -1,6 +1,7 @@
 // The collection engine's pieces that need no device: progress arithmetic,
 // CSV bytes, symbology names, paths and the model-name check, moving files,
-// the ignore list, and a job that refuses a hostile model name.
+// the ignore list, and a job that refuses a hostile model name. The pure
+// functions are checked against one table each.
 
 #include "CaptureCsv.h"
 #include "CollectPaths.h"
@@ -86,35 +87,12 @@ class TestCollectHelpers final : public QObject
     Q_OBJECT
 
 private slots:
-    void progress_followsFloatDivisionThenDouble();
-    void progress_staysBetweenTenAndNinetyNine();
-
-    void csvHeader_isExactWithBareLineFeed();
-    void csvRow_withoutCodes_hasThreeColumnsAndCrLf();
-    void csvRow_withOneCode_joinsCoordinatesWithDots();
-    void csvRow_withSixCodes_hasAllSix();
-    void csvRow_withNineCodes_keepsFirstSixAndCutsCount();
-    void csvRow_negativeCoordinates_keepMinusSign();
-    void csvRow_codeText_isUtf8AndUnquoted();
-    void csvRow_codeWithoutNul_staysInsideItsBuffer();
-
-    void symbologyNames_data();
+    void progress();
+    void csvBytes();
     void symbologyNames();
-
-    void paths_followModelName();
-    void modelNameCheck_data();
-    void modelNameCheck();
-
-    void moveFile_samePath_doesNothing();
-    void moveFile_missingSource_fails();
-    void moveFile_overwrite_replacesDestination();
-    void moveFile_withoutOverwrite_keepsBoth();
-    void moveFile_backslashes_countAsSlashes();
-    void moveFile_failedCopy_keepsSource();
-
-    void ignoreList_data();
+    void pathsAndModelNames();
+    void moveFile();
     void ignoreList();
-    void ignoreMatch_isCaseSensitiveSubstring();
 
     void job_readsIgnoreListFromCurrentFolder();
     void job_missingOrBrokenIgnoreList_isLoggedOnly();
@@ -122,38 +100,32 @@ private slots:
     void job_hostileModelName_isRefusedAndWritesNothing();
 };
 
-// ---- Progress ---------------------------------------------------------------
-
-void TestCollectHelpers::progress_followsFloatDivisionThenDouble()
+void TestCollectHelpers::progress()
 {
-    // 3 booleans, 2 enumerations: 10, 28, 46 then 64, 82.
-    QCOMPARE(collect::BoolPassProgress(0, 3, 2), 10);
-    QCOMPARE(collect::BoolPassProgress(1, 3, 2), 28);
-    QCOMPARE(collect::BoolPassProgress(2, 3, 2), 46);
-    QCOMPARE(collect::EnumPassProgress(0, 3, 2), 64);
-    QCOMPARE(collect::EnumPassProgress(1, 3, 2), 82);
-    // 7/10 and 9/10 in float land just below the exact value: 72 and 90,
-    // where all-double arithmetic would give 73 and 91.
-    QCOMPARE(collect::BoolPassProgress(7, 10, 0), 72);
-    QCOMPARE(collect::EnumPassProgress(2, 7, 3), 90);
-    QCOMPARE(collect::BoolPassProgress(1, 1, 2), 40);
-    // A single feature of either kind reports 10.
-    QCOMPARE(collect::BoolPassProgress(0, 1, 0), 10);
-    QCOMPARE(collect::EnumPassProgress(0, 0, 1), 10);
-}
-
-void TestCollectHelpers::progress_staysBetweenTenAndNinetyNine()
-{
+    // {enumeration pass, index, booleans, enumerations, percent}: 3 booleans
+    // and 2 enumerations give 10, 28, 46, then 64, 82. 7/10 and 9/10 in float
+    // land just below the exact value: 72 and 90, where all-double arithmetic
+    // gives 73 and 91. A single feature of either kind reports 10.
+    const struct {
+        bool enumPass;
+        int index, bools, enums, percent;
+    } cases[] = {{false, 0, 3, 2, 10}, {false, 1, 3, 2, 28}, {false, 2, 3, 2, 46}, {true, 0, 3, 2, 64},
+                 {true, 1, 3, 2, 82},  {false, 7, 10, 0, 72}, {true, 2, 7, 3, 90},  {false, 1, 1, 2, 40},
+                 {false, 0, 1, 0, 10}, {true, 0, 0, 1, 10}};
+    for (const auto& c : cases) {
+        const int percent = c.enumPass ? collect::EnumPassProgress(c.index, c.bools, c.enums)
+                                       : collect::BoolPassProgress(c.index, c.bools, c.enums);
+        QVERIFY2(percent == c.percent, qPrintable(QStringLiteral("%1 %2 of %3+%4 gave %5")
+                                                      .arg(c.enumPass ? "enum" : "bool")
+                                                      .arg(c.index).arg(c.bools).arg(c.enums).arg(percent)));
+    }
+    // Never backwards, never past 99, for every mix up to 40 of each.
     for (int bools = 0; bools <= 40; ++bools) {
         for (int enums = 0; enums <= 40; ++enums) {
             int previous = collect::kProgressAfterRecording;
-            for (int i = 0; i < bools; ++i) {
-                const int value = collect::BoolPassProgress(i, bools, enums);
-                QVERIFY(value >= previous && value <= collect::kProgressAfterPasses);
-                previous = value;
-            }
-            for (int j = 0; j < enums; ++j) {
-                const int value = collect::EnumPassProgress(j, bools, enums);
+            for (int i = 0; i < bools + enums; ++i) {
+                const int value = i < bools ? collect::BoolPassProgress(i, bools, enums)
+                                            : collect::EnumPassProgress(i - bools, bools, enums);
                 QVERIFY(value >= previous && value <= collect::kProgressAfterPasses);
                 previous = value;
             }
@@ -161,289 +133,155 @@ void TestCollectHelpers::progress_staysBetweenTenAndNinetyNine()
     }
 }
 
-// ---- CSV --------------------------------------------------------------------
-
-void TestCollectHelpers::csvHeader_isExactWithBareLineFeed()
+void TestCollectHelpers::csvBytes()
 {
     QCOMPARE(QByteArray(collect::kCsvHeader),
              QByteArray("TriggerIndex,FrameNum,PicPath,Code1,CodeType1,CodeCoordinate1,Code2,CodeType2,"
                         "CodeCoordinate2,Code3,CodeType3,CodeCoordinate3,Code4,CodeType4,CodeCoordinate4,"
                         "Code5,CodeType5,CodeCoordinate5,Code6,CodeType6,CodeCoordinate6\n"));
-}
+    const struct {
+        quint32 frame;
+        QVector<Code> codes;
+        QByteArray row;
+    } cases[] = {
+        {7, {}, "1,7,7.jpg\r\n"},
+        {4294967295u, {}, "1,4294967295,4294967295.jpg\r\n"},
+        {1, {{"ABC-123", 2, {12, 40, 230, 41, 229, 160, 11, 158}}}, "1,1,1.jpg,ABC-123,QR,12.40.230.41.229.160.11.158\r\n"},
+        {12,
+         {{"a", 1, {1, 2, 3, 4, 5, 6, 7, 8}}, {"b", 13, {0, 0, 0, 0, 0, 0, 0, 0}}, {"c", 128, {10, 20, 30, 40, 50, 60, 70, 80}},
+          {"d", 999, {1, 1, 1, 1, 1, 1, 1, 1}}, {"e", 140, {2, 2, 2, 2, 2, 2, 2, 2}}, {"f", 134, {3, 3, 3, 3, 3, 3, 3, 3}}},
+         "1,12,12.jpg,a,DM,1.2.3.4.5.6.7.8,b,EAN13,0.0.0.0.0.0.0.0,c,CODE128,10.20.30.40.50.60.70.80,"
+         "d,NONE,1.1.1.1.1.1.1.1,e,MicroQR,2.2.2.2.2.2.2.2,f,MicroPDF417,3.3.3.3.3.3.3.3\r\n"},
+        {2, {{"X", 8, {-3, -40, INT_MAX, 0, INT_MIN, 5, 6, -7}}}, "1,2,2.jpg,X,EAN8,-3.-40.2147483647.0.-2147483648.5.6.-7\r\n"},
+        // UTF-8 and unquoted: the comma spreads the code over two columns.
+        {5, {{"Gr\xc3\xbc\xc3\x9f" "e,2", 2, {1, 2, 3, 4, 5, 6, 7, 8}}}, "1,5,5.jpg,Gr\xc3\xbc\xc3\x9f" "e,2,QR,1.2.3.4.5.6.7.8\r\n"},
+    };
+    for (const auto& c : cases)
+        QCOMPARE(collect::CsvRowOf(c.frame, *FrameWith(c.codes)), c.row);
 
-void TestCollectHelpers::csvRow_withoutCodes_hasThreeColumnsAndCrLf()
-{
-    auto frame = FrameWith({});
-    QCOMPARE(collect::CsvRowOf(7, *frame), QByteArray("1,7,7.jpg\r\n"));
-    QCOMPARE(collect::CsvRowOf(4294967295u, *frame), QByteArray("1,4294967295,4294967295.jpg\r\n"));
-}
-
-void TestCollectHelpers::csvRow_withOneCode_joinsCoordinatesWithDots()
-{
-    auto frame = FrameWith({{"ABC-123", 2, {12, 40, 230, 41, 229, 160, 11, 158}}});
-    QCOMPARE(collect::CsvRowOf(1, *frame), QByteArray("1,1,1.jpg,ABC-123,QR,12.40.230.41.229.160.11.158\r\n"));
-}
-
-void TestCollectHelpers::csvRow_withSixCodes_hasAllSix()
-{
-    auto frame = FrameWith({{"a", 1, {1, 2, 3, 4, 5, 6, 7, 8}},
-                            {"b", 13, {0, 0, 0, 0, 0, 0, 0, 0}},
-                            {"c", 128, {10, 20, 30, 40, 50, 60, 70, 80}},
-                            {"d", 999, {1, 1, 1, 1, 1, 1, 1, 1}},
-                            {"e", 140, {2, 2, 2, 2, 2, 2, 2, 2}},
-                            {"f", 134, {3, 3, 3, 3, 3, 3, 3, 3}}});
-    QCOMPARE(collect::CsvRowOf(12, *frame),
-             QByteArray("1,12,12.jpg,a,DM,1.2.3.4.5.6.7.8,b,EAN13,0.0.0.0.0.0.0.0,c,CODE128,10.20.30.40.50.60.70.80,"
-                        "d,NONE,1.1.1.1.1.1.1.1,e,MicroQR,2.2.2.2.2.2.2.2,f,MicroPDF417,3.3.3.3.3.3.3.3\r\n"));
-    QCOMPARE(frame->nCodeNum, 6u);
-}
-
-void TestCollectHelpers::csvRow_withNineCodes_keepsFirstSixAndCutsCount()
-{
-    QVector<Code> codes;
-    static const char* const texts[] = {"c1", "c2", "c3", "c4", "c5", "c6", "c7", "c8", "c9"};
-    for (const char* text : texts)
-        codes.append({text, 39, {1, 2, 3, 4, 5, 6, 7, 8}});
-    auto frame = FrameWith(codes);
+    // Nine codes: the first six are written and the count is cut in place,
+    // as it is for a count far beyond the record's room.
+    auto frame = FrameWith(QVector<Code>(9, {"c", 39, {1, 2, 3, 4, 5, 6, 7, 8}}));
+    std::strcpy(frame->stCodeInfo[6].chCode, "c7");
     const QByteArray row = collect::CsvRowOf(3, *frame);
-    QCOMPARE(row.count(",CODE39,"), 6);
-    QVERIFY(row.contains(",c6,CODE39,1.2.3.4.5.6.7.8\r\n"));
-    QVERIFY(!row.contains("c7"));
+    QCOMPARE(row, "1,3,3.jpg" + QByteArray(",c,CODE39,1.2.3.4.5.6.7.8").repeated(6) + "\r\n");
     QCOMPARE(frame->nCodeNum, 6u);
-
-    // A count far beyond the record's room is cut just the same.
     frame->nCodeNum = 100000;
     QCOMPARE(collect::CsvRowOf(3, *frame), row);
-}
 
-void TestCollectHelpers::csvRow_negativeCoordinates_keepMinusSign()
-{
-    auto frame = FrameWith({{"X", 8, {-3, -40, INT_MAX, 0, INT_MIN, 5, 6, -7}}});
-    QCOMPARE(collect::CsvRowOf(2, *frame),
-             QByteArray("1,2,2.jpg,X,EAN8,-3.-40.2147483647.0.-2147483648.5.6.-7\r\n"));
-}
-
-void TestCollectHelpers::csvRow_codeText_isUtf8AndUnquoted()
-{
-    auto frame = FrameWith({{"Gr\xc3\xbc\xc3\x9f" "e,2", 2, {1, 2, 3, 4, 5, 6, 7, 8}}});
-    // The comma in the code spreads it over two columns: nothing is quoted.
-    QCOMPARE(collect::CsvRowOf(5, *frame), QByteArray("1,5,5.jpg,Gr\xc3\xbc\xc3\x9f" "e,2,QR,1.2.3.4.5.6.7.8\r\n"));
-}
-
-void TestCollectHelpers::csvRow_codeWithoutNul_staysInsideItsBuffer()
-{
-    auto frame = FrameWith({{"", 2, {0, 0, 0, 0, 0, 0, 0, 0}}});
+    // A code text without a NUL stays inside its buffer.
     std::memset(frame->stCodeInfo[0].chCode, 'Z', sizeof frame->stCodeInfo[0].chCode);
-    const QByteArray row = collect::CsvRowOf(1, *frame);
-    QCOMPARE(row.count('Z'), XQ_CODEREADER_CODE_TEXT_SIZE);
-}
-
-// ---- Symbology names --------------------------------------------------------
-
-void TestCollectHelpers::symbologyNames_data()
-{
-    QTest::addColumn<int>("number");
-    QTest::addColumn<QString>("name");
-    const QVector<QPair<int, const char*>> listed = {
-        {1, "DM"},        {2, "QR"},           {8, "EAN8"},       {9, "UPCE"},          {12, "UPCA"},
-        {13, "EAN13"},    {14, "ISBN13"},      {20, "CODEBAR"},   {25, "ITF25"},        {26, "MATRIX25"},
-        {27, "ITF14"},    {30, "MSI"},         {31, "CODE11"},    {32, "INDUSTRIAL25"}, {33, "CHINAPOST"},
-        {39, "CODE39"},   {93, "CODE93"},      {128, "CODE128"},  {131, "PDF417"},      {133, "ECC140"},
-        {134, "MicroPDF417"}, {140, "MicroQR"}, {145, "HANXIN"}, {150, "MAXICODE"}};
-    for (const auto& [number, name] : listed)
-        QTest::addRow("listed %d", number) << number << QString::fromLatin1(name);
-    for (const int number : {0, -1, -2, INT_MIN, INT_MAX, 3, 10, 100, 129, 151, 160, 170})
-        QTest::addRow("unlisted %d", number) << number << QStringLiteral("NONE");
+    frame->nCodeNum = 1;
+    QCOMPARE(collect::CsvRowOf(1, *frame).count('Z'), XQ_CODEREADER_CODE_TEXT_SIZE);
 }
 
 void TestCollectHelpers::symbologyNames()
 {
-    QFETCH(int, number);
-    QFETCH(QString, name);
-    QString result = QStringLiteral("stale");
-    QCollectInfoThread::GetCodeTypeName(number, result);
-    QCOMPARE(result, name);
+    const QVector<QPair<int, const char*>> names = {
+        {1, "DM"},        {2, "QR"},           {8, "EAN8"},       {9, "UPCE"},          {12, "UPCA"},
+        {13, "EAN13"},    {14, "ISBN13"},      {20, "CODEBAR"},   {25, "ITF25"},        {26, "MATRIX25"},
+        {27, "ITF14"},    {30, "MSI"},         {31, "CODE11"},    {32, "INDUSTRIAL25"}, {33, "CHINAPOST"},
+        {39, "CODE39"},   {93, "CODE93"},      {128, "CODE128"},  {131, "PDF417"},      {133, "ECC140"},
+        {134, "MicroPDF417"}, {140, "MicroQR"}, {145, "HANXIN"}, {150, "MAXICODE"},
+        // Outside the table: zero, negative, a gap between entries, past the last.
+        {0, "NONE"}, {-1, "NONE"}, {INT_MIN, "NONE"}, {129, "NONE"}, {151, "NONE"}};
+    for (const auto& [number, name] : names) {
+        QString result = QStringLiteral("stale");
+        QCollectInfoThread::GetCodeTypeName(number, result);
+        QVERIFY2(result == QLatin1String(name), qPrintable(QStringLiteral("%1 named %2").arg(number).arg(result)));
+    }
 }
 
-// ---- Paths ------------------------------------------------------------------
-
-void TestCollectHelpers::paths_followModelName()
+void TestCollectHelpers::pathsAndModelNames()
 {
-    const QString root = QStringLiteral("/s/apps/../common/VirtualCamera");
-    const QString folder = collect::CollectionFolderOf(root, QStringLiteral("ID2004"));
-    QCOMPARE(folder, QStringLiteral("/s/apps/../common/VirtualCamera/ID2004"));
-    QCOMPARE(collect::ImageFolderOf(folder), folder + QStringLiteral("/Jpg"));
-    QCOMPARE(collect::ImageFileOf(folder + QStringLiteral("/Jpg"), 12), folder + QStringLiteral("/Jpg/12.jpg"));
-    QCOMPARE(collect::CsvFileOf(folder), folder + QStringLiteral("/ImportInformation.csv"));
-    QCOMPARE(collect::FeatureDescriptionName(QStringLiteral("ID2004")), QStringLiteral("ID2004.xml"));
-    QCOMPARE(collect::RegisterDumpName(QStringLiteral("ID2004")), QStringLiteral("ID2004_regfile.dat"));
-    QCOMPARE(collect::StringRegisterDumpName(QStringLiteral("ID2004")), QStringLiteral("ID2004_strRegFile.dat"));
-    // An empty model puts the files into the root itself.
-    QCOMPARE(collect::CollectionFolderOf(root, QString()), root + QLatin1Char('/'));
+    // The names inside a folder are checked on a real job's folder; an empty
+    // model puts the files into the root itself.
+    QCOMPARE(collect::CollectionFolderOf(QStringLiteral("/s/common/VirtualCamera"), QString()),
+             QStringLiteral("/s/common/VirtualCamera/"));
     QCOMPARE(collect::RegisterDumpName(QString()), QStringLiteral("_regfile.dat"));
+
+    const QVector<QPair<QString, bool>> models = {
+        {QStringLiteral("ID2004-12M"), true}, {QString(), true},         {QStringLiteral("ID 20.04 ..."), true},
+        {QStringLiteral("\u8bfb\u7801ID"), true}, {QStringLiteral("."), false}, {QStringLiteral(".."), false},
+        {QStringLiteral("../../x"), false},   {QStringLiteral("a\\b"), false}, {QStringLiteral("ID\n"), false},
+        {QStringLiteral("ID\u0085"), false}};
+    for (const auto& [model, safe] : models)
+        QVERIFY2(collect::IsSafeModelName(model) == safe, qPrintable(model));
 }
 
-void TestCollectHelpers::modelNameCheck_data()
+void TestCollectHelpers::moveFile()
 {
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<bool>("safe");
-    QTest::newRow("plain") << QStringLiteral("ID2004-12M") << true;
-    QTest::newRow("empty") << QString() << true;
-    QTest::newRow("spaces and dots") << QStringLiteral("ID 20.04 ...") << true;
-    QTest::newRow("three dots") << QStringLiteral("...") << true;
-    QTest::newRow("non-ASCII") << QStringLiteral("\u8bfb\u7801ID") << true;
-    QTest::newRow("dot") << QStringLiteral(".") << false;
-    QTest::newRow("dot dot") << QStringLiteral("..") << false;
-    QTest::newRow("slash") << QStringLiteral("a/b") << false;
-    QTest::newRow("leading slash") << QStringLiteral("/etc") << false;
-    QTest::newRow("parent path") << QStringLiteral("../../x") << false;
-    QTest::newRow("backslash") << QStringLiteral("a\\b") << false;
-    QTest::newRow("tab") << QStringLiteral("a\tb") << false;
-    QTest::newRow("newline") << QStringLiteral("ID\n") << false;
-    QTest::newRow("escape") << QStringLiteral("\x1b[2J") << false;
-    QTest::newRow("delete") << QStringLiteral("ID\x7f") << false;
-    QTest::newRow("C1 control") << QStringLiteral("ID\u0085") << false;
-}
-
-void TestCollectHelpers::modelNameCheck()
-{
-    QFETCH(QString, model);
-    QFETCH(bool, safe);
-    QCOMPARE(collect::IsSafeModelName(model), safe);
-}
-
-// ---- Moving files -----------------------------------------------------------
-
-void TestCollectHelpers::moveFile_samePath_doesNothing()
-{
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("a.dat"));
-    QVERIFY(WriteFile(path, "abc"));
-    QVERIFY(QCollectInfoThread::MoveFileToPath(path, path, true));
-    QCOMPARE(ReadAll(path), QByteArray("abc"));
-    // The same file named with backslashes is still the same path.
-    QString backslashed = path;
-    backslashed.replace(QLatin1Char('/'), QLatin1Char('\\'));
-    QVERIFY(QCollectInfoThread::MoveFileToPath(path, backslashed, true));
-    QCOMPARE(ReadAll(path), QByteArray("abc"));
-}
-
-void TestCollectHelpers::moveFile_missingSource_fails()
-{
-    QTemporaryDir dir;
-    const QString target = dir.filePath(QStringLiteral("b.dat"));
-    QVERIFY(WriteFile(target, "old"));
-    QVERIFY(!QCollectInfoThread::MoveFileToPath(dir.filePath(QStringLiteral("none.dat")), target, true));
-    QCOMPARE(ReadAll(target), QByteArray("old"));
-}
-
-void TestCollectHelpers::moveFile_overwrite_replacesDestination()
-{
-    QTemporaryDir dir;
-    const QString source = dir.filePath(QStringLiteral("a.dat"));
-    const QString target = dir.filePath(QStringLiteral("sub/a.dat"));
-    QVERIFY(WriteFile(source, "new"));
-    QVERIFY(WriteFile(target, "old"));
-    QVERIFY(QCollectInfoThread::MoveFileToPath(source, target, true));
-    QCOMPARE(ReadAll(target), QByteArray("new"));
-    QVERIFY(!QFile::exists(source));
-}
-
-void TestCollectHelpers::moveFile_withoutOverwrite_keepsBoth()
-{
-    QTemporaryDir dir;
-    const QString source = dir.filePath(QStringLiteral("a.dat"));
-    const QString target = dir.filePath(QStringLiteral("b.dat"));
-    QVERIFY(WriteFile(source, "new"));
-    QVERIFY(WriteFile(target, "old"));
-    QVERIFY(!QCollectInfoThread::MoveFileToPath(source, target, false));
-    QCOMPARE(ReadAll(target), QByteArray("old"));
-    QCOMPARE(ReadAll(source), QByteArray("new"));
-}
-
-void TestCollectHelpers::moveFile_backslashes_countAsSlashes()
-{
-    QTemporaryDir dir;
-    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("sub")));
-    const QString source = dir.filePath(QStringLiteral("a.dat"));
-    QVERIFY(WriteFile(source, "x"));
-    const QString target = dir.path() + QStringLiteral("\\sub\\a.dat");
-    QVERIFY(QCollectInfoThread::MoveFileToPath(source, target, true));
-    QCOMPARE(ReadAll(dir.filePath(QStringLiteral("sub/a.dat"))), QByteArray("x"));
-    QVERIFY(!QFile::exists(source));
-}
-
-void TestCollectHelpers::moveFile_failedCopy_keepsSource()
-{
-    QTemporaryDir dir;
-    const QString source = dir.filePath(QStringLiteral("a.dat"));
-    QVERIFY(WriteFile(source, "keep"));
-    QVERIFY(!QCollectInfoThread::MoveFileToPath(source, dir.filePath(QStringLiteral("no/such/folder/a.dat")), true));
-    QCOMPARE(ReadAll(source), QByteArray("keep"));
-}
-
-// ---- Ignore list ------------------------------------------------------------
-
-void TestCollectHelpers::ignoreList_data()
-{
-    using Outcome = collect::IgnoreListContent::Outcome;
-    QTest::addColumn<QByteArray>("json");
-    QTest::addColumn<int>("outcome");
-    QTest::addColumn<QStringList>("patterns");
-    QTest::newRow("list") << QByteArray(R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "UserSetSave"]})")
-                          << int(Outcome::Read)
-                          << QStringList{"DeviceReset", "FileAccess", "UserSetSave"};
-    QTest::newRow("other keys ignored") << QByteArray(R"({"Other": 1, "IgnoreNodes": ["Gain"]})")
-                                        << int(Outcome::Read) << QStringList{"Gain"};
-    QTest::newRow("empty list") << QByteArray(R"({"IgnoreNodes": []})") << int(Outcome::Read) << QStringList{};
-    QTest::newRow("duplicates kept in order") << QByteArray(R"({"IgnoreNodes": ["A", "B", "A"]})")
-                                              << int(Outcome::Read) << QStringList{"A", "B", "A"};
-    QTest::newRow("non-strings become empty")
-        << QByteArray(R"({"IgnoreNodes": [1, null, {"a": 1}, ["x"], true, "Gain"]})") << int(Outcome::Read)
-        << QStringList{"", "", "", "", "", "Gain"};
-    QTest::newRow("empty string") << QByteArray(R"({"IgnoreNodes": [""]})") << int(Outcome::Read)
-                                  << QStringList{""};
-    QTest::newRow("UTF-8") << QByteArray("{\"IgnoreNodes\": [\"Gr\xc3\xbc\xc3\x9f" "e\"]}") << int(Outcome::Read)
-                           << QStringList{QStringLiteral("Gr\u00fc\u00dfe")};
-    QTest::newRow("single string") << QByteArray(R"({"IgnoreNodes": "DeviceReset"})")
-                                   << int(Outcome::NoPatternArray) << QStringList{};
-    QTest::newRow("missing key") << QByteArray(R"({"Ignore": ["A"]})") << int(Outcome::NoPatternArray)
-                                 << QStringList{};
-    QTest::newRow("array document") << QByteArray(R"([{"IgnoreNodes": ["A"]}])")
-                                    << int(Outcome::NoPatternArray) << QStringList{};
-    QTest::newRow("not JSON") << QByteArray("{\"IgnoreNodes\": [\"A\",") << int(Outcome::NotJson)
-                              << QStringList{};
-    QTest::newRow("empty file") << QByteArray() << int(Outcome::NotJson) << QStringList{};
-    QTest::newRow("binary") << QByteArray("\x00\xff\xfe{", 4) << int(Outcome::NotJson) << QStringList{};
+    // Paths below a fresh folder that has an empty "sub"; "" for no file.
+    const struct {
+        const char* source;
+        QByteArray sourceBytes;
+        const char* target; // as passed: backslashes count as slashes
+        QByteArray targetBefore;
+        bool overwrite, moved;
+        QByteArray targetAfter, sourceAfter;
+    } cases[] = {
+        {"/a.dat", "abc", "/a.dat", "", true, true, "abc", "abc"},                  // same path
+        {"/a.dat", "abc", "\\a.dat", "", true, true, "abc", "abc"},                 // same, with a backslash
+        {"/none.dat", "", "/b.dat", "old", true, false, "old", "<missing>"},        // no source
+        {"/a.dat", "new", "/sub/a.dat", "old", true, true, "new", "<missing>"},    // replaced
+        {"/a.dat", "new", "/b.dat", "old", false, false, "old", "new"},            // both kept
+        {"/a.dat", "x", "\\sub\\a.dat", "", true, true, "x", "<missing>"},         // into a folder
+        {"/a.dat", "keep", "/no/such/folder/a.dat", "", true, false, "<missing>", "keep"}, // copy fails
+    };
+    for (const auto& c : cases) {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("sub")));
+        const QString source = dir.path() + QLatin1String(c.source);
+        const QString target = dir.path() + QLatin1String(c.target);
+        const QString targetOnDisk = QString(target).replace(QLatin1Char('\\'), QLatin1Char('/'));
+        QVERIFY(c.sourceBytes.isEmpty() || WriteFile(source, c.sourceBytes));
+        QVERIFY(c.targetBefore.isEmpty() || WriteFile(targetOnDisk, c.targetBefore));
+        QCOMPARE(QCollectInfoThread::MoveFileToPath(source, target, c.overwrite), c.moved);
+        QCOMPARE(ReadAll(targetOnDisk), c.targetAfter);
+        QCOMPARE(ReadAll(source), c.sourceAfter);
+    }
 }
 
 void TestCollectHelpers::ignoreList()
 {
-    QFETCH(QByteArray, json);
-    QFETCH(int, outcome);
-    QFETCH(QStringList, patterns);
-    const collect::IgnoreListContent content = collect::ParseIgnoreList(json);
-    QCOMPARE(int(content.outcome), outcome);
-    QCOMPARE(content.patterns, patterns);
-}
+    using Outcome = collect::IgnoreListContent::Outcome;
+    const struct {
+        QByteArray json;
+        Outcome outcome;
+        QStringList patterns;
+    } lists[] = {
+        {R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "UserSetSave"]})", Outcome::Read, {"DeviceReset", "FileAccess", "UserSetSave"}},
+        {R"({"Other": 1, "IgnoreNodes": ["Gain"]})", Outcome::Read, {"Gain"}},
+        {R"({"IgnoreNodes": []})", Outcome::Read, {}},
+        {R"({"IgnoreNodes": ["A", "B", "A"]})", Outcome::Read, {"A", "B", "A"}},
+        {R"({"IgnoreNodes": [1, null, {"a": 1}, ["x"], true, "Gain"]})", Outcome::Read, {"", "", "", "", "", "Gain"}},
+        {R"({"IgnoreNodes": [""]})", Outcome::Read, {""}},
+        {"{\"IgnoreNodes\": [\"Gr\xc3\xbc\xc3\x9f" "e\"]}", Outcome::Read, {QStringLiteral("Gr\u00fc\u00dfe")}},
+        {R"({"IgnoreNodes": "DeviceReset"})", Outcome::NoPatternArray, {}},
+        {R"({"Ignore": ["A"]})", Outcome::NoPatternArray, {}},
+        {R"([{"IgnoreNodes": ["A"]}])", Outcome::NoPatternArray, {}},
+        {"{\"IgnoreNodes\": [\"A\",", Outcome::NotJson, {}},
+        {QByteArray(), Outcome::NotJson, {}},
+        {QByteArray("\x00\xff\xfe{", 4), Outcome::NotJson, {}},
+    };
+    for (const auto& list : lists) {
+        const collect::IgnoreListContent content = collect::ParseIgnoreList(list.json);
+        QVERIFY2(content.outcome == list.outcome, list.json.constData());
+        QCOMPARE(content.patterns, list.patterns);
+    }
 
-void TestCollectHelpers::ignoreMatch_isCaseSensitiveSubstring()
-{
-    const QSet<QString> gain{QStringLiteral("Gain")};
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("Gain"), gain) != nullptr);
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("GainAuto"), gain) != nullptr);
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("DigitalGainRaw"), gain) != nullptr);
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("gainauto"), gain) == nullptr);
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("Exposure"), gain) == nullptr);
+    // Patterns match as case-sensitive substrings; the empty pattern, also the
+    // one a non-string element turns into, matches every name.
+    const QSet<QString> gain{QStringLiteral("Gain")}, empty{QString()};
+    const struct {
+        const char* name;
+        const QSet<QString>& patterns;
+        bool matches;
+    } names[] = {{"Gain", gain, true},  {"GainAuto", gain, true},  {"DigitalGainRaw", gain, true},
+                 {"gainauto", gain, false}, {"Exposure", gain, false}, {"Width", empty, true}, {"", empty, true}};
+    for (const auto& n : names)
+        QVERIFY2((collect::MatchingIgnorePattern(QString::fromLatin1(n.name), n.patterns) != nullptr) == n.matches, n.name);
     QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("Exposure"), {}) == nullptr);
-    // An empty pattern, also the one a non-string element turns into,
-    // matches every name.
-    const QSet<QString> empty{QString()};
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("Width"), empty) != nullptr);
-    QVERIFY(collect::MatchingIgnorePattern(QString(), empty) != nullptr);
-    const QStringList parsedList = collect::ParseIgnoreList(R"({"IgnoreNodes": [7]})").patterns;
-    const QSet<QString> parsed(parsedList.begin(), parsedList.end());
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("Width"), parsed) != nullptr);
 }
 
 // ---- Jobs without a device --------------------------------------------------
@@ -456,10 +294,12 @@ struct JobResult {
     int progresses = 0;
 };
 
-// Runs one job to its end; hostile model names stop it before any device
-// is touched.
-JobResult RunJob(const XQ_CODEREADER_DEVICE_INFO& record)
+// Runs one job to its end in folder; hostile model names stop it before any
+// device is touched.
+JobResult RunJob(const XQ_CODEREADER_DEVICE_INFO& record, const QString& folder)
 {
+    const QString previous = QDir::currentPath();
+    QDir::setCurrent(folder);
     QCollectInfoThread job;
     job.SetDeviceInfo(record);
     QSignalSpy status(&job, &QCollectInfoThread::SigDeviceCollectStatus);
@@ -468,6 +308,7 @@ JobResult RunJob(const XQ_CODEREADER_DEVICE_INFO& record)
     job.start();
     job.wait();
     QCoreApplication::processEvents();
+    QDir::setCurrent(previous);
     JobResult result;
     for (const QList<QVariant>& arguments : status) {
         if (arguments.at(0).toString() == QString::fromLatin1(reinterpret_cast<const char*>(record.stGigE.chSerialNumber)))
@@ -480,6 +321,8 @@ JobResult RunJob(const XQ_CODEREADER_DEVICE_INFO& record)
     return result;
 }
 
+const QStringList kRefused{QStringLiteral("Invalid device model name!")};
+
 } // namespace
 
 void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
@@ -487,13 +330,8 @@ void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
     QTemporaryDir work;
     QVERIFY(WriteFile(work.filePath(QStringLiteral("Config/Config.json")),
                       R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "DeviceReset", 5]})"));
-    const QString previous = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(work.path()));
     TestLog log;
-    const JobResult result = RunJob(RecordOf("..", "SN-IGNORE"));
-    QDir::setCurrent(previous);
-
-    QCOMPARE(result.statuses, QStringList{QStringLiteral("Invalid device model name!")});
+    QCOMPARE(RunJob(RecordOf("..", "SN-IGNORE"), work.path()).statuses, kRefused);
     QStringList nodes = log.messagesStartingWith(QStringLiteral("node = "));
     QCOMPARE(nodes, (QStringList{"node = DeviceReset", "node = FileAccess", "node = DeviceReset", "node = "}));
     for (const LogLine& line : log.lines()) {
@@ -504,43 +342,27 @@ void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
 
 void TestCollectHelpers::job_missingOrBrokenIgnoreList_isLoggedOnly()
 {
-    QTemporaryDir work;
-    const QString previous = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(work.path()));
-    {
+    // {file content, or none; the line it logs, if any}
+    const QVector<QPair<QByteArray, QString>> files = {{QByteArray(), QStringLiteral("can't open error!")},
+                                                       {"{ not json", QStringLiteral("Json parse error")},
+                                                       {R"({"IgnoreNodes": "Gain"})", QString()}};
+    for (const auto& [content, logged] : files) {
+        QTemporaryDir work;
+        QVERIFY(content.isNull() || WriteFile(work.filePath(QStringLiteral("Config/Config.json")), content));
         TestLog log;
-        const JobResult result = RunJob(RecordOf("a/b", "SN-1"));
-        QVERIFY(log.contains(QStringLiteral("can't open error!")));
-        QCOMPARE(result.statuses, QStringList{QStringLiteral("Invalid device model name!")});
-    }
-    QVERIFY(WriteFile(work.filePath(QStringLiteral("Config/Config.json")), "{ not json"));
-    {
-        TestLog log;
-        RunJob(RecordOf("a/b", "SN-1"));
-        QVERIFY(log.contains(QStringLiteral("Json parse error")));
+        QCOMPARE(RunJob(RecordOf("a/b", "SN-1"), work.path()).statuses, kRefused);
+        for (const QString& line : {QStringLiteral("can't open error!"), QStringLiteral("Json parse error")})
+            QVERIFY2(log.contains(line) == (line == logged), qPrintable(line));
         QVERIFY(log.messagesStartingWith(QStringLiteral("node = ")).isEmpty());
     }
-    QVERIFY(WriteFile(work.filePath(QStringLiteral("Config/Config.json")), R"({"IgnoreNodes": "Gain"})"));
-    {
-        TestLog log;
-        RunJob(RecordOf("a/b", "SN-1"));
-        QVERIFY(!log.contains(QStringLiteral("Json parse error")));
-        QVERIFY(!log.contains(QStringLiteral("can't open error!")));
-        QVERIFY(log.messagesStartingWith(QStringLiteral("node = ")).isEmpty());
-    }
-    QDir::setCurrent(previous);
 }
 
 void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing_data()
 {
     QTest::addColumn<QByteArray>("model");
-    QTest::newRow("dot") << QByteArray(".");
-    QTest::newRow("dot dot") << QByteArray("..");
     QTest::newRow("parent path") << QByteArray("../../../../tmp/evil");
     QTest::newRow("absolute") << QByteArray("/tmp/evil");
-    QTest::newRow("backslash") << QByteArray("..\\..\\evil");
-    QTest::newRow("control character") << QByteArray("ID\x01");
-    QTest::newRow("newline") << QByteArray("ID\nX");
+    QTest::newRow("control character") << QByteArray("ID\nX");
 }
 
 void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing()
@@ -549,12 +371,9 @@ void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing()
     const QStringList before = FilesBelow(SuiteRoot());
     QTemporaryDir work;
     const QStringList workBefore = FilesBelow(work.path());
-    const QString previous = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(work.path()));
-    const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"));
-    QDir::setCurrent(previous);
+    const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"), work.path());
 
-    QCOMPARE(result.statuses, QStringList{QStringLiteral("Invalid device model name!")});
+    QCOMPARE(result.statuses, kRefused);
     QCOMPARE(result.finishes, 0);
     QCOMPARE(result.progresses, 0);
     QCOMPARE(FilesBelow(SuiteRoot()), before);
