@@ -9,18 +9,16 @@
 #include "JpegEncoder.h"
 #include "RegisterDumpWriter.h"
 #include "RegisterRecorder.h"
+#include "SdkTestHelpers.h"
 #include "TextFields.h"
 #include "XQCameraControl.h"
 #include "XqCodeReaderCtrl.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
-#include <turbojpeg.h>
 
-#include <cstdlib>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -240,28 +238,9 @@ TEST(RegisterDump, formatIsVersionedAndReadableBack)
     EXPECT_EQ(strings.last.at(0x48), "4172617669730000");
 }
 
-class TemporaryFolder {
-public:
-    TemporaryFolder()
-    {
-        char pattern[] = "/tmp/xq-sdk-test-XXXXXX";
-        const char* made = ::mkdtemp(pattern);
-        m_path = made ? made : "";
-    }
-    ~TemporaryFolder()
-    {
-        std::error_code ignored;
-        fs::remove_all(m_path, ignored);
-    }
-    const std::string& path() const { return m_path; }
-
-private:
-    std::string m_path;
-};
-
 TEST(RegisterDump, filesAreNamedAfterTheModelAndHostileNamesWriteNothing)
 {
-    const TemporaryFolder folder;
+    const xqtest::TemporaryFolder folder;
     ASSERT_FALSE(folder.path().empty());
     xq::RegisterRecorder recorder;
     recorder.recordRead(0x100, be32(1).data(), 4);
@@ -309,21 +288,6 @@ TEST(FrameImage, convertsDeepGreyAndRejectsShortOrUnknownFrames)
     EXPECT_FALSE(xq::toFrameImage(ARV_PIXEL_FORMAT_MONO_8, 2, 2, nullptr, 4, scratch, image));
 }
 
-std::vector<std::uint8_t> decompressGrey(const std::uint8_t* jpeg, std::size_t size, int& width, int& height)
-{
-    tjhandle decompressor = tjInitDecompress();
-    int subsampling = 0;
-    int colourspace = 0;
-    std::vector<std::uint8_t> pixels;
-    if (tjDecompressHeader3(decompressor, jpeg, size, &width, &height, &subsampling, &colourspace) == 0) {
-        pixels.resize(static_cast<std::size_t>(width) * height);
-        if (tjDecompress2(decompressor, jpeg, size, pixels.data(), width, 0, height, TJPF_GRAY, 0) != 0)
-            pixels.clear();
-    }
-    tjDestroy(decompressor);
-    return pixels;
-}
-
 TEST(JpegEncoder, greyFrameSurvivesEncodingCloseToTheOriginal)
 {
     std::vector<std::uint8_t> frame(320 * 240);
@@ -336,7 +300,8 @@ TEST(JpegEncoder, greyFrameSurvivesEncodingCloseToTheOriginal)
     ASSERT_GT(encoder.size(), 0u);
     int width = 0;
     int height = 0;
-    const auto decoded = decompressGrey(encoder.data(), encoder.size(), width, height);
+    std::vector<std::uint8_t> decoded;
+    ASSERT_TRUE(xqtest::jpegSize(encoder.data(), encoder.size(), width, height, &decoded));
     ASSERT_EQ(width, 320);
     ASSERT_EQ(height, 240);
     ASSERT_EQ(decoded.size(), frame.size());
@@ -426,10 +391,6 @@ TEST(CodeDecoder, formatMaskAndCodeLimitAreHonoured)
     const std::vector<std::uint8_t> blank(64 * 64, 255);
     EXPECT_TRUE(xq::decodeCodes({blank.data(), 64, 64, xq::PixelLayout::Grey}, {}).empty());
 }
-
-} // namespace
-
-namespace {
 
 // ZXing 1.4 aborts on two equal linear codes in one picture when left to
 // merge them itself; the decoder must survive and report both.
