@@ -110,46 +110,15 @@ TEST_F(Simulator, enumerationRecordsCarryTheDemoIdentity)
     EXPECT_EQ(second->stGigE.nCurrentIp, 0x7F000003u);
 }
 
-void aravisNames(ArvGc* genicam, const char* name, std::set<std::string>& names)
+// The description's types, access modes and visibilities as the SDK reports
+// them; that the SDK reads a description byte for byte and walks all of its
+// tree is proven on the fake camera, the description served on the wire in
+// the simulator's own tests.
+TEST_F(Simulator, nodesReportTheDescriptionsTypeAccessAndVisibility)
 {
-    names.insert(name);
-    ArvGcNode* node = arv_gc_get_node(genicam, name);
-    if (!ARV_IS_GC_CATEGORY(node))
-        return;
-    std::vector<std::string> children;
-    for (const GSList* item = arv_gc_category_get_features(ARV_GC_CATEGORY(node)); item; item = item->next)
-        children.emplace_back(static_cast<const char*>(item->data));
-    for (const auto& child : children)
-        if (arv_gc_get_node(genicam, child.c_str()))
-            aravisNames(genicam, child.c_str(), names);
-}
-
-TEST_F(Simulator, xmlAndNodeTreeMatchWhatAravisReads)
-{
-    std::string aravisXml;
-    std::set<std::string> expected;
-    {
-        AravisClient client(kIp);
-        ASSERT_NE(client.device, nullptr);
-        size_t size = 0;
-        const char* xml = arv_device_get_genicam_xml(client.device, &size);
-        ASSERT_NE(xml, nullptr);
-        aravisXml.assign(xml, size);
-        aravisNames(arv_device_get_genicam(client.device), "Root", expected);
-    }
     XQ_HANDLE camera = openCamera();
     const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
-    std::vector<unsigned char> buffer(0x500000);
-    unsigned int length = 0;
-    ASSERT_EQ(XQ_XML_GetGenICamXML(camera, buffer.data(), static_cast<unsigned int>(buffer.size()), &length), XQ_OK);
-    EXPECT_EQ(std::string(reinterpret_cast<const char*>(buffer.data()), length), aravisXml);
-
     const auto nodes = xqtest::walkTree(camera);
-    std::set<std::string> walked;
-    for (const auto& entry : nodes)
-        walked.insert(entry.first);
-    EXPECT_EQ(walked, expected);
-
     const auto check = [&](const char* name, unsigned int type, unsigned int access, unsigned int visibility) {
         const auto it = nodes.find(name);
         ASSERT_NE(it, nodes.end()) << name;
@@ -166,9 +135,10 @@ TEST_F(Simulator, xmlAndNodeTreeMatchWhatAravisReads)
     check("AcquisitionControl", XQ_IFT_ICATEGORY, XQ_AM_RO, XQ_VISIBILITY_BEGINNER);
     // Available only with the TCP start trigger selected.
     check("TcpStartTriggerStr", XQ_IFT_ISTRING, XQ_AM_NA, XQ_VISIBILITY_BEGINNER);
-    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
 }
 
+// What the fake camera cannot show: booleans, a text behind an availability
+// rule the SDK evaluates itself, a writable text's length and a float's range.
 TEST_F(Simulator, gettersAndSettersFollowAvailabilityRules)
 {
     XQ_HANDLE camera = openCamera();
@@ -189,30 +159,8 @@ TEST_F(Simulator, gettersAndSettersFollowAvailabilityRules)
     EXPECT_EQ(string.nMaxLength, 32);
     EXPECT_EQ(XQ_CC_SetStringValue(camera, "TcpStartTriggerStr", std::string(40, 'x').c_str()),
               XQ_ERR_INVALID_PARAMETER);
-
-    double exposure = 0;
-    ASSERT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTime", 2500.0), XQ_OK);
-    ASSERT_EQ(XQ_CC_GetFloatValue(camera, "ExposureTime", &exposure), XQ_OK);
-    EXPECT_NEAR(exposure, 2500.0, 0.01);
     EXPECT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTime", 1e9), XQ_ERR_INVALID_PARAMETER);
-
-    std::int64_t width = 0;
-    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 640), XQ_OK);
-    ASSERT_EQ(XQ_CC_GetIntValue(camera, "Width", &width), XQ_OK);
-    EXPECT_EQ(width, 640);
-    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 1280), XQ_OK);
-
-    XQ_ENUMVALUE mode{};
-    ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "RunningMode", "Normal"), XQ_OK);
-    ASSERT_EQ(XQ_CC_GetEnumValue(camera, "RunningMode", &mode), XQ_OK);
-    EXPECT_EQ(mode.nCurrentValue, 2u);
-    EXPECT_EQ(mode.nSupportedCount, 4u);
-    ASSERT_EQ(XQ_CC_SetEnumValue(camera, "TriggerSource", 7), XQ_OK);
-    char symbol[32];
-    ASSERT_EQ(XQ_CC_GetEnumEntrySymbolic(camera, "TriggerSource", 7, symbol, sizeof symbol), XQ_OK);
-    EXPECT_STREQ(symbol, "Software");
     EXPECT_EQ(XQ_CC_SetCommandValue(camera, "UserSetLoad"), XQ_OK);
-    EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
 }
 
 TEST_F(Simulator, valueReadsAgreeWithAnIndependentAravisClient)

@@ -1,6 +1,6 @@
-// The simulator seen through Aravis, the library the SDKs are built on:
-// discovery, the GenICam description, every feature, control privilege and
-// streaming with decodable codes.
+// The simulator seen through Aravis, the library the SDKs are built on: the
+// GenICam description, every feature, control privilege and streaming with
+// decodable codes. Discovery is proven by the program test and the SDKs.
 
 #include "decode_helpers.h"
 #include "gvcp_client.h"
@@ -13,7 +13,6 @@
 #include <cmath>
 #include <functional>
 #include <vector>
-#include <set>
 #include <string>
 #include <thread>
 
@@ -53,33 +52,6 @@ protected:
         return device;
     }
 };
-
-TEST_F(AravisClient, discovery_findsExactlyTheServedDevicesWithTheirIdentity)
-{
-    const auto server = test::startDemoServer(3);
-    arv_update_device_list();
-    ASSERT_EQ(arv_get_n_devices(), 3u);
-
-    std::set<std::string> serials;
-    for (unsigned i = 0; i < 3; ++i) {
-        const DeviceIdentity expected = DemoCodeReader::demoIdentity(i);
-        // Aravis sorts by id; find each by serial.
-        bool found = false;
-        for (unsigned j = 0; j < arv_get_n_devices(); ++j) {
-            if (expected.serialNumber != arv_get_device_serial_nbr(j))
-                continue;
-            found = true;
-            EXPECT_EQ(std::string(arv_get_device_model(j)), expected.modelName);
-            EXPECT_NE(std::string(arv_get_device_model(j)).find("ID"), std::string::npos);
-            EXPECT_EQ(std::string(arv_get_device_vendor(j)), expected.manufacturerName);
-            EXPECT_EQ(std::string(arv_get_device_address(j)), formatIpv4(test::kFirstDeviceAddress + i));
-            EXPECT_EQ(std::string(arv_get_device_physical_id(j)).size(), 17u);
-        }
-        EXPECT_TRUE(found) << expected.serialNumber;
-        serials.insert(expected.serialNumber);
-    }
-    EXPECT_EQ(serials.size(), 3u);
-}
 
 TEST_F(AravisClient, open_readsTheDescriptionAndTakesControl)
 {
@@ -374,25 +346,12 @@ TEST_F(AravisClient, userSets_saveAndLoad_andDefaultRestoresFactoryValues)
     EXPECT_EQ(error, nullptr) << takeError(error);
 }
 
+// That exclusive access keeps others out is proven packet by packet and
+// through the SDKs; here a lapsing heartbeat frees the device in real time.
 TEST_F(AravisClient, exclusiveAccess_refusesASecondClientUntilTheHeartbeatLapses)
 {
     const auto server = test::startDemoServer(1);
     const Peer device{test::kFirstDeviceAddress, gvcp::kPort};
-    {
-        // An Aravis controller turned exclusive keeps a second Aravis client out.
-        GObjectPtr<ArvDevice> first(open("127.0.0.2"));
-        ASSERT_TRUE(first.get());
-        GError* error = nullptr;
-        arv_device_write_register(first.get(), gvcp::reg::kControlChannelPrivilege,
-                                  gvcp::ccp::kControl | gvcp::ccp::kExclusive, &error);
-        ASSERT_EQ(error, nullptr) << takeError(error);
-        ArvDevice* second = arv_open_device("127.0.0.2", &error);
-        EXPECT_EQ(second, nullptr) << "opened despite exclusive access";
-        g_clear_error(&error);
-        if (second)
-            g_object_unref(second);
-    }
-
     // A controller that stops beating: a bare client with a short time-out.
     test::GvcpClient owner;
     auto ack = owner.request(device, test::writeReg(gvcp::reg::kControlChannelPrivilege, gvcp::ccp::kExclusive));
