@@ -6,8 +6,10 @@
 #include "gvcp_packets.h"
 
 #include <chrono>
+#include <cstring>
 #include <optional>
 #include <poll.h>
+#include <string>
 #include <vector>
 
 namespace quorvex::sim::test {
@@ -50,5 +52,16 @@ public:
 private:
     UdpSocket m_socket;
 };
+
+// The serial number the device at address announces, or "" when silent.
+inline std::string serialAt(std::uint32_t address)
+{
+    GvcpClient client;
+    const auto ack = client.request({address, gvcp::kPort}, command(gvcp::command::kDiscovery, 0xFFFF));
+    if (!ack || ack->size() < 8 + gvcp::reg::kDiscoveryDataSize)
+        return {};
+    const char* serial = reinterpret_cast<const char*>(ack->data() + 8 + gvcp::reg::kSerialNumber);
+    return std::string(serial, ::strnlen(serial, 16));
+}
 
 } // namespace quorvex::sim::test

@@ -213,22 +213,11 @@ TEST_F(SimulatorProgram, firstIndex_shiftsDemoIdentitiesSoTwoProgramsServeDistin
     EXPECT_EQ(seen[0x7F000016], std::make_pair(std::string("QD24A10202"), std::string("DemoReader3")));
 }
 
-// The serial number announced at address, or "" when nothing answers.
-std::string serialAt(std::uint32_t address)
-{
-    test::GvcpClient client;
-    const auto ack = client.request({address, gvcp::kPort}, test::command(gvcp::command::kDiscovery, 0xFFFF));
-    if (!ack || ack->size() < 8 + gvcp::reg::kDiscoveryDataSize)
-        return {};
-    const char* serial = reinterpret_cast<const char*>(ack->data() + 8 + gvcp::reg::kSerialNumber);
-    return std::string(serial, ::strnlen(serial, 16));
-}
-
 bool waitForSerial(std::uint32_t address, const std::string& serial, std::chrono::milliseconds timeout)
 {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     while (std::chrono::steady_clock::now() < deadline) {
-        if (serialAt(address) == serial)
+        if (test::serialAt(address) == serial)
             return true;
         std::this_thread::sleep_for(100ms);
     }
@@ -261,7 +250,7 @@ TEST_F(SimulatorProgram, store_followsCamerasAddedAndDeleted_besideTheDemoReader
     program.signal(SIGHUP);
     std::this_thread::sleep_for(300ms);
     EXPECT_NE(program.errors().find("SIGHUP: reading the store again"), std::string::npos);
-    EXPECT_EQ(serialAt(0x7F000020), "Vir22222222");
+    EXPECT_EQ(test::serialAt(0x7F000020), "Vir22222222");
     program.signal(SIGTERM);
     EXPECT_EQ(program.waitForExit(5s), 0);
 }

@@ -44,17 +44,6 @@ protected:
         return cameras;
     }
 
-    // The serial number the device at address announces, or "" when silent.
-    std::string serialAt(std::uint32_t address)
-    {
-        GvcpClient client;
-        const auto ack = client.request({address, gvcp::kPort}, command(gvcp::command::kDiscovery, 0xFFFF));
-        if (!ack || ack->size() < 8 + gvcp::reg::kDiscoveryDataSize)
-            return {};
-        const char* serial = reinterpret_cast<const char*>(ack->data() + 8 + gvcp::reg::kSerialNumber);
-        return std::string(serial, ::strnlen(serial, 16));
-    }
-
     bool logged(const std::string& text) const
     {
         return std::any_of(m_log.begin(), m_log.end(),
