@@ -85,21 +85,7 @@ private slots:
         QVERIFY(m_pDir->isValid());
     }
 
-    void oneCamera_writesGlobalAndTheGroupWithExactTexts()
-    {
-        SupportedModelTable models;
-        {
-            QSettings settings(ConfigPath(), QSettings::IniFormat);
-            settings.setIniCodec("utf-8");
-            WriteVirtualCameraGroup(settings, "Vir73440012", "QVX-ID2040M", models);
-        }
-        const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
-        const GeneratedIdentity identity = TakeIdentity(bytes, "Vir73440012");
-        QVERIFY2(!identity.strMac.isEmpty(), bytes.constData());
-        QVERIFY2(!identity.strIp.isEmpty(), bytes.constData());
-        QCOMPARE(bytes, kGlobal + "\n" + ExpectedGroup("Vir73440012", "QVX-ID2040M", "V3.2.1.R 240315", identity));
-    }
-
+    // Global, then each group with exact texts, separated by a blank line.
     void twoCamerasOfOneModel_shareModelAndVersionButNotSerial()
     {
         SupportedModelTable models;
