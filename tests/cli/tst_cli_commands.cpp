@@ -22,7 +22,6 @@
 
 namespace {
 
-constexpr int kDiscoveryTimeoutMs = 30000;
 constexpr int kJobTimeoutMs = 240000;
 const QString kModel = QStringLiteral("QVX-ID2040M");
 
@@ -181,9 +180,8 @@ void CliCommandsTest::devices_listEveryReaderWithItsFields()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(2, kDiscoveryTimeoutMs);
-    QCOMPARE(readers.size(), 2);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(2, &error);
+    QVERIFY2(readers.size() == 2, qPrintable(error));
 
     const CliResult json = m_suite.run({QStringLiteral("devices"), QStringLiteral("--json")});
     QVERIFY2(json.exitCode == 0, qPrintable(json.describe()));
@@ -219,9 +217,8 @@ void CliCommandsTest::collect_unknownSerial_collectsNothing()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QCOMPARE(readers.size(), 1);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(1, &error);
+    QVERIFY2(readers.size() == 1, qPrintable(error));
 
     const CliResult result =
         m_suite.run({QStringLiteral("collect"), SerialOf(readers.first()), QStringLiteral("QD-NOT-THERE")});
@@ -236,9 +233,8 @@ void CliCommandsTest::deviceHeldByAnotherClient_isShownAndSkipped()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(2, kDiscoveryTimeoutMs);
-    QCOMPARE(readers.size(), 2);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(2, &error);
+    QVERIFY2(readers.size() == 2, qPrintable(error));
     const XQ_CODEREADER_DEVICE_INFO& held = readers[0];
     const XQ_CODEREADER_DEVICE_INFO& free = readers[1];
 
@@ -277,9 +273,8 @@ void CliCommandsTest::collectAll_collectsEveryReaderSideBySide()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(2, kDiscoveryTimeoutMs);
-    QCOMPARE(readers.size(), 2);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(2, &error);
+    QVERIFY2(readers.size() == 2, qPrintable(error));
 
     const CliResult text =
         m_suite.run({QStringLiteral("collect"), QStringLiteral("--all")}, CliSuite::systemEnvironment(), kJobTimeoutMs);
@@ -306,8 +301,7 @@ void CliCommandsTest::collectAll_collectsEveryReaderSideBySide()
     // settings a collection leaves it in.
     DeviceProcess fresh;
     simulator.kill();
-    QVERIFY2(fresh.startSimulator(2, &error), qPrintable(error));
-    QCOMPARE(WaitForCodeReaders(2, kDiscoveryTimeoutMs).size(), 2);
+    QVERIFY2(fresh.startReaders(2, &error).size() == 2, qPrintable(error));
     const CliResult json = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), SerialOf(readers[1])},
                                        CliSuite::systemEnvironment(), kJobTimeoutMs);
     QVERIFY2(json.exitCode == 0, qPrintable(json.describe()));
@@ -326,9 +320,8 @@ void CliCommandsTest::collect_twoReadersOfOneModel_takeTurnsAndBothSucceed()
     // Demo readers repeat their four models, so the fifth has the first's.
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(5, &error), qPrintable(error));
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(5, kDiscoveryTimeoutMs);
-    QCOMPARE(readers.size(), 5);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(5, &error);
+    QVERIFY2(readers.size() == 5, qPrintable(error));
     QStringList serials;
     for (const XQ_CODEREADER_DEVICE_INFO& reader : readers)
         if (ModelOf(reader) == kModel)
@@ -354,9 +347,8 @@ void CliCommandsTest::collect_deviceVanishing_failsAndRemovesItsFiles()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QCOMPARE(readers.size(), 1);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(1, &error);
+    QVERIFY2(readers.size() == 1, qPrintable(error));
 
     QProcess cli;
     m_suite.start(cli, {QStringLiteral("collect"), QStringLiteral("--all")});
@@ -378,8 +370,7 @@ void CliCommandsTest::collect_interrupted_stopsJobsAndRemovesTheirFiles()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(2, &error), qPrintable(error));
-    QCOMPARE(WaitForCodeReaders(2, kDiscoveryTimeoutMs).size(), 2);
+    QVERIFY2(simulator.startReaders(2, &error).size() == 2, qPrintable(error));
 
     QProcess cli;
     m_suite.start(cli, {QStringLiteral("collect"), QStringLiteral("--all")});

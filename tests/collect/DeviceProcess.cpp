@@ -67,14 +67,22 @@ void DeviceProcess::kill()
     m_process.waitForFinished(5000);
 }
 
-qint64 DeviceProcess::pid() const
+QVector<XQ_CODEREADER_DEVICE_INFO> DeviceProcess::startReaders(int count, QString* error)
 {
-    return m_process.processId();
+    if (!startSimulator(count, error))
+        return {};
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(count, 30000);
+    if (readers.size() >= count)
+        return readers;
+    *error = QStringLiteral("%1 of %2 readers found; the simulator said: %3").arg(readers.size()).arg(count).arg(output());
+    return {};
 }
 
 QString DeviceProcess::output()
 {
-    return QString::fromLocal8Bit(m_process.readAll());
+    m_process.waitForReadyRead(50);
+    m_output += QString::fromLocal8Bit(m_process.readAll());
+    return m_output;
 }
 
 QVector<XQ_CODEREADER_DEVICE_INFO> WaitForCodeReaders(int minimum, int timeoutMs)

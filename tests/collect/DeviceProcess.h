@@ -23,17 +23,21 @@ public:
     bool startSimulator(const QStringList& arguments, QString* error);
     // arv-fake-gv-camera-0.8 on 127.0.0.1.
     bool startFakeCamera(QString* error);
+    // The simulator with count demo readers, once the code-reader SDK lists
+    // them all; empty with the reason otherwise.
+    QVector<XQ_CODEREADER_DEVICE_INFO> startReaders(int count, QString* error);
 
     // Ends the program at once, as a device that loses power.
     void kill();
-    qint64 pid() const;
-    // Everything the program printed so far.
+    // Everything the program printed so far, also to a caller without an
+    // event loop.
     QString output();
 
 private:
     bool start(const QString& program, const QStringList& arguments, QString* error);
 
     QProcess m_process;
+    QString m_output;
 };
 
 // Code readers the code-reader SDK finds, waiting up to timeoutMs until at

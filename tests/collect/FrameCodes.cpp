@@ -7,7 +7,6 @@
 #include <ZXing/ReadBarcode.h>
 #include <turbojpeg.h>
 
-#include <vector>
 
 namespace {
 
@@ -35,31 +34,32 @@ QString TypeNameOf(ZXing::BarcodeFormat format)
 
 } // namespace
 
-bool DecodeFrameCodes(const QString& path, QVector<FrameCode>* codes)
+bool DecodeGreyJpeg(const QByteArray& jpeg, GreyImage* image)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    QByteArray jpeg = file.readAll();
     tjhandle decoder = tjInitDecompress();
     if (decoder == nullptr)
         return false;
-    int width = 0;
-    int height = 0;
     int subsampling = 0;
     int colorspace = 0;
-    auto* const data = reinterpret_cast<unsigned char*>(jpeg.data());
-    bool ok = tjDecompressHeader3(decoder, data, static_cast<unsigned long>(jpeg.size()), &width, &height,
-                                  &subsampling, &colorspace) == 0
-        && width > 0 && height > 0;
-    std::vector<unsigned char> gray;
+    const auto* data = reinterpret_cast<const unsigned char*>(jpeg.constData());
+    bool ok = tjDecompressHeader3(decoder, data, static_cast<unsigned long>(jpeg.size()), &image->width,
+                                  &image->height, &subsampling, &colorspace) == 0
+        && image->width > 0 && image->height > 0;
     if (ok) {
-        gray.resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-        ok = tjDecompress2(decoder, data, static_cast<unsigned long>(jpeg.size()), gray.data(), width, 0, height,
+        image->pixels.resize(image->width * image->height);
+        ok = tjDecompress2(decoder, data, static_cast<unsigned long>(jpeg.size()),
+                           reinterpret_cast<unsigned char*>(image->pixels.data()), image->width, 0, image->height,
                            TJPF_GRAY, 0) == 0;
     }
     tjDestroy(decoder);
-    if (!ok)
+    return ok;
+}
+
+bool DecodeFrameCodes(const QString& path, QVector<FrameCode>* codes)
+{
+    QFile file(path);
+    GreyImage image;
+    if (!file.open(QIODevice::ReadOnly) || !DecodeGreyJpeg(file.readAll(), &image))
         return false;
 
     // The symbologies of the tool's table, read in one quick pass like a
@@ -72,7 +72,8 @@ bool DecodeFrameCodes(const QString& path, QVector<FrameCode>* codes)
         .setTryHarder(false)
         .setTryRotate(false)
         .setTryDownscale(false);
-    const ZXing::ImageView view(gray.data(), width, height, ZXing::ImageFormat::Lum);
+    const ZXing::ImageView view(reinterpret_cast<const std::uint8_t*>(image.pixels.constData()), image.width,
+                                image.height, ZXing::ImageFormat::Lum);
     codes->clear();
     for (const ZXing::Result& result : ZXing::ReadBarcodes(view, hints)) {
         if (!result.isValid())

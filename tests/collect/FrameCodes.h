@@ -2,6 +2,7 @@
 // Reads the codes in a stored JPEG frame independently of the code-reader
 // SDK, to check what a collection wrote about it.
 
+#include <QByteArray>
 #include <QString>
 #include <QVector>
 
@@ -13,6 +14,14 @@ struct FrameCode final {
 
 // Decodes the JPEG at path; false when it is not a readable JPEG.
 bool DecodeFrameCodes(const QString& path, QVector<FrameCode>* codes);
+
+// A JPEG as grey pixels, one byte each, row after row.
+struct GreyImage final {
+    int width = 0;
+    int height = 0;
+    QByteArray pixels;
+};
+bool DecodeGreyJpeg(const QByteArray& jpeg, GreyImage* image);
 
 // One data row of ImportInformation.csv, split back into its columns.
 struct CsvRow final {

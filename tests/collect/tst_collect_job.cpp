@@ -4,6 +4,8 @@
 // device that vanishes mid-walk, and a camera that is no code reader.
 
 #include "AravisDescription.h"
+#include "CaptureCsv.h"
+#include "CollectProgress.h"
 #include "DeviceProcess.h"
 #include "FrameCodes.h"
 #include "JobRecorder.h"
@@ -12,7 +14,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QMap>
 #include <QRegularExpression>
@@ -28,10 +29,8 @@ constexpr int kDiscoveryTimeoutMs = 30000;
 constexpr unsigned long kJobTimeoutMs = 240000;
 constexpr int kCornerTolerance = 4;
 
-const QByteArray kCsvHeader =
-    "TriggerIndex,FrameNum,PicPath,Code1,CodeType1,CodeCoordinate1,Code2,CodeType2,CodeCoordinate2,"
-    "Code3,CodeType3,CodeCoordinate3,Code4,CodeType4,CodeCoordinate4,Code5,CodeType5,CodeCoordinate5,"
-    "Code6,CodeType6,CodeCoordinate6\n";
+// Its bytes are pinned by the helper tests.
+const QByteArray kCsvHeader = collect::kCsvHeader;
 
 QByteArray ReadAll(const QString& path)
 {
@@ -66,18 +65,6 @@ int TotalFromLog(const TestLog& log, const QString& pattern)
 QStringList FilesIn(const QString& folder)
 {
     return QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
-}
-
-bool WaitFor(const std::function<bool()>& condition, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QThread::msleep(5);
-    }
-    return true;
 }
 
 } // namespace
@@ -118,9 +105,8 @@ void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
     QVERIFY(UseShippedIgnoreList());
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
-    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(!readers.isEmpty(), qPrintable(QStringLiteral("no code reader found; simulator said: ") + simulator.output()));
+    const auto readers = simulator.startReaders(1, &error);
+    QVERIFY2(!readers.isEmpty(), qPrintable(error));
     const XQ_CODEREADER_DEVICE_INFO& reader = readers.first();
     const QString model = ModelOf(reader);
     QVERIFY(!model.isEmpty());
@@ -220,17 +206,14 @@ void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
     const QVector<int> progress = job.progress();
     QVERIFY(progress.size() >= 5 + bools);
     QCOMPARE(progress.mid(0, 3), (QVector<int>{0, 9, 10}));
-    for (int i = 0; i < bools; ++i) {
-        const int expected = static_cast<int>(static_cast<double>(static_cast<float>(i) / static_cast<float>(bools + enums)) * 0.9 * 100 + 10);
-        QCOMPARE(progress.at(3 + i), expected);
-    }
+    for (int i = 0; i < bools; ++i)
+        QCOMPARE(progress.at(3 + i), collect::BoolPassProgress(i, bools, enums));
     const QVector<int> enumPart = progress.mid(3 + bools, progress.size() - 5 - bools);
     QVERIFY(enumPart.size() <= enums);
     int j = 0;
     for (const int value : enumPart) {
         // Enumerations whose value cannot be read report nothing.
-        while (j < enums
-               && value != static_cast<int>(static_cast<double>(static_cast<float>(bools + j) / static_cast<float>(enums + bools)) * 0.9 * 100 + 10))
+        while (j < enums && value != collect::EnumPassProgress(j, bools, enums))
             ++j;
         QVERIFY2(j < enums, "enumeration progress out of order");
         ++j;
@@ -255,9 +238,8 @@ void TestCollectJob::ignoreList_skipsBySubstring()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
-    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(!readers.isEmpty(), qPrintable(simulator.output()));
+    const auto readers = simulator.startReaders(1, &error);
+    QVERIFY2(!readers.isEmpty(), qPrintable(error));
 
     // "Trigger" covers TriggerMode, TriggerSource, TriggerSoftware and the
     // reader's trigger strings: every name holding it is skipped, others not.
@@ -284,9 +266,8 @@ void TestCollectJob::ignoreList_emptyPattern_readsNothing()
 {
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
-    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(!readers.isEmpty(), qPrintable(simulator.output()));
+    const auto readers = simulator.startReaders(1, &error);
+    QVERIFY2(!readers.isEmpty(), qPrintable(error));
 
     // A non-string element turns into the empty pattern, which every name
     // contains: nothing is read, so there is nothing to flip or step through.
@@ -309,9 +290,8 @@ void TestCollectJob::twoDevicesOfOneModel_bothFinish()
     QVERIFY(UseShippedIgnoreList());
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(5, &error), qPrintable(error));
-    const auto readers = WaitForCodeReaders(5, kDiscoveryTimeoutMs);
-    QVERIFY2(readers.size() >= 2, qPrintable(simulator.output()));
+    const auto readers = simulator.startReaders(5, &error);
+    QVERIFY2(!readers.isEmpty(), qPrintable(error));
     QMap<QString, QVector<XQ_CODEREADER_DEVICE_INFO>> byModel;
     for (const auto& reader : readers)
         byModel[ModelOf(reader)].append(reader);
@@ -346,16 +326,15 @@ void TestCollectJob::disconnectionMidWalk_endsWithCollectFailed()
     QVERIFY(UseShippedIgnoreList());
     DeviceProcess simulator;
     QString error;
-    QVERIFY2(simulator.startSimulator(1, &error), qPrintable(error));
-    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(!readers.isEmpty(), qPrintable(simulator.output()));
+    const auto readers = simulator.startReaders(1, &error);
+    QVERIFY2(!readers.isEmpty(), qPrintable(error));
 
     TestLog log;
     JobRecorder job(readers.first());
     job.start();
     // Pull the plug once the boolean pass has begun.
-    QVERIFY2(WaitFor([&] { return !log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty() || job.wait(0); },
-                     static_cast<int>(kJobTimeoutMs)),
+    QVERIFY2(QTest::qWaitFor([&] { return !log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty() || job.wait(0); },
+                             static_cast<int>(kJobTimeoutMs)),
              "the boolean pass never began");
     QVERIFY2(!job.wait(0), "the job ended before the device could be pulled");
     simulator.kill();
