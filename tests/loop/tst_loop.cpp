@@ -38,13 +38,9 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QProcess>
 #include <QSettings>
 #include <QtTest>
-
-#include <turbojpeg.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -80,45 +76,6 @@ QByteArray ReadAll(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-bool WaitFor(const std::function<bool()>& condition, int timeoutMs)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!condition()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QThread::msleep(50);
-    }
-    return true;
-}
-
-// A grey image of a JPEG, for comparing pictures across re-encoding.
-struct GreyImage final {
-    int width = 0;
-    int height = 0;
-    QByteArray pixels;
-};
-
-bool DecodeGrey(const QByteArray& jpeg, GreyImage* image)
-{
-    tjhandle handle = tjInitDecompress();
-    if (handle == nullptr)
-        return false;
-    int subsampling = 0;
-    int colourspace = 0;
-    const auto* data = reinterpret_cast<const unsigned char*>(jpeg.constData());
-    bool ok = tjDecompressHeader3(handle, data, static_cast<unsigned long>(jpeg.size()), &image->width, &image->height,
-                                  &subsampling, &colourspace) == 0;
-    if (ok) {
-        image->pixels.resize(image->width * image->height);
-        ok = tjDecompress2(handle, data, static_cast<unsigned long>(jpeg.size()),
-                           reinterpret_cast<unsigned char*>(image->pixels.data()), image->width, image->width,
-                           image->height, TJPF_GRAY, 0) == 0;
-    }
-    tjDestroy(handle);
-    return ok;
-}
-
 double MeanDifference(const GreyImage& a, const GreyImage& b)
 {
     double sum = 0;
@@ -142,51 +99,6 @@ QMap<int, CsvRow> ReadCsvRows(const QString& path)
     }
     return rows;
 }
-
-// The simulator serving the store, started as a user would.
-class StoreSimulator final
-{
-public:
-    ~StoreSimulator()
-    {
-        if (m_process.state() != QProcess::NotRunning) {
-            m_process.terminate();
-            if (!m_process.waitForFinished(5000)) {
-                m_process.kill();
-                m_process.waitForFinished(5000);
-            }
-        }
-    }
-
-    bool start(const QStringList& arguments, QString* error)
-    {
-        const QString simulator = qEnvironmentVariable("QUORVEX_SIMULATOR");
-        if (simulator.isEmpty() || !QFileInfo(simulator).isExecutable()) {
-            *error = QStringLiteral("the simulator quorvex-simulator is needed: QUORVEX_SIMULATOR is unset or not "
-                                    "executable (\"%1\")").arg(simulator);
-            return false;
-        }
-        m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(simulator, arguments);
-        if (!m_process.waitForStarted(10000)) {
-            *error = m_process.errorString();
-            return false;
-        }
-        return true;
-    }
-
-    QString output()
-    {
-        // No event loop runs here: collect what the process wrote so far.
-        m_process.waitForReadyRead(50);
-        m_output += QString::fromLocal8Bit(m_process.readAll());
-        return m_output;
-    }
-
-private:
-    QProcess m_process;
-    QString m_output;
-};
 
 struct GrabbedFrame final {
     unsigned int frameNumber = 0;
@@ -219,7 +131,7 @@ private:
     QString m_demoSerial;
     FeatureWalk m_firstWalk;
     std::optional<VirtualStore::VirtualCameraPlan> m_plan;
-    StoreSimulator m_storeSimulator;
+    DeviceProcess m_storeSimulator; // serving the store, started as a user would
     XQ_CODEREADER_DEVICE_INFO m_virtualRecord{};
 };
 
@@ -254,9 +166,8 @@ void TestLoop::Collect()
 {
     m_demo = std::make_unique<DeviceProcess>();
     QString error;
-    QVERIFY2(m_demo->startSimulator(1, &error), qPrintable(error));
-    const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(readers.size() == 1, qPrintable(QStringLiteral("one demo reader expected; simulator said: ") + m_demo->output()));
+    const auto readers = m_demo->startReaders(1, &error);
+    QVERIFY2(readers.size() == 1, qPrintable(error));
     m_demoRecord = readers.first();
     m_model = ModelOf(m_demoRecord);
     m_demoSerial = SerialOf(m_demoRecord);
@@ -317,7 +228,7 @@ void TestLoop::DiscoverVirtualCamera()
 {
     QString error;
     // "--store" alone: the simulator finds the store as the tool does.
-    QVERIFY2(m_storeSimulator.start({QStringLiteral("--store")}, &error), qPrintable(error));
+    QVERIFY2(m_storeSimulator.startSimulator({QStringLiteral("--store")}, &error), qPrintable(error));
     const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
     QVERIFY2(readers.size() == 1,
              qPrintable(QStringLiteral("the virtual camera was not found; simulator said: ") + m_storeSimulator.output()));
@@ -369,10 +280,10 @@ void TestLoop::GrabHoldAndDelete()
 {
     const QString group = m_plan->strGroup;
     const QString cameraFolder = VirtualStore::CameraFolder(group);
+    // That the collection wrote a row per image is the job test's to check.
     const int imageCount = QDir(cameraFolder + QStringLiteral("/Jpg")).entryList({QStringLiteral("*.jpg")}, QDir::Files).size();
     QVERIFY(imageCount > 0);
     const QMap<int, CsvRow> rows = ReadCsvRows(cameraFolder + QStringLiteral("/ImportInformation.csv"));
-    QCOMPARE(rows.size(), imageCount);
 
     XQ_HANDLE reader = nullptr;
     QCOMPARE(XQ_CODEREADER_CreateHandle(&reader, &m_virtualRecord), XQ_OK);
@@ -430,8 +341,8 @@ void TestLoop::GrabHoldAndDelete()
 
         GreyImage grabbed;
         GreyImage collected;
-        QVERIFY2(DecodeGrey(frame.jpeg, &grabbed), qPrintable(context));
-        QVERIFY(DecodeGrey(ReadAll(cameraFolder + QStringLiteral("/Jpg/%1.jpg").arg(image)), &collected));
+        QVERIFY2(DecodeGreyJpeg(frame.jpeg, &grabbed), qPrintable(context));
+        QVERIFY(DecodeGreyJpeg(ReadAll(cameraFolder + QStringLiteral("/Jpg/%1.jpg").arg(image)), &collected));
         QCOMPARE(grabbed.width, collected.width);
         QCOMPARE(grabbed.height, collected.height);
         const double difference = MeanDifference(grabbed, collected);
@@ -472,7 +383,7 @@ void TestLoop::GrabHoldAndDelete()
     QVERIFY(folderKept);
 
     // Released with the client's control.
-    QVERIFY2(WaitFor([&] { return !VirtualStore::IsFileOccupied(registerFile); }, 5000),
+    QVERIFY2(QTest::qWaitFor([&] { return !VirtualStore::IsFileOccupied(registerFile); }, 5000),
              "the hold ends when the client lets go");
     QCOMPARE(VirtualStore::DeleteVirtualCamera(group, m_model, settings.get()), VirtualStore::DeletionOutcome::Deleted);
     settings->sync();
@@ -480,7 +391,7 @@ void TestLoop::GrabHoldAndDelete()
     QSettings reread(VirtualStore::ConfigFilePath(), QSettings::IniFormat);
     QVERIFY(!reread.childGroups().contains(group));
     // The simulator notices and stops serving it.
-    QVERIFY2(WaitFor([&] { return m_storeSimulator.output().contains(group + QStringLiteral(" is gone")); }, 10000),
+    QVERIFY2(QTest::qWaitFor([&] { return m_storeSimulator.output().contains(group + QStringLiteral(" is gone")); }, 10000),
              qPrintable(m_storeSimulator.output()));
 }
 
