@@ -38,6 +38,25 @@ constexpr std::string_view kPlainRegisterChildren[] = {
     "Address", "Length", "AccessMode", "pPort", "Cachable", "PollingTime", "Sign", "Endianess", "ToolTip",
     "Description", "DisplayName", "Visibility", "Streamable", "pSelected", "pInvalidator", "Extension", "pIndex"};
 
+// The element name of a child. Aravis 0.8 names some properties it parses
+// "Unknown" (the display notation and precision of a Float): name those by
+// their type.
+std::string_view childElementName(ArvDomNode* child)
+{
+    if (ARV_IS_GC_PROPERTY_NODE(child)) {
+        switch (arv_gc_property_node_get_node_type(ARV_GC_PROPERTY_NODE(child))) {
+        case ARV_GC_PROPERTY_NODE_TYPE_DISPLAY_NOTATION:
+            return "DisplayNotation";
+        case ARV_GC_PROPERTY_NODE_TYPE_DISPLAY_PRECISION:
+            return "DisplayPrecision";
+        default:
+            break;
+        }
+    }
+    const char* name = arv_dom_node_get_node_name(child);
+    return name ? std::string_view(name) : std::string_view();
+}
+
 // Whether every child element is one of allowed, or the one extra name.
 template <std::size_t N>
 bool onlyAllowedChildren(ArvDomNode* element, const std::string_view (&allowed)[N], std::string_view extra = {})
@@ -45,10 +64,9 @@ bool onlyAllowedChildren(ArvDomNode* element, const std::string_view (&allowed)[
     for (ArvDomNode* child = arv_dom_node_get_first_child(element); child; child = arv_dom_node_get_next_sibling(child)) {
         if (arv_dom_node_get_node_type(child) != ARV_DOM_NODE_TYPE_ELEMENT_NODE)
             continue;
-        const char* name = arv_dom_node_get_node_name(child);
-        if (!name)
+        const std::string_view found = childElementName(child);
+        if (found.empty())
             return false;
-        const std::string_view found(name);
         if (found != extra && std::find(std::begin(allowed), std::end(allowed), found) == std::end(allowed))
             return false;
     }
