@@ -5,6 +5,7 @@
 #include "FeatureAccess.h"
 #include "TextFields.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace xq {
@@ -73,31 +74,40 @@ int CameraSession::children(const XQ_XML_NODE_FEATURE* node, XQ_XML_NODES_LIST* 
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (const int code = usable(); code != XQ_OK)
         return code;
-    ArvGcFeatureNode* parent = nullptr;
     const std::string parentName = nodeNameOf(*node);
-    if (const int code = features::find(genicam(), parentName.c_str(), &parent); code != XQ_OK)
-        return code;
-    if (!ARV_IS_GC_CATEGORY(parent))
+    auto known = m_children.find(parentName);
+    if (known == m_children.end()) {
+        ArvGcFeatureNode* parent = nullptr;
+        if (const int code = features::find(genicam(), parentName.c_str(), &parent); code != XQ_OK)
+            return code;
+        known = m_children.emplace(parentName, listChildren(parent)).first;
+    }
+    const ChildRecords& children = known->second;
+    if (!children.isCategory)
         return XQ_ERR_GENICAM;
+    const std::size_t count = std::min<std::size_t>(children.records.size(), XQ_MAX_XML_NODE_NUM);
+    std::copy_n(children.records.begin(), count, list->stNodes);
+    list->nNodeNum = static_cast<unsigned int>(count);
+    return children.records.size() > XQ_MAX_XML_NODE_NUM ? XQ_ERR_BUFFER_TOO_SMALL : XQ_OK;
+}
 
+CameraSession::ChildRecords CameraSession::listChildren(ArvGcFeatureNode* parent)
+{
+    ChildRecords children;
+    children.isCategory = ARV_IS_GC_CATEGORY(parent);
+    if (!children.isCategory)
+        return children;
     // The category rebuilds its list on every call: copy the names first.
     std::vector<std::string> names;
     for (const GSList* item = arv_gc_category_get_features(ARV_GC_CATEGORY(parent)); item; item = item->next)
         names.emplace_back(orEmpty(static_cast<const char*>(item->data)));
-
-    unsigned int count = 0;
     for (const auto& name : names) {
         ArvGcNode* child = arv_gc_get_node(genicam(), name.c_str());
         if (!child || !ARV_IS_GC_FEATURE_NODE(child))
             continue;
-        if (count == XQ_MAX_XML_NODE_NUM) {
-            list->nNodeNum = count;
-            return XQ_ERR_BUFFER_TOO_SMALL;
-        }
-        fillNode(ARV_GC_FEATURE_NODE(child), &list->stNodes[count++]);
+        fillNode(ARV_GC_FEATURE_NODE(child), &children.records.emplace_back());
     }
-    list->nNodeNum = count;
-    return XQ_OK;
+    return children;
 }
 
 int CameraSession::nodeFeature(const char* name, XQ_XML_NODE_FEATURE* node)

@@ -44,6 +44,7 @@ int CameraSession::open(unsigned int accessMode, unsigned short switchoverKey)
         return XQ_ERR_GENICAM;
     m_nodeNames.clear();
     m_nodeIndex.clear();
+    m_children.clear();
     m_shortcuts.clear();
     m_link = std::move(link);
     m_proxy = std::move(proxy);

@@ -93,6 +93,13 @@ private:
     int closeLocked();
     std::string dumpModelName() const;
     void fillNode(ArvGcFeatureNode* source, XQ_XML_NODE_FEATURE* node);
+    // A node's children as records; a category's list is fixed by the
+    // description, so it is built once per open and then copied.
+    struct ChildRecords {
+        bool isCategory = false;
+        std::vector<XQ_XML_NODE_FEATURE> records;
+    };
+    ChildRecords listChildren(ArvGcFeatureNode* parent);
     std::string nodeNameOf(const XQ_XML_NODE_FEATURE& node) const;
     // The feature's shortcut if it has one (of this kind); callers hold m_mutex.
     const FeatureShortcut* shortcutOf(const char* name);
@@ -122,6 +129,7 @@ private:
     GObjectPtr<ArvDevice> m_proxy;
     std::vector<std::string> m_nodeNames; // full names behind node records
     std::unordered_map<std::string, std::uint32_t> m_nodeIndex;
+    std::unordered_map<std::string, ChildRecords> m_children; // by full node name
     // Per feature name: its register shortcut, or nothing if it has none.
     // Ordered with a transparent comparison: looked up on every feature read
     // by the caller's name without building a string.
