@@ -6,6 +6,7 @@
 #include "CollectProgress.h"
 #include "FeatureRules.h"
 #include "IgnoreList.h"
+#include "NodeListPool.h"
 #include "Symbology.h"
 #include "XQInterface.h"
 
@@ -562,13 +563,15 @@ void QCollectInfoThread::MoveCollectedFiles(const QString& strModelName)
 // categories contain each other from recursing without end.
 void QCollectInfoThread::TraverseNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode)
 {
-    TraverseNodeAt(hCamera, stNode, 0);
+    collect::NodeListPool lists;
+    TraverseNodeAt(hCamera, stNode, 0, lists);
 }
 
-void QCollectInfoThread::TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth)
+void QCollectInfoThread::TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth,
+                                        collect::NodeListPool& lists)
 {
     // Room for 256 records is too much for the stack of a deep walk.
-    const std::unique_ptr<XQ_XML_NODES_LIST> pChildren(new (std::nothrow) XQ_XML_NODES_LIST);
+    const collect::NodeListPool::Lease pChildren = lists.take();
     if (!pChildren)
         return;
     ReadNode(hCamera, &stNode);
@@ -581,7 +584,7 @@ void QCollectInfoThread::TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEA
         return;
     const unsigned int nChildren = std::min<unsigned int>(pChildren->nNodeNum, XQ_MAX_XML_NODE_NUM);
     for (unsigned int i = 0; i < nChildren; ++i)
-        TraverseNodeAt(hCamera, pChildren->stNodes[i], nDepth + 1);
+        TraverseNodeAt(hCamera, pChildren->stNodes[i], nDepth + 1, lists);
 }
 
 void QCollectInfoThread::ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* pstNode)

@@ -13,6 +13,10 @@
 
 #include <atomic>
 
+namespace collect {
+class NodeListPool;
+}
+
 class QCollectInfoThread final : public QThread
 {
     Q_OBJECT
@@ -56,7 +60,8 @@ private:
     bool CollectImageInfo();
     void CollectNodeInfo();
     void TraverseNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode);
-    void TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth);
+    void TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth,
+                        collect::NodeListPool& lists);
     void ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* pstNode);
     void EmitStatus(const char* pSourceText);
     void ReadCodeReaderStrings(XQ_HANDLE hCamera);
