@@ -15,6 +15,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using xqtest::AravisClient;
 using xqtest::text;
 
 constexpr char kIp[] = "127.0.0.1";
@@ -48,17 +49,6 @@ protected:
     static inline std::unique_ptr<xqtest::SuiteDevice> s_device;
     XQ_CC_DEVICE_INFO_LIST m_cameras{};
     const XQ_CC_DEVICE_INFO* m_camera = nullptr;
-};
-
-// An Aravis client of our own in the test, "another client" to the SDKs.
-struct AravisClient {
-    explicit AravisClient(const char* ip) : device(arv_open_device(ip, nullptr)) {}
-    ~AravisClient()
-    {
-        if (device)
-            g_object_unref(device);
-    }
-    ArvDevice* device;
 };
 
 TEST_F(FakeCamera, xmlIsByteForByteWhatAravisReadsAndNeverOverrunsTheBuffer)
@@ -245,6 +235,4 @@ TEST_F(FakeCamera, softwareTriggeredGrabbingDeliversJpegFrames)
     EXPECT_EQ(XQ_CODEREADER_DestroyHandle(reader), XQ_ERR_INVALID_HANDLE);
 }
 
-// Records the exception and releases the handle from inside the callback,
-// as the collection's own callback does.
 } // namespace

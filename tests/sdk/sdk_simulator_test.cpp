@@ -22,6 +22,7 @@
 namespace {
 
 using namespace std::chrono_literals;
+using xqtest::AravisClient;
 using xqtest::text;
 
 // Identity of demo reader 0 as the simulator serves it.
@@ -77,16 +78,6 @@ protected:
     XQ_CC_DEVICE_INFO_LIST m_cameras{};
     const XQ_CODEREADER_DEVICE_INFO* m_reader = nullptr;
     const XQ_CC_DEVICE_INFO* m_camera = nullptr;
-};
-
-struct AravisClient {
-    explicit AravisClient(const char* ip) : device(arv_open_device(ip, nullptr)) {}
-    ~AravisClient()
-    {
-        if (device)
-            g_object_unref(device);
-    }
-    ArvDevice* device;
 };
 
 TEST_F(Simulator, enumerationRecordsCarryTheDemoIdentity)

@@ -4,6 +4,7 @@
 
 #include "SdkTestHelpers.h"
 
+#include <arv.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -13,6 +14,17 @@
 #include <vector>
 
 namespace xqtest {
+
+// An Aravis client of the test's own: "another client" to the SDKs.
+struct AravisClient {
+    explicit AravisClient(const char* ip) : device(arv_open_device(ip, nullptr)) {}
+    ~AravisClient()
+    {
+        if (device)
+            g_object_unref(device);
+    }
+    ArvDevice* device;
+};
 
 // Every node the SDK's tree walk finds has the access mode an independent
 // Aravis client at ip evaluates, and every readable integer, boolean,
