@@ -67,16 +67,11 @@ void MainWindowTest::freshWindow_showsThirteenEmptyRowsAndFiveColumns()
     QVERIFY(window.Init());
     auto* table = window.findChild<CustomTableWidget*>();
     QVERIFY(table);
+    // Sizes are the code's own numbers and not restated here.
     QCOMPARE(table->rowCount(), 13);
-    for (int row = 0; row < table->rowCount(); ++row)
-        QCOMPARE(table->rowHeight(row), 38);
     QCOMPARE(table->columnCount(), 5);
-    const int widths[] = {38, 180, 115, 125};  // the last section stretches
-    for (int column = 0; column < 4; ++column)
-        QCOMPARE(table->columnWidth(column), widths[column]);
     QVERIFY(table->horizontalHeader()->stretchLastSection());
     QCOMPARE(table->horizontalHeader()->sectionResizeMode(0), QHeaderView::Fixed);
-    QCOMPARE(table->horizontalHeader()->height(), 34);
     QCOMPARE(headerLabels(table), (QStringList{"", "Model Name", "IP Address", "Version", "Collect Status"}));
     auto* header = qobject_cast<CustomCheckHeaderView*>(table->horizontalHeader());
     QVERIFY(header);
@@ -90,13 +85,11 @@ void MainWindowTest::freshWindow_hasItsButtonsTextsAndHelp()
     QVERIFY(window.Init());
     QCOMPARE(window.windowTitle(), QString("Quorvex"));
     QCOMPARE(window.cTitleBar()->cTitleText(), "Quorvex " + XQInterface::curExeVersion());
-    QCOMPARE(window.size(), QSize(1058, 630));
 
     auto* collect = window.findChild<CustomPushButton*>("CollectBtn");
     QVERIFY(collect);
     QCOMPARE(collect->text(), QString("Record"));
     QVERIFY(!collect->isEnabled());
-    QCOMPARE(collect->size(), QSize(86, 26));
 
     CustomPushButton* add = buttonWithText(&window, "Add");
     QVERIFY(add);
