@@ -1,8 +1,9 @@
 #pragma once
-// A private X server for a test and the few questions a test asks it: which
-// top-level windows exist, what they are called, which one has the focus.
+// The test's own X server (run-test --xvfb starts it) and the few questions
+// a test asks it: which top-level windows exist, what they are called, which
+// one has the focus.
 
-#include <QProcess>
+#include <QList>
 #include <QString>
 
 // Xlib's macros clash with Qt's headers: only the .cpp includes it.
@@ -16,9 +17,8 @@ public:
     ~XTestDisplay();
     Q_DISABLE_COPY(XTestDisplay)
 
-    // Starts Xvfb on a free display number; false with errorText() set when
-    // it cannot (for example when Xvfb is not installed).
-    bool start();
+    // Connects to $DISPLAY; false with errorText() set when it cannot.
+    bool open();
     QString errorText() const { return m_strError; }
     QString name() const { return m_strName; } // ":N"
 
@@ -41,7 +41,6 @@ public:
 private:
     QList<XWindowId> topLevelWindows() const;
 
-    QProcess m_server;
     _XDisplay* m_pDisplay = nullptr;
     QString m_strName;
     QString m_strError;

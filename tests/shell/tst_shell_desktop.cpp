@@ -90,7 +90,7 @@ private slots:
     void initTestCase()
     {
         QVERIFY2(QFile::exists(kProgram), qPrintable(kProgram + " is not built"));
-        QVERIFY2(m_x.start(), qPrintable(m_x.errorText()));
+        QVERIFY2(m_x.open(), qPrintable(m_x.errorText()));
     }
 
     void laterStart_exitsZero_andTheFirstWindowTakesTheFocus()
