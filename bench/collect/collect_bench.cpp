@@ -7,12 +7,19 @@
 // availability, selectors). Also prints the frames captured in the image
 // window.
 //
+// A shared machine's speed drifts from one moment to the next, so the round
+// trip that judges the walks is sampled between them: before each walk the
+// job logs a line, and on that line, in the job's own thread, the benchmark
+// times a few reads of a sibling reader served by the same simulator thread.
+// That time is taken out of the walks' time.
+//
 // Run inside a private network namespace:
 //   tests/netns-run <build>/bin/bench_collect [path/to/quorvex-simulator]
 
 #include "CollectProgress.h"
 #include "FeatureRules.h"
 #include "IgnoreList.h"
+#include "NodeListPool.h"
 #include "QCollectInfoThread.h"
 #include "SuiteLayout.h"
 #include "XQCameraControl.h"
@@ -27,6 +34,7 @@
 #include <QThread>
 
 #include <fcntl.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -38,15 +46,67 @@
 namespace {
 
 constexpr int kRoundTripReads = 5000;
+constexpr int kReadsBetweenWalks = 32;
 constexpr int kMeasuredWalks = 9;
 constexpr std::size_t kJobRuns = 5;
 
-std::atomic<int> g_stateWalks{0};
-
-void CountWalks(QtMsgType, const QMessageLogContext&, const QString& message)
+qint64 ThreadCpuNs()
 {
-    if (message.startsWith(QLatin1String("boolIndex[")) || message.startsWith(QLatin1String("enumIndex[")))
-        ++g_stateWalks;
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+// What the message handler gathers in the job's thread during one job.
+struct BetweenWalks {
+    std::atomic<int> stateWalks{0};
+    // Reads of the sibling reader and their time; all time spent sampling.
+    std::atomic<qint64> sampleReads{0};
+    std::atomic<qint64> sampleNs{0};
+    std::atomic<qint64> sampleCpuNs{0};
+    std::atomic<qint64> probeNs{0};
+    // CPU time of the job's thread from one sampling to the next, that is in
+    // the walks and state changes; the last stretch is not counted.
+    std::atomic<qint64> walkCpuNs{0};
+    qint64 lastProbeEndCpuNs = -1;
+    XQ_HANDLE sibling = nullptr;
+
+    void reset()
+    {
+        stateWalks = 0;
+        sampleReads = 0;
+        sampleNs = 0;
+        sampleCpuNs = 0;
+        probeNs = 0;
+        walkCpuNs = 0;
+        lastProbeEndCpuNs = -1;
+    }
+};
+BetweenWalks g_between;
+
+void SampleBetweenWalks(QtMsgType, const QMessageLogContext&, const QString& message)
+{
+    if (!message.startsWith(QLatin1String("boolIndex[")) && !message.startsWith(QLatin1String("enumIndex[")))
+        return;
+    QElapsedTimer probe;
+    probe.start();
+    const qint64 cpuNs = ThreadCpuNs();
+    if (g_between.lastProbeEndCpuNs >= 0)
+        g_between.walkCpuNs += cpuNs - g_between.lastProbeEndCpuNs;
+    ++g_between.stateWalks;
+    if (g_between.sibling) {
+        int64_t value = 0;
+        QElapsedTimer reads;
+        reads.start();
+        int done = 0;
+        while (done < kReadsBetweenWalks && XQ_CC_GetIntValue(g_between.sibling, "Width", &value) == XQ_OK)
+            ++done;
+        g_between.sampleNs += reads.nsecsElapsed();
+        g_between.sampleCpuNs += ThreadCpuNs() - cpuNs;
+        g_between.sampleReads += done;
+    }
+    g_between.probeNs += probe.nsecsElapsed();
+    g_between.lastProbeEndCpuNs = ThreadCpuNs();
 }
 
 // Only loopback may be up: devices are served and found on 127.0.0.0/8.
@@ -63,15 +123,17 @@ bool InPrivateNamespace()
     return true;
 }
 
-bool FindReader(XQ_CODEREADER_DEVICE_INFO* reader)
+// The reader to collect and its sibling, the first two listed.
+bool FindReaders(XQ_CODEREADER_DEVICE_INFO* reader, XQ_CODEREADER_DEVICE_INFO* sibling)
 {
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < 30000) {
         auto list = std::make_unique<XQ_CODEREADER_DEVICE_INFO_LIST>();
-        if (XQ_CODEREADER_EnumDevices(list.get(), XQ_TLAYER_GIGE) == XQ_OK && list->nDeviceNum > 0
-            && list->pDeviceInfo[0] != nullptr) {
+        if (XQ_CODEREADER_EnumDevices(list.get(), XQ_TLAYER_GIGE) == XQ_OK && list->nDeviceNum > 1
+            && list->pDeviceInfo[0] != nullptr && list->pDeviceInfo[1] != nullptr) {
             *reader = *list->pDeviceInfo[0];
+            *sibling = *list->pDeviceInfo[1];
             return true;
         }
         QThread::msleep(200);
@@ -97,10 +159,10 @@ double MsSince(const QElapsedTimer& clock)
 }
 
 // One walk by the job's rules (ignore list, access mode, visibility, type),
-// reading every qualifying node once, with the node list taken from the heap
-// per node as the job does.
+// reading every qualifying node once, with a node list per node as the job
+// takes it.
 void Walk(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& node, const QSet<QString>& ignore, int depth,
-          WalkFigures* figures)
+          collect::NodeListPool& lists, WalkFigures* figures)
 {
     const QString name = QString::fromUtf8(node.chName);
     if (collect::MatchingIgnorePattern(name, ignore) == nullptr) {
@@ -123,14 +185,14 @@ void Walk(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& node, const QSet<QString>
             figures->valueReadMs += MsSince(clock);
         }
     }
-    const std::unique_ptr<XQ_XML_NODES_LIST> children(new XQ_XML_NODES_LIST);
+    const collect::NodeListPool::Lease children = lists.take();
     QElapsedTimer clock;
     clock.start();
     const bool listed = XQ_XML_GetChildren(camera, &node, children.get()) == XQ_OK;
     figures->childrenMs += MsSince(clock);
     if (listed && depth < 64) {
         for (unsigned int i = 0; i < children->nNodeNum && i < XQ_MAX_XML_NODE_NUM; ++i)
-            Walk(camera, children->stNodes[i], ignore, depth + 1, figures);
+            Walk(camera, children->stNodes[i], ignore, depth + 1, lists, figures);
     }
 }
 
@@ -141,35 +203,51 @@ void CountedWalk(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& root, const QSet<Q
     const bool counted = XQ_CC_GetIntValue(camera, "StatRegisterReads", &before) == XQ_OK;
     QElapsedTimer clock;
     clock.start();
-    Walk(camera, root, ignore, 0, walk);
+    collect::NodeListPool lists;
+    Walk(camera, root, ignore, 0, lists, walk);
     walk->walkMs = MsSince(clock);
     int64_t after = 0;
     if (counted && XQ_CC_GetIntValue(camera, "StatRegisterReads", &after) == XQ_OK)
         walk->wireReads = after - before - 1;
 }
 
-// A handle on the first camera listed, opened exclusively, or nullptr.
-// Destroying the handle closes it.
-XQ_HANDLE OpenFirstCamera()
+QByteArray SerialOf(const XQ_CODEREADER_DEVICE_INFO& reader)
+{
+    const auto* serial = reinterpret_cast<const char*>(reader.stGigE.chSerialNumber);
+    return QByteArray(serial, int(strnlen(serial, sizeof reader.stGigE.chSerialNumber)));
+}
+
+// A handle on the camera with this serial number, opened exclusively, or
+// nullptr. Destroying the handle closes it.
+XQ_HANDLE OpenCamera(const QByteArray& serial)
 {
     auto list = std::make_unique<XQ_CC_DEVICE_INFO_LIST>();
-    XQ_HANDLE camera = nullptr;
-    if (XQ_CC_EnumDevices(list.get(), XQ_TLAYER_GIGE) != XQ_OK || list->nDeviceNum == 0
-        || XQ_CC_CreateHandle(&camera, list->pDeviceInfo[0]) != XQ_OK)
+    if (XQ_CC_EnumDevices(list.get(), XQ_TLAYER_GIGE) != XQ_OK)
         return nullptr;
-    if (XQ_CC_OpenDevice(camera, XQ_ACCESS_EXCLUSIVE, 0) != XQ_OK) {
-        XQ_CC_DestroyHandle(camera);
-        return nullptr;
+    for (unsigned int i = 0; i < list->nDeviceNum && i < XQ_MAX_DEVICE_NUM; ++i) {
+        const XQ_CC_DEVICE_INFO* device = list->pDeviceInfo[i];
+        const auto* listed = reinterpret_cast<const char*>(device->stGigE.chSerialNumber);
+        if (serial != QByteArray(listed, int(strnlen(listed, sizeof device->stGigE.chSerialNumber))))
+            continue;
+        XQ_HANDLE camera = nullptr;
+        if (XQ_CC_CreateHandle(&camera, device) != XQ_OK)
+            return nullptr;
+        if (XQ_CC_OpenDevice(camera, XQ_ACCESS_EXCLUSIVE, 0) != XQ_OK) {
+            XQ_CC_DestroyHandle(camera);
+            return nullptr;
+        }
+        return camera;
     }
-    return camera;
+    return nullptr;
 }
 
 // The same device through the camera SDK, after the job: walks in the state
 // the job left (every boolean flipped, the last entries chosen) and one in
 // the default state.
-bool MeasureDevice(const QSet<QString>& ignore, WalkFigures* lastState, WalkFigures* defaultState)
+bool MeasureDevice(const QByteArray& serial, const QSet<QString>& ignore, WalkFigures* lastState,
+                   WalkFigures* defaultState)
 {
-    XQ_HANDLE camera = OpenFirstCamera();
+    XQ_HANDLE camera = OpenCamera(serial);
     if (!camera)
         return false;
     XQ_XML_NODE_FEATURE root{};
@@ -203,10 +281,10 @@ struct DeviceSample {
 // Samples the device through a session of its own, then restores its
 // factory settings. Every sample costs the same read commands, so they
 // cancel between two samples' counts.
-DeviceSample SampleDevice()
+DeviceSample SampleDevice(const QByteArray& serial)
 {
     DeviceSample sample;
-    XQ_HANDLE camera = OpenFirstCamera();
+    XQ_HANDLE camera = OpenCamera(serial);
     if (!camera)
         return sample;
     int64_t count = -1;
@@ -236,7 +314,18 @@ struct JobRun {
     qint64 walksEndNs = 0;
     qint64 finishNs = 0;
     int stateWalks = 0;
+    // Sampling between the walks: all its time, and the sibling's reads.
+    qint64 probeNs = 0;
+    qint64 sampleReads = 0;
+    qint64 sampleNs = 0;
+    qint64 walkCpuNs = 0; // the job thread's, in all walks but the last
+    qint64 sampleCpuNs = 0;
     QString status;
+
+    // The walks in boolean and enumeration states (progress 10 to 99),
+    // without the sampling between them.
+    double walksMs() const { return (walksEndNs - firstWalkEndNs - probeNs) / 1e6; }
+    double sampledRoundTripMs() const { return sampleReads > 0 ? sampleNs / 1e6 / sampleReads : -1; }
 };
 
 // One collection job with the given ignore list, its stdout chatter out of
@@ -252,8 +341,8 @@ JobRun RunJob(const XQ_CODEREADER_DEVICE_INFO& reader, const QByteArray& config)
     const int devNull = open("/dev/null", O_WRONLY);
     dup2(devNull, STDOUT_FILENO);
     close(devNull);
-    g_stateWalks = 0;
-    qInstallMessageHandler(&CountWalks);
+    g_between.reset();
+    qInstallMessageHandler(&SampleBetweenWalks);
     QElapsedTimer clock;
     JobRun run;
     {
@@ -280,7 +369,12 @@ JobRun RunJob(const XQ_CODEREADER_DEVICE_INFO& reader, const QByteArray& config)
     std::fflush(stdout);
     dup2(savedStdout, STDOUT_FILENO);
     close(savedStdout);
-    run.stateWalks = g_stateWalks.load();
+    run.stateWalks = g_between.stateWalks;
+    run.probeNs = g_between.probeNs;
+    run.sampleReads = g_between.sampleReads;
+    run.sampleNs = g_between.sampleNs;
+    run.walkCpuNs = g_between.walkCpuNs;
+    run.sampleCpuNs = g_between.sampleCpuNs;
     return run;
 }
 
@@ -310,33 +404,38 @@ int main(int argc, char** argv)
     const QSet<QString> ignore(patterns.begin(), patterns.end());
 
     QProcess simulator;
-    simulator.start(simulatorPath, {QStringLiteral("--demo"), QStringLiteral("1")});
+    simulator.start(simulatorPath, {QStringLiteral("--demo"), QStringLiteral("2")});
     if (!simulator.waitForStarted(10000)) {
         out << "bench_collect: cannot start the simulator " << simulatorPath << "\n";
         return 2;
     }
     XQ_CODEREADER_DEVICE_INFO reader{};
-    if (!FindReader(&reader)) {
-        out << "bench_collect: no code reader found\n";
+    XQ_CODEREADER_DEVICE_INFO siblingReader{};
+    if (!FindReaders(&reader, &siblingReader)) {
+        out << "bench_collect: the simulator's two code readers were not found\n";
+        return 1;
+    }
+    const QByteArray serial = SerialOf(reader);
+    g_between.sibling = OpenCamera(SerialOf(siblingReader));
+    if (!g_between.sibling) {
+        out << "bench_collect: cannot open the sibling reader\n";
         return 1;
     }
 
     // The job once ignoring every node (an empty pattern matches all), which
-    // leaves the set-up alone, then as shipped, several times: a shared
-    // machine's speed drifts from second to second, so each run is judged
-    // against the round trip measured right before and after it, and the
-    // median run is reported. The difference in read commands the device
-    // answered between a full job and the set-up alone is what the walks and
-    // the state changes between them cost on the wire.
+    // leaves the set-up alone, then as shipped, several times; the median
+    // run is reported. The difference in read commands the device answered
+    // between a full job and the set-up alone is what the walks and the state
+    // changes between them cost on the wire.
     const QString model = QString::fromUtf8(reinterpret_cast<const char*>(reader.stGigE.chModelName));
-    const DeviceSample beforeSetUpOnly = SampleDevice();
+    const DeviceSample beforeSetUpOnly = SampleDevice(serial);
     const JobRun setUpOnly = RunJob(reader, R"({"IgnoreNodes": [""]})");
-    std::vector<DeviceSample> samples{SampleDevice()};
+    std::vector<DeviceSample> samples{SampleDevice(serial)};
     std::vector<JobRun> runs;
     for (std::size_t i = 0; i < kJobRuns; ++i) {
         QDir(CollectionRoot() + QLatin1Char('/') + model).removeRecursively();
         runs.push_back(RunJob(reader, shippedConfig));
-        samples.push_back(SampleDevice());
+        samples.push_back(SampleDevice(serial));
         if (runs.back().finishNs == 0 || !samples.back().valid())
             break;
     }
@@ -350,7 +449,7 @@ int main(int argc, char** argv)
     WalkFigures walk;
     WalkFigures defaultWalk;
     if (!beforeSetUpOnly.valid() || !samples.front().valid() || !samples.back().valid()
-        || !MeasureDevice(ignore, &walk, &defaultWalk) || defaultWalk.wireReads <= 0) {
+        || !MeasureDevice(serial, ignore, &walk, &defaultWalk) || defaultWalk.wireReads <= 0) {
         report << "bench_collect: cannot measure the device\n";
         return 1;
     }
@@ -365,15 +464,17 @@ int main(int argc, char** argv)
         - defaultWalk.wireReads;
 
     struct RunFigures {
-        double captureMs;  // the walks in boolean and enumeration states (progress 10 to 99)
-        double roundTripMs;
-        double ratio;      // on round trips
+        double captureMs;
+        double roundTripMs;       // sampled between the walks
+        double ratio;             // on round trips
+        double asideRoundTripMs;  // the collected reader's, right before and after the run
     };
     std::vector<RunFigures> figures;
     for (std::size_t i = 0; i < runs.size(); ++i) {
-        const double captureMs = (runs[i].walksEndNs - runs[i].firstWalkEndNs) / 1e6;
-        const double roundTripMs = (samples[i].roundTripMs + samples[i + 1].roundTripMs) / 2;
-        figures.push_back({captureMs, roundTripMs, captureMs / (walkCommands * roundTripMs)});
+        const double captureMs = runs[i].walksMs();
+        const double roundTripMs = runs[i].sampledRoundTripMs();
+        const double asideRoundTripMs = (samples[i].roundTripMs + samples[i + 1].roundTripMs) / 2;
+        figures.push_back({captureMs, roundTripMs, captureMs / (walkCommands * roundTripMs), asideRoundTripMs});
     }
     std::vector<RunFigures> byRatio = figures;
     std::sort(byRatio.begin(), byRatio.end(), [](const RunFigures& a, const RunFigures& b) { return a.ratio < b.ratio; });
@@ -396,10 +497,16 @@ int main(int argc, char** argv)
     for (const RunFigures& run : figures)
         report << " " << run.ratio;
     report << "\n";
-    report << "feature capture time         " << median.captureMs << " ms (the median run)\n";
-    report << "single-read round trip       " << median.roundTripMs * 1000 << " us (mean of " << kRoundTripReads
-           << " reads before and " << kRoundTripReads << " after that run)\n";
+    report << "feature capture time         " << median.captureMs << " ms (the median run, without "
+           << first.probeNs / 1e6 << " ms of sampling between its walks)\n";
+    report << "single-read round trip       " << median.roundTripMs * 1000 << " us (" << kReadsBetweenWalks
+           << " reads of a sibling reader of the same simulator before each walk; the collected reader's, "
+           << kRoundTripReads << " reads before and after that run: " << median.asideRoundTripMs * 1000 << " us)\n";
     report << "job's mean time per walk     " << median.captureMs / walks << " ms\n";
+    const double cpuPerWalkMs = first.walkCpuNs / 1e6 / (walks - 1);
+    report << "job thread's CPU per walk    " << cpuPerWalkMs << " ms (" << cpuPerWalkMs * 1000 / roundTripsPerWalk
+           << " us per round trip, state changes included; "
+           << first.sampleCpuNs / 1e3 / first.sampleReads << " us per single read of the sibling)\n";
     report << "one walk, measured alone     " << walk.walkMs << " ms (median of " << kMeasuredWalks
            << " in the job's last state): access modes " << walk.accessModeMs << ", children lists "
            << walk.childrenMs << ", value reads " << walk.valueReadMs << "\n";
@@ -413,6 +520,7 @@ int main(int argc, char** argv)
     report << "walks x round trips x round trip " << wireFloorMs << " ms\n";
     report << "ratio on round trips         " << median.captureMs / wireFloorMs << " (target <= 1.2)\n";
 
+    XQ_CC_DestroyHandle(g_between.sibling);
     simulator.terminate();
     simulator.waitForFinished(5000);
     RemoveTemporaryHome();
