@@ -24,3 +24,14 @@ std::string DescriptionFromAravis(const std::string& deviceAddress)
     g_object_unref(device);
     return bytes;
 }
+
+std::vector<std::string> SerialNumbersFromAravis()
+{
+    arv_update_device_list();
+    std::vector<std::string> serials;
+    for (unsigned int i = 0; i < arv_get_n_devices(); ++i) {
+        const char* serial = arv_get_device_serial_nbr(i);
+        serials.emplace_back(serial != nullptr ? serial : "");
+    }
+    return serials;
+}

@@ -16,7 +16,7 @@
 // (StatRegisterReads, StatRegisterWrites, StatRefusedAccesses,
 // StatFramesTriggered), which count every request since power-up.
 
-#include "AravisListing.h"
+#include "AravisDescription.h"
 #include "DeviceListing.h"
 #include "DeviceProcess.h"
 #include "FeatureWalk.h"
