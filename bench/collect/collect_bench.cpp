@@ -38,7 +38,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <memory>
 #include <vector>
@@ -57,32 +56,33 @@ qint64 ThreadCpuNs()
     return qint64(now.tv_sec) * 1000000000 + now.tv_nsec;
 }
 
-// What the message handler gathers in the job's thread during one job.
+// What the message handler gathers in the job's thread during one job; read
+// once the job's thread has ended.
 struct BetweenWalks {
-    std::atomic<int> stateWalks{0};
-    // Reads of the sibling reader and their time; all time spent sampling.
-    std::atomic<qint64> sampleReads{0};
-    std::atomic<qint64> sampleNs{0};
-    std::atomic<qint64> sampleCpuNs{0};
-    std::atomic<qint64> probeNs{0};
+    int stateWalks = 0;
+    // Reads of the sibling reader, their time and CPU; all time spent
+    // sampling.
+    qint64 sampleReads = 0;
+    qint64 sampleNs = 0;
+    qint64 sampleCpuNs = 0;
+    qint64 probeNs = 0;
     // CPU time of the job's thread from one sampling to the next, that is in
     // the walks and state changes; the last stretch is not counted.
-    std::atomic<qint64> walkCpuNs{0};
+    qint64 walkCpuNs = 0;
+};
+
+struct Sampler {
+    BetweenWalks figures;
     qint64 lastProbeEndCpuNs = -1;
     XQ_HANDLE sibling = nullptr;
 
     void reset()
     {
-        stateWalks = 0;
-        sampleReads = 0;
-        sampleNs = 0;
-        sampleCpuNs = 0;
-        probeNs = 0;
-        walkCpuNs = 0;
+        figures = {};
         lastProbeEndCpuNs = -1;
     }
 };
-BetweenWalks g_between;
+Sampler g_sampler;
 
 void SampleBetweenWalks(QtMsgType, const QMessageLogContext&, const QString& message)
 {
@@ -91,22 +91,23 @@ void SampleBetweenWalks(QtMsgType, const QMessageLogContext&, const QString& mes
     QElapsedTimer probe;
     probe.start();
     const qint64 cpuNs = ThreadCpuNs();
-    if (g_between.lastProbeEndCpuNs >= 0)
-        g_between.walkCpuNs += cpuNs - g_between.lastProbeEndCpuNs;
-    ++g_between.stateWalks;
-    if (g_between.sibling) {
+    BetweenWalks& figures = g_sampler.figures;
+    if (g_sampler.lastProbeEndCpuNs >= 0)
+        figures.walkCpuNs += cpuNs - g_sampler.lastProbeEndCpuNs;
+    ++figures.stateWalks;
+    if (g_sampler.sibling) {
         int64_t value = 0;
         QElapsedTimer reads;
         reads.start();
         int done = 0;
-        while (done < kReadsBetweenWalks && XQ_CC_GetIntValue(g_between.sibling, "Width", &value) == XQ_OK)
+        while (done < kReadsBetweenWalks && XQ_CC_GetIntValue(g_sampler.sibling, "Width", &value) == XQ_OK)
             ++done;
-        g_between.sampleNs += reads.nsecsElapsed();
-        g_between.sampleCpuNs += ThreadCpuNs() - cpuNs;
-        g_between.sampleReads += done;
+        figures.sampleNs += reads.nsecsElapsed();
+        figures.sampleCpuNs += ThreadCpuNs() - cpuNs;
+        figures.sampleReads += done;
     }
-    g_between.probeNs += probe.nsecsElapsed();
-    g_between.lastProbeEndCpuNs = ThreadCpuNs();
+    figures.probeNs += probe.nsecsElapsed();
+    g_sampler.lastProbeEndCpuNs = ThreadCpuNs();
 }
 
 // Only loopback may be up: devices are served and found on 127.0.0.0/8.
@@ -313,19 +314,16 @@ struct JobRun {
     qint64 firstWalkEndNs = 0;
     qint64 walksEndNs = 0;
     qint64 finishNs = 0;
-    int stateWalks = 0;
-    // Sampling between the walks: all its time, and the sibling's reads.
-    qint64 probeNs = 0;
-    qint64 sampleReads = 0;
-    qint64 sampleNs = 0;
-    qint64 walkCpuNs = 0; // the job thread's, in all walks but the last
-    qint64 sampleCpuNs = 0;
+    BetweenWalks between;
     QString status;
 
     // The walks in boolean and enumeration states (progress 10 to 99),
     // without the sampling between them.
-    double walksMs() const { return (walksEndNs - firstWalkEndNs - probeNs) / 1e6; }
-    double sampledRoundTripMs() const { return sampleReads > 0 ? sampleNs / 1e6 / sampleReads : -1; }
+    double walksMs() const { return (walksEndNs - firstWalkEndNs - between.probeNs) / 1e6; }
+    double sampledRoundTripMs() const
+    {
+        return between.sampleReads > 0 ? between.sampleNs / 1e6 / between.sampleReads : -1;
+    }
 };
 
 // One collection job with the given ignore list, its stdout chatter out of
@@ -341,7 +339,7 @@ JobRun RunJob(const XQ_CODEREADER_DEVICE_INFO& reader, const QByteArray& config)
     const int devNull = open("/dev/null", O_WRONLY);
     dup2(devNull, STDOUT_FILENO);
     close(devNull);
-    g_between.reset();
+    g_sampler.reset();
     qInstallMessageHandler(&SampleBetweenWalks);
     QElapsedTimer clock;
     JobRun run;
@@ -369,12 +367,7 @@ JobRun RunJob(const XQ_CODEREADER_DEVICE_INFO& reader, const QByteArray& config)
     std::fflush(stdout);
     dup2(savedStdout, STDOUT_FILENO);
     close(savedStdout);
-    run.stateWalks = g_between.stateWalks;
-    run.probeNs = g_between.probeNs;
-    run.sampleReads = g_between.sampleReads;
-    run.sampleNs = g_between.sampleNs;
-    run.walkCpuNs = g_between.walkCpuNs;
-    run.sampleCpuNs = g_between.sampleCpuNs;
+    run.between = g_sampler.figures;
     return run;
 }
 
@@ -416,8 +409,8 @@ int main(int argc, char** argv)
         return 1;
     }
     const QByteArray serial = SerialOf(reader);
-    g_between.sibling = OpenCamera(SerialOf(siblingReader));
-    if (!g_between.sibling) {
+    g_sampler.sibling = OpenCamera(SerialOf(siblingReader));
+    if (!g_sampler.sibling) {
         out << "bench_collect: cannot open the sibling reader\n";
         return 1;
     }
@@ -480,7 +473,7 @@ int main(int argc, char** argv)
     std::sort(byRatio.begin(), byRatio.end(), [](const RunFigures& a, const RunFigures& b) { return a.ratio < b.ratio; });
     const RunFigures& median = byRatio[byRatio.size() / 2];
     const JobRun& first = runs.front();
-    const int walks = first.stateWalks;
+    const int walks = first.between.stateWalks;
     const double roundTripsPerWalk = double(walkCommands) / walks;
     const double floorMs = walks * walk.reads * median.roundTripMs;
     const double wireFloorMs = walkCommands * median.roundTripMs;
@@ -498,15 +491,15 @@ int main(int argc, char** argv)
         report << " " << run.ratio;
     report << "\n";
     report << "feature capture time         " << median.captureMs << " ms (the median run, without "
-           << first.probeNs / 1e6 << " ms of sampling between its walks)\n";
+           << first.between.probeNs / 1e6 << " ms of sampling between its walks)\n";
     report << "single-read round trip       " << median.roundTripMs * 1000 << " us (" << kReadsBetweenWalks
            << " reads of a sibling reader of the same simulator before each walk; the collected reader's, "
            << kRoundTripReads << " reads before and after that run: " << median.asideRoundTripMs * 1000 << " us)\n";
     report << "job's mean time per walk     " << median.captureMs / walks << " ms\n";
-    const double cpuPerWalkMs = first.walkCpuNs / 1e6 / (walks - 1);
+    const double cpuPerWalkMs = first.between.walkCpuNs / 1e6 / (walks - 1);
     report << "job thread's CPU per walk    " << cpuPerWalkMs << " ms (" << cpuPerWalkMs * 1000 / roundTripsPerWalk
            << " us per round trip, state changes included; "
-           << first.sampleCpuNs / 1e3 / first.sampleReads << " us per single read of the sibling)\n";
+           << first.between.sampleCpuNs / 1e3 / first.between.sampleReads << " us per single read of the sibling)\n";
     report << "one walk, measured alone     " << walk.walkMs << " ms (median of " << kMeasuredWalks
            << " in the job's last state): access modes " << walk.accessModeMs << ", children lists "
            << walk.childrenMs << ", value reads " << walk.valueReadMs << "\n";
@@ -520,7 +513,7 @@ int main(int argc, char** argv)
     report << "walks x round trips x round trip " << wireFloorMs << " ms\n";
     report << "ratio on round trips         " << median.captureMs / wireFloorMs << " (target <= 1.2)\n";
 
-    XQ_CC_DestroyHandle(g_between.sibling);
+    XQ_CC_DestroyHandle(g_sampler.sibling);
     simulator.terminate();
     simulator.waitForFinished(5000);
     RemoveTemporaryHome();
