@@ -16,11 +16,11 @@
 #include "SessionSupport.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
-#include <map>
 #include <unordered_map>
 #include <vector>
 
