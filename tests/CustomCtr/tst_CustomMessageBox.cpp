@@ -54,11 +54,9 @@ class TestCustomMessageBox : public QObject
 private slots:
     void ask_returnsTheButtonPressed();
     void closingOtherwise_returnsZero();
-    void warning_withOneButton_offersOnlyConfirm();
+    void warning_withOneButton_offersOnlyConfirm_andPlainText();
     void unknownButtonValues_fallBackToConfirm();
-    void texts_areShownAsPlainText();
     void detailText_isBehindADetailsToggle();
-    void cancelAsDefault_isWhatEnterPresses();
     void parentDeletedWhileOpen_returnsZero();
     void buttonTexts_followTheInstalledCatalogue();
 };
@@ -73,9 +71,11 @@ void TestCustomMessageBox::ask_returnsTheButtonPressed()
     pressButton(QStringLiteral("CancelBtn"));
     QCOMPARE(CustomMessageBox::ask(&parent, QStringLiteral("Quit?"), QStringLiteral("Prompt"), 3, QString(), false), 2);
 
-    // Without a parent as well.
-    pressButton(QStringLiteral("ConfirmBtn"));
-    QCOMPARE(CustomMessageBox::ask(nullptr, QStringLiteral("Quit?"), QStringLiteral("Prompt")), 1);
+    // Enter presses the default: Cancel when asked for, Confirm otherwise.
+    whenBoxShows([](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
+    QCOMPARE(CustomMessageBox::ask(nullptr, QStringLiteral("Delete?"), QStringLiteral("Prompt"), 3, QString(), true), 2);
+    whenBoxShows([](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
+    QCOMPARE(CustomMessageBox::ask(nullptr, QStringLiteral("Delete?"), QStringLiteral("Prompt"), 3, QString(), false), 1);
 }
 
 void TestCustomMessageBox::closingOtherwise_returnsZero()
@@ -90,20 +90,21 @@ void TestCustomMessageBox::closingOtherwise_returnsZero()
     QCOMPARE(CustomMessageBox::warning(nullptr, QStringLiteral("Busy"), QStringLiteral("Prompt"), 3, QString()), 0);
 }
 
-void TestCustomMessageBox::warning_withOneButton_offersOnlyConfirm()
+void TestCustomMessageBox::warning_withOneButton_offersOnlyConfirm_andPlainText()
 {
+    // Device texts may hold markup: they are shown as they are.
+    const QString hostile = QStringLiteral("<img src=\"x\"><b>ID2000</b> & more");
     bool hadCancel = true;
-    QString title;
+    QLabel* message = nullptr;
     whenBoxShows([&](QWidget* box) {
         hadCancel = box->findChild<CustomPushButton*>(QStringLiteral("CancelBtn")) != nullptr;
-        title = box->findChild<CustomTitleBar*>()->cTitleText();
+        message = box->findChild<QLabel*>(QStringLiteral("MessageText"));
+        QVERIFY(message && message->text() == hostile && message->textFormat() == Qt::PlainText);
         QTest::mouseClick(box->findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn")), Qt::LeftButton);
     });
-    const int result = CustomMessageBox::warning(nullptr, QStringLiteral("The camera is connected"),
-                                                 QStringLiteral("Prompt"), 1, QString());
-    QCOMPARE(result, 1);
+    QCOMPARE(CustomMessageBox::warning(nullptr, hostile, QStringLiteral("Prompt"), 1, QString()), 1);
+    QVERIFY(message);
     QVERIFY(!hadCancel);
-    QCOMPARE(title, QStringLiteral("Prompt"));
 }
 
 void TestCustomMessageBox::unknownButtonValues_fallBackToConfirm()
@@ -118,24 +119,8 @@ void TestCustomMessageBox::unknownButtonValues_fallBackToConfirm()
     QVERIFY(onlyCancel.findChild<CustomPushButton*>(QStringLiteral("CancelBtn")));
 }
 
-void TestCustomMessageBox::texts_areShownAsPlainText()
-{
-    const QString hostile = QStringLiteral("<img src=\"x\"><b>ID2000</b> & more");
-    CustomMessageBox box(nullptr, CustomMessageBox::WarningIcon, hostile, QStringLiteral("<i>Prompt</i>"));
-    auto* const message = box.findChild<QLabel*>(QStringLiteral("MessageText"));
-    QVERIFY(message);
-    QCOMPARE(message->text(), hostile);
-    QCOMPARE(message->textFormat(), Qt::PlainText);
-    QCOMPARE(box.cTitleBar()->cTitleText(), QStringLiteral("<i>Prompt</i>"));
-    QVERIFY(box.isModal());
-}
-
 void TestCustomMessageBox::detailText_isBehindADetailsToggle()
 {
-    CustomMessageBox plain(nullptr, CustomMessageBox::QuestionIcon, QStringLiteral("x"), QStringLiteral("y"), 3);
-    QVERIFY(!plain.findChild<QPlainTextEdit*>(QStringLiteral("DetailText")));
-    QVERIFY(!plain.findChild<CustomPushButton*>(QStringLiteral("DetailBtn")));
-
     CustomMessageBox box(nullptr, CustomMessageBox::QuestionIcon, QStringLiteral("x"), QStringLiteral("y"), 3,
                          QStringLiteral("line 1\nline 2"));
     box.show();
@@ -149,15 +134,6 @@ void TestCustomMessageBox::detailText_isBehindADetailsToggle()
     QVERIFY(detail->isVisible());
     QTest::mouseClick(toggle, Qt::LeftButton);
     QVERIFY(!detail->isVisible());
-}
-
-void TestCustomMessageBox::cancelAsDefault_isWhatEnterPresses()
-{
-    whenBoxShows([](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
-    QCOMPARE(CustomMessageBox::ask(nullptr, QStringLiteral("Delete?"), QStringLiteral("Prompt"), 3, QString(), true), 2);
-
-    whenBoxShows([](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
-    QCOMPARE(CustomMessageBox::ask(nullptr, QStringLiteral("Delete?"), QStringLiteral("Prompt"), 3, QString(), false), 1);
 }
 
 void TestCustomMessageBox::parentDeletedWhileOpen_returnsZero()
@@ -176,10 +152,6 @@ void TestCustomMessageBox::buttonTexts_followTheInstalledCatalogue()
     auto* const confirm = box.findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn"));
     auto* const cancel = box.findChild<CustomPushButton*>(QStringLiteral("CancelBtn"));
     auto* const details = box.findChild<CustomPushButton*>(QStringLiteral("DetailBtn"));
-    QCOMPARE(confirm->text(), QStringLiteral("Confirm"));
-    QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
-    QCOMPARE(details->text(), QStringLiteral("Details"));
-
     QTranslator translator;
     QVERIFY2(translator.load(QStringLiteral("customctr_test_zh_CN"), QStringLiteral(CUSTOMCTR_TEST_QM_DIR)),
              "test catalogue customctr_test_zh_CN.qm missing: lrelease did not run");
