@@ -8,9 +8,7 @@
 #include "VirtualCameraCreation.h"
 #include "VirtualCameraList.h"
 
-#include <QDate>
 #include <QRegularExpression>
-#include <QSet>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -133,23 +131,6 @@ private slots:
         QCOMPARE(models.Rows().value("Unlisted-ID"), QString());
     }
 
-    void modelTable_has37ReadersWith11VersionsOfTheFixedForm()
-    {
-        const SupportedModelTable models;
-        QCOMPARE(models.Size(), 37);
-        const QRegularExpression form("^V(\\d+)\\.(\\d+)\\.(\\d+)\\.R (\\d{6})$");
-        QSet<QString> versions;
-        for (auto it = models.Rows().cbegin(); it != models.Rows().cend(); ++it) {
-            QVERIFY2(it.key().contains("ID"), qPrintable(it.key()));
-            QVERIFY2(IsSafeStoreName(it.key()), qPrintable(it.key()));
-            const QRegularExpressionMatch match = form.match(it.value());
-            QVERIFY2(match.hasMatch(), qPrintable(it.value()));
-            QVERIFY2(QDate::fromString(match.captured(4), "yyMMdd").isValid(), qPrintable(it.value()));
-            versions.insert(it.value());
-        }
-        QCOMPARE(versions.size(), 11);
-    }
-
     void configFileWritability()
     {
         QVERIFY2(IsConfigFileWritable(ConfigPath()), "a missing file is created later, so it passes");
@@ -175,6 +156,8 @@ private slots:
                                                    "[Vir3]\nbIsConnect=0\n"
                                                    "[..]\nchModelName=Escape\n"
                                                    "[Vir4]\nchModelName=\"A,B %1\"\n"));
+        QSettings missing(m_pDir->path() + "/missing.ini", QSettings::IniFormat);
+        QVERIFY(ReadVirtualCameraList(missing).isEmpty());
         QSettings settings(ConfigPath(), QSettings::IniFormat);
         settings.setIniCodec("utf-8");
         const QVector<VirtualCameraEntry> entries = ReadVirtualCameraList(settings);
@@ -184,15 +167,6 @@ private slots:
         QCOMPARE(entries[1].strGroup, QString("Vir2"));
         QCOMPARE(entries[2].strModel, QString("A,B %1"));
         QCOMPARE(VirtualCameraEntryText(entries[2].strModel, entries[2].strGroup), QString("A,B %1(Vir4)"));
-    }
-
-    void listReading_onlyGlobalOrNoFile_givesNoEntries()
-    {
-        QSettings missing(ConfigPath(), QSettings::IniFormat);
-        QVERIFY(ReadVirtualCameraList(missing).isEmpty());
-        QVERIFY(StoreTest::WriteFile(m_pDir->path() + "/global.ini", "[Global]\nVirtualMode=1\n"));
-        QSettings onlyGlobal(m_pDir->path() + "/global.ini", QSettings::IniFormat);
-        QVERIFY(ReadVirtualCameraList(onlyGlobal).isEmpty());
     }
 
     void collectedModels_areTheVisibleSubfoldersByNameIgnoringCase()
@@ -222,13 +196,6 @@ private slots:
         QVERIFY(!PlanVirtualCamera("a/b", "/root", 1731734400123));
     }
 
-    void storePaths_followTheSuiteTemporaryFolder()
-    {
-        qputenv("QUORVEX_SYSTEM_TEMP", "/tmp/suite %1");
-        QCOMPARE(ConfigFilePath(), QString("/tmp/suite %1/VirtualCamera/VirtualCameraConfig.ini"));
-        QCOMPARE(RegisterFilePath("Vir1", "M"), QString("/tmp/suite %1/VirtualCamera/Cameras/Vir1/M_regfile.dat"));
-        qunsetenv("QUORVEX_SYSTEM_TEMP");
-    }
 };
 
 QTEST_GUILESS_MAIN(VirtualCameraConfigTest)
