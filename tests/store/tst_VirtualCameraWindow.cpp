@@ -1,6 +1,5 @@
 // The window's right half against a real store: "Add" and "Delete" from the
-// list's context menu, the refusal while a serving program holds the camera,
-// and a configuration that cannot be written.
+// list's context menu, and the refusal while a serving program holds the camera.
 
 #include "StoreTestSupport.h"
 #include "AppFolders.h"
@@ -23,7 +22,6 @@
 
 #include <functional>
 #include <memory>
-#include <sys/stat.h>
 
 namespace {
 
@@ -199,30 +197,6 @@ private slots:
         QVERIFY(!QFileInfo::exists(VirtualStore::CameraFolder(strGroup)));
     }
 
-    void add_withUnwritableConfiguration_warnsAndLeavesAnEmptyFolder()
-    {
-        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID5120M", "QVX-ID5120M");
-        const QByteArray original = "[Global]\nVirtualMode=1\n";
-        QVERIFY(StoreTest::WriteFile(VirtualStore::ConfigFilePath(), original));
-        QVERIFY(::chmod(QFile::encodeName(VirtualStore::ConfigFilePath()).constData(), 0444) == 0);
-        OpenWindow();
-        Selector()->setCurrentText("QVX-ID5120M");
-        QString strWarning;
-        {
-            const StoreTest::FilePermissionsEnforced permissions;
-            QVERIFY2(permissions.IsActive(), "could not drop the capabilities that override file permissions");
-            ConfirmNextMessageBox(&strWarning);
-            AddButton()->click();
-        }
-        QCOMPARE(strWarning, QString("The configuration file fails to be written. Start the tool as an administrator!"));
-        QCOMPARE(List()->count(), 0);
-        m_pWindow.reset();
-        QCOMPARE(ConfigBytes(), original);
-        const QStringList folders = QDir(VirtualStore::StorePath() + "/Cameras").entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-        QCOMPARE(folders.size(), 1);
-        QVERIFY(QDir(VirtualStore::StorePath() + "/Cameras/" + folders.first()).isEmpty());
-        ::chmod(QFile::encodeName(VirtualStore::ConfigFilePath()).constData(), 0644);
-    }
 };
 
 QTEST_MAIN(VirtualCameraWindowTest)
