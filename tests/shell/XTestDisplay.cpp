@@ -129,16 +129,3 @@ void XTestDisplay::destroyWindow(XWindowId window) const
     XDestroyWindow(m_pDisplay, window);
     XSync(m_pDisplay, False);
 }
-
-void XTestDisplay::requestClose(Window window) const
-{
-    XEvent event {};
-    event.xclient.type = ClientMessage;
-    event.xclient.window = window;
-    event.xclient.message_type = XInternAtom(m_pDisplay, "WM_PROTOCOLS", False);
-    event.xclient.format = 32;
-    event.xclient.data.l[0] = static_cast<long>(XInternAtom(m_pDisplay, "WM_DELETE_WINDOW", False));
-    event.xclient.data.l[1] = CurrentTime;
-    XSendEvent(m_pDisplay, window, False, NoEventMask, &event);
-    XSync(m_pDisplay, False);
-}

@@ -35,9 +35,6 @@ public:
 
     void destroyWindow(XWindowId window) const;
 
-    // Asks a window to close, as a window manager's close button does.
-    void requestClose(XWindowId window) const;
-
 private:
     QList<XWindowId> topLevelWindows() const;
 

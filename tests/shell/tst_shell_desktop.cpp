@@ -1,6 +1,6 @@
 // The real tool on a private X server: a later start hands the focus to the
-// running window and exits 0, switches its language when asked, and a copy
-// that ended (closed or killed) leaves nothing that stops the next start.
+// running window and exits 0 and switches its language when asked (what an
+// ended copy leaves behind is tst_shell_single_instance's to show).
 // Screenshots of the window in both languages land in <build>/screenshots.
 
 #include "XTestDisplay.h"
@@ -130,28 +130,6 @@ private slots:
         endTool(*first);
     }
 
-    void endedCopy_closedOrKilled_leavesTheNextStartFirst()
-    {
-        const std::unique_ptr<QProcess> first = startTool({"ENG"});
-        XWindowId window = waitForWindow("Quorvex");
-        QVERIFY(window);
-        m_x.requestClose(window);
-        QVERIFY2(first->waitForFinished(20000), "the window did not close");
-        QCOMPARE(first->exitStatus(), QProcess::NormalExit);
-        QCOMPARE(first->exitCode(), 0);
-
-        const std::unique_ptr<QProcess> second = startTool({"ENG"});
-        window = waitForWindow("Quorvex");
-        QVERIFY2(window, "after a normal end the next start did not become the first copy");
-        second->kill();
-        QVERIFY(second->waitForFinished(10000));
-        QTRY_COMPARE(m_x.findWindow("Quorvex"), XWindowId(0));
-
-        const std::unique_ptr<QProcess> third = startTool({"ENG"});
-        QVERIFY2(waitForWindow("Quorvex"), "after a kill the next start did not become the first copy");
-        QCOMPARE(runLaterStart(), 0);
-        endTool(*third);
-    }
 };
 
 QTEST_GUILESS_MAIN(DesktopTest)

@@ -109,12 +109,6 @@ private slots:
         QCOMPARE(findInstanceWindow(), static_cast<QWidget*>(nullptr));
     }
 
-    void secondCopyWithoutAnyWindow_stillExitsZero()
-    {
-        QVERIFY(!isAlreadyRunning());
-        QCOMPARE(runSecondCopy(), 0);
-    }
-
     void secondCopyWithLanguage_switchesTheFirstCopy()
     {
         QVERIFY(!isAlreadyRunning());
@@ -140,7 +134,8 @@ private slots:
         closeInstanceGuard();
         QCOMPARE(runSecondCopy(), 3);
 
-        // Killed: the lock dies with it and the socket file it left is replaced.
+        // Killed: the lock dies with it and the socket file it left is replaced;
+        // a later copy exits 0 even when the first shows no window.
         std::unique_ptr<QProcess> first = startHoldingFirstCopy();
         QVERIFY2(first, "the helper did not become the first copy");
         QVERIFY(isAlreadyRunning());
