@@ -80,21 +80,11 @@ protected:
     const XQ_CC_DEVICE_INFO* m_camera = nullptr;
 };
 
-TEST_F(Simulator, enumerationRecordsCarryTheDemoIdentity)
+TEST_F(Simulator, enumerationFindsEveryDemoReaderOnItsAddressThroughBothSdks)
 {
     EXPECT_EQ(m_readers.nDeviceNum, kDemoCount);
     EXPECT_EQ(text(m_reader->stGigE.chModelName), kModel);
-    EXPECT_NE(text(m_reader->stGigE.chModelName).find("ID"), std::string::npos);
-    EXPECT_EQ(text(m_reader->stGigE.chDeviceVersion), "V3.2.1.R 240315");
-    EXPECT_EQ(text(m_reader->stGigE.chManufacturerName), "Quorvex Demo");
-    EXPECT_EQ(text(m_reader->stGigE.chUserDefinedName), "DemoReader1");
     EXPECT_EQ(m_reader->stGigE.nCurrentIp, 0x7F000002u);
-    EXPECT_EQ(m_reader->nMacAddrHigh, 0x0251u);
-    EXPECT_EQ(m_reader->nMacAddrLow, 0x56580000u);
-    EXPECT_EQ(m_reader->nTLayerType, static_cast<unsigned int>(XQ_TLAYER_GIGE));
-
-    EXPECT_EQ(text(m_camera->stGigE.chModelName), kModel);
-    EXPECT_EQ(text(m_camera->stGigE.chSerialNumber), kSerial);
     EXPECT_EQ(m_camera->stGigE.nCurrentIp, 0x7F000002u);
     const XQ_CODEREADER_DEVICE_INFO* second = xqtest::findCodeReader(m_readers, "QD24A10101");
     ASSERT_NE(second, nullptr);
@@ -128,18 +118,42 @@ TEST_F(Simulator, nodesReportTheDescriptionsTypeAccessAndVisibility)
     check("TcpStartTriggerStr", XQ_IFT_ISTRING, XQ_AM_NA, XQ_VISIBILITY_BEGINNER);
 }
 
-// What the fake camera cannot show: booleans, a text behind an availability
-// rule the SDK evaluates itself, a writable text's length and a float's range.
-TEST_F(Simulator, gettersAndSettersFollowAvailabilityRules)
+// Getters and setters of every kind with their refusals, and rules the SDK
+// evaluates itself: a text behind an availability rule, its length, a range.
+TEST_F(Simulator, gettersAndSettersOfEveryKindFollowTheRules)
 {
     XQ_HANDLE camera = openCamera();
     const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
+    std::int64_t integer = 0;
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 640), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetIntValue(camera, "Width", &integer), XQ_OK);
+    EXPECT_EQ(integer, 640);
+    EXPECT_EQ(XQ_CC_SetIntValue(camera, "Width", 1 << 30), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_CC_SetIntValue(camera, "SensorHeight", 100), XQ_ERR_ACCESS_DENIED);
+    ASSERT_EQ(XQ_CC_SetIntValue(camera, "Width", 1280), XQ_OK);
     bool flag = true;
     ASSERT_EQ(XQ_CC_GetBoolValue(camera, "ReverseX", &flag), XQ_OK);
     ASSERT_EQ(XQ_CC_SetBoolValue(camera, "ReverseX", !flag), XQ_OK);
     bool flipped = flag;
     ASSERT_EQ(XQ_CC_GetBoolValue(camera, "ReverseX", &flipped), XQ_OK);
     EXPECT_EQ(flipped, !flag);
+    double number = 0;
+    ASSERT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTime", 2000.0), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetFloatValue(camera, "ExposureTime", &number), XQ_OK);
+    EXPECT_DOUBLE_EQ(number, 2000.0);
+    EXPECT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTime", 1e9), XQ_ERR_INVALID_PARAMETER);
+
+    XQ_ENUMVALUE enumeration{};
+    char symbol[32];
+    ASSERT_EQ(XQ_CC_SetEnumValueByString(camera, "TriggerMode", "On"), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetEnumValue(camera, "TriggerMode", &enumeration), XQ_OK);
+    ASSERT_EQ(XQ_CC_GetEnumEntrySymbolic(camera, "TriggerMode", enumeration.nCurrentValue, symbol, sizeof symbol),
+              XQ_OK);
+    EXPECT_STREQ(symbol, "On");
+    EXPECT_EQ(XQ_CC_GetEnumEntrySymbolic(camera, "TriggerMode", enumeration.nCurrentValue, symbol, 1),
+              XQ_ERR_BUFFER_TOO_SMALL);
+    EXPECT_EQ(XQ_CC_SetEnumValueByString(camera, "TriggerMode", "Sideways"), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_CC_SetEnumValue(camera, "TriggerMode", 12345), XQ_ERR_INVALID_PARAMETER);
 
     XQ_CC_STRINGVALUE string{};
     EXPECT_EQ(XQ_CC_GetStringValue(camera, "TcpStartTriggerStr", &string), XQ_ERR_ACCESS_DENIED);
@@ -147,11 +161,17 @@ TEST_F(Simulator, gettersAndSettersFollowAvailabilityRules)
     ASSERT_EQ(XQ_CC_SetStringValue(camera, "TcpStartTriggerStr", "GO"), XQ_OK);
     ASSERT_EQ(XQ_CC_GetStringValue(camera, "TcpStartTriggerStr", &string), XQ_OK);
     EXPECT_STREQ(string.chValue, "GO");
-    EXPECT_EQ(string.nMaxLength, 32);
     EXPECT_EQ(XQ_CC_SetStringValue(camera, "TcpStartTriggerStr", std::string(40, 'x').c_str()),
               XQ_ERR_INVALID_PARAMETER);
-    EXPECT_EQ(XQ_CC_SetFloatValue(camera, "ExposureTime", 1e9), XQ_ERR_INVALID_PARAMETER);
+    EXPECT_EQ(XQ_CC_SetStringValue(camera, "DeviceModelName", "x"), XQ_ERR_ACCESS_DENIED);
     EXPECT_EQ(XQ_CC_SetCommandValue(camera, "UserSetLoad"), XQ_OK);
+
+    // Wrong types, unknown and empty names.
+    EXPECT_EQ(XQ_CC_GetBoolValue(camera, "Width", &flag), XQ_ERR_GENICAM);
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "PixelFormat", &integer), XQ_ERR_GENICAM) << "enumerations are not integers";
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "TriggerSoftware", &integer), XQ_ERR_GENICAM);
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "NoSuchFeature", &integer), XQ_ERR_GENICAM);
+    EXPECT_EQ(XQ_CC_GetIntValue(camera, "", &integer), XQ_ERR_INVALID_PARAMETER);
 }
 
 TEST_F(Simulator, valueReadsAgreeWithAnIndependentAravisClient)
@@ -203,6 +223,19 @@ std::vector<std::string> zxingTexts(const std::vector<std::uint8_t>& grey, int w
     return texts;
 }
 
+// Triggers by software and waits for the frame, triggering again when one
+// was lost on loopback, as the collection does; returns the last result.
+int triggerAndGrab(XQ_HANDLE reader, unsigned char** data, XQ_CODEREADER_FRAME_INFO* info)
+{
+    int result = XQ_ERR_NO_DATA;
+    for (int attempt = 0; attempt < 3 && result == XQ_ERR_NO_DATA; ++attempt) {
+        if (const int triggered = XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"); triggered != XQ_OK)
+            return triggered;
+        result = XQ_CODEREADER_GetOneFrameTimeout(reader, data, info, 2000);
+    }
+    return result;
+}
+
 TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
 {
     XQ_HANDLE reader = openGrabbingReader(m_reader);
@@ -213,7 +246,7 @@ TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
     // every fourth an EAN-13.
     for (int attempt = 0; attempt < 12; ++attempt) {
         unsigned char* data = nullptr;
-        ASSERT_EQ(xqtest::triggerAndGrab(reader, &data, info.get()), XQ_OK);
+        ASSERT_EQ(triggerAndGrab(reader, &data, info.get()), XQ_OK);
         int width = 0;
         int height = 0;
         std::vector<std::uint8_t> grey;
@@ -224,47 +257,28 @@ TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
 
         std::set<std::string> sdkTexts;
         for (unsigned int i = 0; i < info->nCodeNum; ++i) {
-            const XQ_CODEREADER_CODE_INFO& code = info->stCodeInfo[i];
-            sdkTexts.insert(code.chCode);
-            symbologies.insert(code.nSymbology);
-            const std::string codeText = code.chCode;
-            int expected = XQ_SYMBOLOGY_EAN13;
-            if (codeText.rfind("QVX ", 0) == 0)
-                expected = XQ_SYMBOLOGY_QR;
-            else if (codeText.rfind("DM-", 0) == 0)
-                expected = XQ_SYMBOLOGY_DM;
-            else if (codeText.rfind(kSerial, 0) == 0)
-                expected = XQ_SYMBOLOGY_CODE128;
-            EXPECT_EQ(code.nSymbology, expected) << codeText;
-            for (const auto& corner : code.stCornerPt) {
-                EXPECT_GE(corner.nX, 0);
-                EXPECT_LT(corner.nX, 1280);
-                EXPECT_GE(corner.nY, 0);
-                EXPECT_LT(corner.nY, 1024);
-            }
-            // Corners go round clockwise from the top-left in image coordinates.
-            const auto& p = code.stCornerPt;
-            const long long cross = static_cast<long long>(p[1].nX - p[0].nX) * (p[2].nY - p[1].nY)
-                - static_cast<long long>(p[1].nY - p[0].nY) * (p[2].nX - p[1].nX);
-            if (code.nSymbology == XQ_SYMBOLOGY_QR || code.nSymbology == XQ_SYMBOLOGY_DM) {
-                EXPECT_GT(cross, 0) << codeText;
-            }
+            sdkTexts.insert(info->stCodeInfo[i].chCode);
+            symbologies.insert(info->stCodeInfo[i].nSymbology);
         }
         // The JPEG shows the frame the codes were read from.
         for (const auto& found : zxingTexts(grey, width, height))
             EXPECT_EQ(sdkTexts.count(found), 1u) << found;
     }
-    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_QR), 1u);
-    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_CODE128), 1u);
-    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_EAN13), 1u);
-    EXPECT_EQ(symbologies.count(XQ_SYMBOLOGY_DM), 1u);
+    EXPECT_EQ(symbologies, (std::set<int>{XQ_SYMBOLOGY_QR, XQ_SYMBOLOGY_CODE128, XQ_SYMBOLOGY_EAN13, XQ_SYMBOLOGY_DM}));
+    // No trigger, no frame, and the wait ends on time; state errors on the way.
+    EXPECT_EQ(XQ_CODEREADER_StartGrabbing(reader), XQ_ERR_WRONG_STATE);
+    unsigned char* none = nullptr;
+    const auto started = std::chrono::steady_clock::now();
+    EXPECT_EQ(XQ_CODEREADER_GetOneFrameTimeout(reader, &none, info.get(), 300), XQ_ERR_NO_DATA);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, 2s);
     EXPECT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
+    EXPECT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_ERR_WRONG_STATE);
 
     // Colour frames go through the same pipeline.
     ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "PixelFormat", "RGB8Packed"), XQ_OK);
     ASSERT_EQ(XQ_CODEREADER_StartGrabbing(reader), XQ_OK);
     unsigned char* data = nullptr;
-    ASSERT_EQ(xqtest::triggerAndGrab(reader, &data, info.get()), XQ_OK);
+    ASSERT_EQ(triggerAndGrab(reader, &data, info.get()), XQ_OK);
     EXPECT_GE(info->nCodeNum, 2u);
     ASSERT_EQ(XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
     ASSERT_EQ(XQ_CODEREADER_SetEnumValueByString(reader, "PixelFormat", "Mono8"), XQ_OK);

@@ -151,15 +151,4 @@ std::map<std::string, unsigned int> aravisAccessModes(const char* ip, const std:
     return modes;
 }
 
-int triggerAndGrab(XQ_HANDLE reader, unsigned char** data, XQ_CODEREADER_FRAME_INFO* info, int attempts)
-{
-    int result = XQ_ERR_NO_DATA;
-    for (int attempt = 0; attempt < attempts && result == XQ_ERR_NO_DATA; ++attempt) {
-        if (const int triggered = XQ_CODEREADER_SetCommandValue(reader, "TriggerSoftware"); triggered != XQ_OK)
-            return triggered;
-        result = XQ_CODEREADER_GetOneFrameTimeout(reader, data, info, 2000);
-    }
-    return result;
-}
-
 } // namespace xqtest

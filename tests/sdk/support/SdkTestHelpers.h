@@ -57,11 +57,6 @@ std::map<std::string, AravisValue> stableAravisValues(const char* ip, const std:
 // evaluates them now: implemented, available, access and lock rules.
 std::map<std::string, unsigned int> aravisAccessModes(const char* ip, const std::vector<std::string>& names);
 
-// Triggers the reader by software and waits for the frame, triggering again
-// when a frame was lost on the way (as the collection does); returns the
-// last result.
-int triggerAndGrab(XQ_HANDLE reader, unsigned char** data, XQ_CODEREADER_FRAME_INFO* info, int attempts = 3);
-
 // A private folder that is removed afterwards.
 class TemporaryFolder final {
 public:
