@@ -1,11 +1,12 @@
 // The collection engine's pieces that need no device: progress arithmetic,
-// CSV bytes, symbology names, paths and the model-name check, moving files,
-// the ignore list, and a job that refuses a hostile model name. The pure
-// functions are checked against one table each.
+// CSV bytes, symbology names, moving files, the ignore list, device listing,
+// removal of collected files, and jobs stopped by their model name before
+// any device is touched. One table per function.
 
 #include "CaptureCsv.h"
-#include "CollectPaths.h"
 #include "CollectProgress.h"
+#include "CollectedFiles.h"
+#include "DeviceListing.h"
 #include "IgnoreList.h"
 #include "QCollectInfoThread.h"
 #include "SuiteLayout.h"
@@ -80,6 +81,39 @@ XQ_CODEREADER_DEVICE_INFO RecordOf(const QByteArray& model, const QByteArray& se
     return record;
 }
 
+struct JobResult {
+    QStringList statuses;
+    int finishes = 0;
+    int progresses = 0;
+};
+
+// Runs one job to its end from folder; a refused model name stops it before
+// any device is touched.
+JobResult RunJob(const XQ_CODEREADER_DEVICE_INFO& record, const QString& folder)
+{
+    const QString previous = QDir::currentPath();
+    QDir::setCurrent(folder);
+    QCollectInfoThread job;
+    job.SetDeviceInfo(record);
+    QSignalSpy status(&job, &QCollectInfoThread::SigDeviceCollectStatus);
+    QSignalSpy finish(&job, &QCollectInfoThread::SigDeviceCollectFinish);
+    QSignalSpy progress(&job, &QCollectInfoThread::SigDeviceCollectProgress);
+    job.start();
+    job.wait();
+    QCoreApplication::processEvents();
+    QDir::setCurrent(previous);
+    JobResult result;
+    const QString serial = QString::fromLatin1(reinterpret_cast<const char*>(record.stGigE.chSerialNumber));
+    for (const QList<QVariant>& arguments : status)
+        result.statuses.append((arguments.at(0).toString() == serial ? QString() : QStringLiteral("<wrong serial> "))
+                               + arguments.at(1).toString());
+    result.finishes = finish.count();
+    result.progresses = progress.count();
+    return result;
+}
+
+const QStringList kRefused{QStringLiteral("Invalid device model name!")};
+
 } // namespace
 
 class TestCollectHelpers final : public QObject
@@ -90,28 +124,25 @@ private slots:
     void progress();
     void csvBytes();
     void symbologyNames();
-    void pathsAndModelNames();
     void moveFile();
     void ignoreList();
+    void deviceListing();
+    void deleteCollected_removesThatModelOnly_hostileNamesNothing();
 
     void job_readsIgnoreListFromCurrentFolder();
-    void job_missingOrBrokenIgnoreList_isLoggedOnly();
     void job_hostileModelName_isRefusedAndWritesNothing_data();
     void job_hostileModelName_isRefusedAndWritesNothing();
 };
 
 void TestCollectHelpers::progress()
 {
-    // {enumeration pass, index, booleans, enumerations, percent}: 3 booleans
-    // and 2 enumerations give 10, 28, 46, then 64, 82. 7/10 and 9/10 in float
-    // land just below the exact value: 72 and 90, where all-double arithmetic
-    // gives 73 and 91. A single feature of either kind reports 10.
+    // 7/10 and 9/10 in float land just below the exact value: 72 and 90,
+    // where all-double arithmetic gives 73 and 91. A single feature reports 10.
     const struct {
         bool enumPass;
         int index, bools, enums, percent;
-    } cases[] = {{false, 0, 3, 2, 10}, {false, 1, 3, 2, 28}, {false, 2, 3, 2, 46}, {true, 0, 3, 2, 64},
-                 {true, 1, 3, 2, 82},  {false, 7, 10, 0, 72}, {true, 2, 7, 3, 90},  {false, 1, 1, 2, 40},
-                 {false, 0, 1, 0, 10}, {true, 0, 0, 1, 10}};
+    } cases[] = {{false, 1, 3, 2, 28}, {true, 1, 3, 2, 82}, {false, 7, 10, 0, 72},
+                 {true, 2, 7, 3, 90},  {false, 0, 1, 0, 10}, {true, 0, 0, 1, 10}};
     for (const auto& c : cases) {
         const int percent = c.enumPass ? collect::EnumPassProgress(c.index, c.bools, c.enums)
                                        : collect::BoolPassProgress(c.index, c.bools, c.enums);
@@ -144,17 +175,13 @@ void TestCollectHelpers::csvBytes()
         QVector<Code> codes;
         QByteArray row;
     } cases[] = {
-        {7, {}, "1,7,7.jpg\r\n"},
         {4294967295u, {}, "1,4294967295,4294967295.jpg\r\n"},
-        {1, {{"ABC-123", 2, {12, 40, 230, 41, 229, 160, 11, 158}}}, "1,1,1.jpg,ABC-123,QR,12.40.230.41.229.160.11.158\r\n"},
         {12,
          {{"a", 1, {1, 2, 3, 4, 5, 6, 7, 8}}, {"b", 13, {0, 0, 0, 0, 0, 0, 0, 0}}, {"c", 128, {10, 20, 30, 40, 50, 60, 70, 80}},
           {"d", 999, {1, 1, 1, 1, 1, 1, 1, 1}}, {"e", 140, {2, 2, 2, 2, 2, 2, 2, 2}}, {"f", 134, {3, 3, 3, 3, 3, 3, 3, 3}}},
          "1,12,12.jpg,a,DM,1.2.3.4.5.6.7.8,b,EAN13,0.0.0.0.0.0.0.0,c,CODE128,10.20.30.40.50.60.70.80,"
          "d,NONE,1.1.1.1.1.1.1.1,e,MicroQR,2.2.2.2.2.2.2.2,f,MicroPDF417,3.3.3.3.3.3.3.3\r\n"},
         {2, {{"X", 8, {-3, -40, INT_MAX, 0, INT_MIN, 5, 6, -7}}}, "1,2,2.jpg,X,EAN8,-3.-40.2147483647.0.-2147483648.5.6.-7\r\n"},
-        // UTF-8 and unquoted: the comma spreads the code over two columns.
-        {5, {{"Gr\xc3\xbc\xc3\x9f" "e,2", 2, {1, 2, 3, 4, 5, 6, 7, 8}}}, "1,5,5.jpg,Gr\xc3\xbc\xc3\x9f" "e,2,QR,1.2.3.4.5.6.7.8\r\n"},
     };
     for (const auto& c : cases)
         QCOMPARE(collect::CsvRowOf(c.frame, *FrameWith(c.codes)), c.row);
@@ -177,36 +204,15 @@ void TestCollectHelpers::csvBytes()
 
 void TestCollectHelpers::symbologyNames()
 {
+    // Listed at both ends and inside; zero, negative, a gap and past the last.
     const QVector<QPair<int, const char*>> names = {
-        {1, "DM"},        {2, "QR"},           {8, "EAN8"},       {9, "UPCE"},          {12, "UPCA"},
-        {13, "EAN13"},    {14, "ISBN13"},      {20, "CODEBAR"},   {25, "ITF25"},        {26, "MATRIX25"},
-        {27, "ITF14"},    {30, "MSI"},         {31, "CODE11"},    {32, "INDUSTRIAL25"}, {33, "CHINAPOST"},
-        {39, "CODE39"},   {93, "CODE93"},      {128, "CODE128"},  {131, "PDF417"},      {133, "ECC140"},
-        {134, "MicroPDF417"}, {140, "MicroQR"}, {145, "HANXIN"}, {150, "MAXICODE"},
-        // Outside the table: zero, negative, a gap between entries, past the last.
+        {1, "DM"}, {2, "QR"}, {128, "CODE128"}, {134, "MicroPDF417"}, {150, "MAXICODE"},
         {0, "NONE"}, {-1, "NONE"}, {INT_MIN, "NONE"}, {129, "NONE"}, {151, "NONE"}};
     for (const auto& [number, name] : names) {
         QString result = QStringLiteral("stale");
         QCollectInfoThread::GetCodeTypeName(number, result);
         QVERIFY2(result == QLatin1String(name), qPrintable(QStringLiteral("%1 named %2").arg(number).arg(result)));
     }
-}
-
-void TestCollectHelpers::pathsAndModelNames()
-{
-    // The names inside a folder are checked on a real job's folder; an empty
-    // model puts the files into the root itself.
-    QCOMPARE(collect::CollectionFolderOf(QStringLiteral("/s/common/VirtualCamera"), QString()),
-             QStringLiteral("/s/common/VirtualCamera/"));
-    QCOMPARE(collect::RegisterDumpName(QString()), QStringLiteral("_regfile.dat"));
-
-    const QVector<QPair<QString, bool>> models = {
-        {QStringLiteral("ID2004-12M"), true}, {QString(), true},         {QStringLiteral("ID 20.04 ..."), true},
-        {QStringLiteral("\u8bfb\u7801ID"), true}, {QStringLiteral("."), false}, {QStringLiteral(".."), false},
-        {QStringLiteral("../../x"), false},   {QStringLiteral("a\\b"), false}, {QStringLiteral("ID\n"), false},
-        {QStringLiteral("ID\u0085"), false}};
-    for (const auto& [model, safe] : models)
-        QVERIFY2(collect::IsSafeModelName(model) == safe, qPrintable(model));
 }
 
 void TestCollectHelpers::moveFile()
@@ -220,12 +226,10 @@ void TestCollectHelpers::moveFile()
         bool overwrite, moved;
         QByteArray targetAfter, sourceAfter;
     } cases[] = {
-        {"/a.dat", "abc", "/a.dat", "", true, true, "abc", "abc"},                  // same path
-        {"/a.dat", "abc", "\\a.dat", "", true, true, "abc", "abc"},                 // same, with a backslash
+        {"/a.dat", "abc", "\\a.dat", "", true, true, "abc", "abc"},                 // same path
         {"/none.dat", "", "/b.dat", "old", true, false, "old", "<missing>"},        // no source
-        {"/a.dat", "new", "/sub/a.dat", "old", true, true, "new", "<missing>"},    // replaced
+        {"/a.dat", "new", "\\sub\\a.dat", "old", true, true, "new", "<missing>"},  // replaced
         {"/a.dat", "new", "/b.dat", "old", false, false, "old", "new"},            // both kept
-        {"/a.dat", "x", "\\sub\\a.dat", "", true, true, "x", "<missing>"},         // into a folder
         {"/a.dat", "keep", "/no/such/folder/a.dat", "", true, false, "<missing>", "keep"}, // copy fails
     };
     for (const auto& c : cases) {
@@ -250,19 +254,15 @@ void TestCollectHelpers::ignoreList()
         Outcome outcome;
         QStringList patterns;
     } lists[] = {
-        {R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "UserSetSave"]})", Outcome::Read, {"DeviceReset", "FileAccess", "UserSetSave"}},
-        {R"({"Other": 1, "IgnoreNodes": ["Gain"]})", Outcome::Read, {"Gain"}},
+        {R"({"Other": 1, "IgnoreNodes": ["A", "B", "A"]})", Outcome::Read, {"A", "B", "A"}},
         {R"({"IgnoreNodes": []})", Outcome::Read, {}},
-        {R"({"IgnoreNodes": ["A", "B", "A"]})", Outcome::Read, {"A", "B", "A"}},
         {R"({"IgnoreNodes": [1, null, {"a": 1}, ["x"], true, "Gain"]})", Outcome::Read, {"", "", "", "", "", "Gain"}},
         {R"({"IgnoreNodes": [""]})", Outcome::Read, {""}},
         {"{\"IgnoreNodes\": [\"Gr\xc3\xbc\xc3\x9f" "e\"]}", Outcome::Read, {QStringLiteral("Gr\u00fc\u00dfe")}},
         {R"({"IgnoreNodes": "DeviceReset"})", Outcome::NoPatternArray, {}},
-        {R"({"Ignore": ["A"]})", Outcome::NoPatternArray, {}},
         {R"([{"IgnoreNodes": ["A"]}])", Outcome::NoPatternArray, {}},
         {"{\"IgnoreNodes\": [\"A\",", Outcome::NotJson, {}},
         {QByteArray(), Outcome::NotJson, {}},
-        {QByteArray("\x00\xff\xfe{", 4), Outcome::NotJson, {}},
     };
     for (const auto& list : lists) {
         const collect::IgnoreListContent content = collect::ParseIgnoreList(list.json);
@@ -272,88 +272,82 @@ void TestCollectHelpers::ignoreList()
 
     // Patterns match as case-sensitive substrings; the empty pattern, also the
     // one a non-string element turns into, matches every name.
-    const QSet<QString> gain{QStringLiteral("Gain")}, empty{QString()};
+    const QSet<QString> gain{QStringLiteral("Gain")}, empty{QString()}, none;
     const struct {
         const char* name;
         const QSet<QString>& patterns;
         bool matches;
-    } names[] = {{"Gain", gain, true},  {"GainAuto", gain, true},  {"DigitalGainRaw", gain, true},
-                 {"gainauto", gain, false}, {"Exposure", gain, false}, {"Width", empty, true}, {"", empty, true}};
+    } names[] = {{"Gain", gain, true},   {"DigitalGainRaw", gain, true}, {"gainauto", gain, false},
+                 {"Width", empty, true}, {"", empty, true},              {"Exposure", none, false}};
     for (const auto& n : names)
         QVERIFY2((collect::MatchingIgnorePattern(QString::fromLatin1(n.name), n.patterns) != nullptr) == n.matches, n.name);
-    QVERIFY(collect::MatchingIgnorePattern(QStringLiteral("Exposure"), {}) == nullptr);
 }
 
-// ---- Jobs without a device --------------------------------------------------
-
-namespace {
-
-struct JobResult {
-    QStringList statuses;
-    int finishes = 0;
-    int progresses = 0;
-};
-
-// Runs one job to its end in folder; hostile model names stop it before any
-// device is touched.
-JobResult RunJob(const XQ_CODEREADER_DEVICE_INFO& record, const QString& folder)
+void TestCollectHelpers::deviceListing()
 {
-    const QString previous = QDir::currentPath();
-    QDir::setCurrent(folder);
-    QCollectInfoThread job;
-    job.SetDeviceInfo(record);
-    QSignalSpy status(&job, &QCollectInfoThread::SigDeviceCollectStatus);
-    QSignalSpy finish(&job, &QCollectInfoThread::SigDeviceCollectFinish);
-    QSignalSpy progress(&job, &QCollectInfoThread::SigDeviceCollectProgress);
-    job.start();
-    job.wait();
-    QCoreApplication::processEvents();
-    QDir::setCurrent(previous);
-    JobResult result;
-    for (const QList<QVariant>& arguments : status) {
-        if (arguments.at(0).toString() == QString::fromLatin1(reinterpret_cast<const char*>(record.stGigE.chSerialNumber)))
-            result.statuses.append(arguments.at(1).toString());
-        else
-            result.statuses.append(QStringLiteral("<wrong serial> ") + arguments.at(1).toString());
-    }
-    result.finishes = finish.count();
-    result.progresses = progress.count();
-    return result;
+    // Code readers are listed; virtual cameras ("Vir" in the serial, case
+    // matters) and devices without "ID" in the model are not.
+    const struct {
+        const char* serial;
+        const char* model;
+        bool listed;
+    } records[] = {{"QD24A10000", "QVX-ID2040M", true}, {"AB12Vir34", "QVX-ID2040M", false},
+                   {"AB12vir34", "QVX-ID2040M", true},  {"QD1", "QVX-id2040M", false},
+                   {"QD1", "Fake camera", false},       {"", "", false}};
+    for (const auto& r : records)
+        QVERIFY2(collect::IsListedCodeReader(RecordOf(r.model, r.serial)) == r.listed, r.serial);
+
+    XQ_CODEREADER_DEVICE_INFO full{};
+    std::memset(full.stGigE.chModelName, 'I', sizeof full.stGigE.chModelName);
+    QCOMPARE(collect::DeviceText(full.stGigE.chModelName).size(), 64);
+    QCOMPARE(collect::IpAddressText(0x0A403402u), QStringLiteral("10.64.52.2"));
 }
 
-const QStringList kRefused{QStringLiteral("Invalid device model name!")};
-
-} // namespace
+void TestCollectHelpers::deleteCollected_removesThatModelOnly_hostileNamesNothing()
+{
+    QTemporaryDir dir;
+    const QString app = dir.filePath(QStringLiteral("apps/Quorvex"));
+    const QString root = dir.filePath(QStringLiteral("common/VirtualCamera"));
+    for (const QString& path : collect::StagingFilePaths(app, QStringLiteral("ID100")))
+        QVERIFY(WriteFile(path, "x"));
+    for (const QString& path : {app + "/Quorvex", app + "/..xml", root + "/ID100/Jpg/1.jpg", root + "/ID200/Jpg/1.jpg",
+                                dir.filePath(QStringLiteral("common/keep.txt"))})
+        QVERIFY(WriteFile(path, "x"));
+    for (const QString& name : {QStringLiteral(".."), QString(), QStringLiteral("../.."), QStringLiteral(".")})
+        QCOMPARE(collect::DeleteCollectedFilesOf(app, root, name).size(), 4);
+    QVERIFY(collect::DeleteCollectedFilesOf(app, root, QStringLiteral("ID100")).isEmpty());
+    QCOMPARE(FilesBelow(dir.path()),
+             (QStringList{dir.filePath("apps"), app, app + "/..xml", app + "/Quorvex", dir.filePath("common"),
+                          root, root + "/ID200", root + "/ID200/Jpg", root + "/ID200/Jpg/1.jpg",
+                          dir.filePath("common/keep.txt")}));
+}
 
 void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
 {
-    QTemporaryDir work;
-    QVERIFY(WriteFile(work.filePath(QStringLiteral("Config/Config.json")),
-                      R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "DeviceReset", 5]})"));
-    TestLog log;
-    QCOMPARE(RunJob(RecordOf("..", "SN-IGNORE"), work.path()).statuses, kRefused);
-    QStringList nodes = log.messagesStartingWith(QStringLiteral("node = "));
-    QCOMPARE(nodes, (QStringList{"node = DeviceReset", "node = FileAccess", "node = DeviceReset", "node = "}));
-    for (const LogLine& line : log.lines()) {
-        QVERIFY2(line.file.endsWith(QStringLiteral("QCollectInfoThread.cpp")), qPrintable(line.file));
-        QVERIFY2(line.function.contains(QStringLiteral("QCollectInfoThread::")), qPrintable(line.function));
-    }
-}
-
-void TestCollectHelpers::job_missingOrBrokenIgnoreList_isLoggedOnly()
-{
-    // {file content, or none; the line it logs, if any}
-    const QVector<QPair<QByteArray, QString>> files = {{QByteArray(), QStringLiteral("can't open error!")},
-                                                       {"{ not json", QStringLiteral("Json parse error")},
-                                                       {R"({"IgnoreNodes": "Gain"})", QString()}};
-    for (const auto& [content, logged] : files) {
+    // {file content, or none; the patterns it logs; the error it logs, if any}
+    const struct {
+        QByteArray content;
+        QStringList nodes;
+        QString logged;
+    } files[] = {
+        {R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "DeviceReset", 5]})",
+         {"node = DeviceReset", "node = FileAccess", "node = DeviceReset", "node = "}, QString()},
+        {QByteArray(), {}, QStringLiteral("can't open error!")},
+        {"{ not json", {}, QStringLiteral("Json parse error")},
+        {R"({"IgnoreNodes": "Gain"})", {}, QString()},
+    };
+    for (const auto& file : files) {
         QTemporaryDir work;
-        QVERIFY(content.isNull() || WriteFile(work.filePath(QStringLiteral("Config/Config.json")), content));
+        QVERIFY(file.content.isNull() || WriteFile(work.filePath(QStringLiteral("Config/Config.json")), file.content));
         TestLog log;
-        QCOMPARE(RunJob(RecordOf("a/b", "SN-1"), work.path()).statuses, kRefused);
+        QCOMPARE(RunJob(RecordOf("..", "SN-IGNORE"), work.path()).statuses, kRefused);
+        QCOMPARE(log.messagesStartingWith(QStringLiteral("node = ")), file.nodes);
         for (const QString& line : {QStringLiteral("can't open error!"), QStringLiteral("Json parse error")})
-            QVERIFY2(log.contains(line) == (line == logged), qPrintable(line));
-        QVERIFY(log.messagesStartingWith(QStringLiteral("node = ")).isEmpty());
+            QVERIFY2(log.contains(line) == (line == file.logged), qPrintable(line));
+        for (const LogLine& line : log.lines()) {
+            QVERIFY2(line.file.endsWith(QStringLiteral("QCollectInfoThread.cpp")), qPrintable(line.file));
+            QVERIFY2(line.function.contains(QStringLiteral("QCollectInfoThread::")), qPrintable(line.function));
+        }
     }
 }
 
@@ -362,7 +356,10 @@ void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing_data()
     QTest::addColumn<QByteArray>("model");
     QTest::newRow("parent path") << QByteArray("../../../../tmp/evil");
     QTest::newRow("absolute") << QByteArray("/tmp/evil");
+    QTest::newRow("dot") << QByteArray(".");
+    QTest::newRow("backslash") << QByteArray("a\\b");
     QTest::newRow("control character") << QByteArray("ID\nX");
+    QTest::newRow("next line") << QByteArray("ID\xc2\x85");
 }
 
 void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing()
@@ -370,14 +367,13 @@ void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing()
     QFETCH(QByteArray, model);
     const QStringList before = FilesBelow(SuiteRoot());
     QTemporaryDir work;
-    const QStringList workBefore = FilesBelow(work.path());
     const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"), work.path());
 
     QCOMPARE(result.statuses, kRefused);
     QCOMPARE(result.finishes, 0);
     QCOMPARE(result.progresses, 0);
     QCOMPARE(FilesBelow(SuiteRoot()), before);
-    QCOMPARE(FilesBelow(work.path()), workBefore);
+    QCOMPARE(FilesBelow(work.path()), QStringList{});
     QVERIFY(!QFileInfo::exists(CollectionRoot()));
     QVERIFY(!QFileInfo::exists(QStringLiteral("/tmp/evil")));
 }
