@@ -38,63 +38,62 @@ class CliUnitsTest final : public QObject
     Q_OBJECT
 
 private slots:
-    void commandLine_acceptsEveryCommandWithItsOperands_data();
-    void commandLine_acceptsEveryCommandWithItsOperands();
-    void commandLine_refusesWrongLines_data();
-    void commandLine_refusesWrongLines();
-    void commandLine_helpWinsOverMissingOperands();
-    void commandLine_doubleDashLetsASerialStartWithADash();
-
-    void selection_all_takesListedCodeReadersOnce();
-    void selection_bySerial_keepsOrderAndNamesUnknownOnes();
-
+    void commandLine_accepts_data();
+    void commandLine_accepts();
+    void commandLine_refuses_data();
+    void commandLine_refuses();
+    void selection_takesListedCodeReadersOnceInOrder();
     void progressLine_fillsTheBarByPercentAndClamps();
-    void plainLines_sayWhereAFolderLandedOrWhyAJobFailed();
     void hostileNames_cannotDriveTheTerminal();
     void deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked();
 };
 
-void CliUnitsTest::commandLine_acceptsEveryCommandWithItsOperands_data()
+void CliUnitsTest::commandLine_accepts_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("command");
     QTest::addColumn<bool>("json");
     QTest::addColumn<bool>("all");
+    QTest::addColumn<bool>("help");
     QTest::addColumn<QStringList>("operands");
-    QTest::newRow("devices") << QStringList{"devices"} << int(Command::Devices) << false << false << QStringList{};
     QTest::newRow("json anywhere") << QStringList{"devices", "--all", "--json"} << int(Command::Devices) << true
-                                   << true << QStringList{};
+                                   << true << false << QStringList{};
     QTest::newRow("collect serials") << QStringList{"collect", "QD1", "QD2"} << int(Command::Collect) << false
-                                     << false << QStringList{"QD1", "QD2"};
+                                     << false << false << QStringList{"QD1", "QD2"};
     QTest::newRow("collect all") << QStringList{"--json", "collect", "-a"} << int(Command::Collect) << true << true
-                                 << QStringList{};
-    QTest::newRow("add") << QStringList{"add", "QVX-ID2040M"} << int(Command::Add) << false << false
-                         << QStringList{"QVX-ID2040M"};
-    QTest::newRow("cameras") << QStringList{"cameras"} << int(Command::Cameras) << false << false << QStringList{};
+                                 << false << QStringList{};
+    // After "--" a serial may start with a dash and "--json" is an operand.
+    QTest::newRow("double dash") << QStringList{"collect", "--", "-QD1", "--json"} << int(Command::Collect) << false
+                                 << false << false << QStringList{"-QD1", "--json"};
+    // Help wins over missing operands.
+    QTest::newRow("command help") << QStringList{"collect", "--help"} << int(Command::Collect) << false << false
+                                  << true << QStringList{};
     QTest::newRow("delete") << QStringList{"delete", "Vir12345678"} << int(Command::Delete) << false << false
-                            << QStringList{"Vir12345678"};
-    QTest::newRow("help topic") << QStringList{"help", "collect"} << int(Command::Help) << false << false
+                            << false << QStringList{"Vir12345678"};
+    QTest::newRow("help topic") << QStringList{"help", "collect"} << int(Command::Help) << false << false << false
                                 << QStringList{"collect"};
-    QTest::newRow("version option") << QStringList{"--version"} << int(Command::Version) << false << false
+    QTest::newRow("version option") << QStringList{"--version"} << int(Command::Version) << false << false << false
                                     << QStringList{};
 }
 
-void CliUnitsTest::commandLine_acceptsEveryCommandWithItsOperands()
+void CliUnitsTest::commandLine_accepts()
 {
     QFETCH(QStringList, arguments);
     QFETCH(int, command);
     QFETCH(bool, json);
     QFETCH(bool, all);
+    QFETCH(bool, help);
     QFETCH(QStringList, operands);
     const Request request = ParseCommandLine(arguments);
     QVERIFY2(request.error.isEmpty(), qPrintable(request.error));
     QCOMPARE(int(request.command), command);
     QCOMPARE(request.json, json);
     QCOMPARE(request.all, all);
+    QCOMPARE(request.help, help);
     QCOMPARE(request.operands, operands);
 }
 
-void CliUnitsTest::commandLine_refusesWrongLines_data()
+void CliUnitsTest::commandLine_refuses_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("named");
@@ -104,13 +103,12 @@ void CliUnitsTest::commandLine_refusesWrongLines_data()
     QTest::newRow("collect nothing") << QStringList{"collect"} << "serial numbers or --all";
     QTest::newRow("collect both") << QStringList{"collect", "--all", "QD1"} << "not both";
     QTest::newRow("add two") << QStringList{"add", "A", "B"} << "exactly one";
-    QTest::newRow("delete none") << QStringList{"delete"} << "exactly one";
     QTest::newRow("devices operand") << QStringList{"devices", "QD1"} << "QD1";
     QTest::newRow("all on cameras") << QStringList{"cameras", "--all"} << "--all";
     QTest::newRow("help two") << QStringList{"help", "add", "delete"} << "at most one";
 }
 
-void CliUnitsTest::commandLine_refusesWrongLines()
+void CliUnitsTest::commandLine_refuses()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QString, named);
@@ -118,41 +116,19 @@ void CliUnitsTest::commandLine_refusesWrongLines()
     QVERIFY2(request.error.contains(named), qPrintable(request.error));
 }
 
-void CliUnitsTest::commandLine_helpWinsOverMissingOperands()
-{
-    const Request request = ParseCommandLine({"collect", "--help"});
-    QVERIFY(request.error.isEmpty());
-    QVERIFY(request.help);
-    QCOMPARE(request.command, Command::Collect);
-    QVERIFY(UsageText(Command::Collect).startsWith("usage: quorvex-cli [--json] collect"));
-}
-
-void CliUnitsTest::commandLine_doubleDashLetsASerialStartWithADash()
-{
-    const Request request = ParseCommandLine({"collect", "--", "-QD1", "--json"});
-    QVERIFY2(request.error.isEmpty(), qPrintable(request.error));
-    QVERIFY(!request.json);
-    QCOMPARE(request.operands, (QStringList{"-QD1", "--json"}));
-}
-
-void CliUnitsTest::selection_all_takesListedCodeReadersOnce()
+void CliUnitsTest::selection_takesListedCodeReadersOnceInOrder()
 {
     const QVector<XQ_CODEREADER_DEVICE_INFO> found{Record("QD1", "QVX-ID2040M"), Record("Vir12345678", "QVX-ID2040M"),
                                                    Record("FK1", "Fake camera"), Record("QD2", "QVX-ID3160C"),
                                                    Record("QD1", "QVX-ID2040M")};
-    const DeviceSelection selection = SelectDevices(found, {}, true);
-    QCOMPARE(SerialsOf(selection.records), (QStringList{"QD1", "QD2"}));
-    QVERIFY(selection.unknownSerials.isEmpty());
-}
-
-void CliUnitsTest::selection_bySerial_keepsOrderAndNamesUnknownOnes()
-{
-    const QVector<XQ_CODEREADER_DEVICE_INFO> found{Record("QD1", "QVX-ID2040M"), Record("QD2", "QVX-ID3160C"),
-                                                   Record("Vir12345678", "QVX-ID2040M")};
-    const DeviceSelection selection = SelectDevices(found, {"QD2", "QD9", "QD1", "QD2", "Vir12345678"}, false);
-    QCOMPARE(SerialsOf(selection.records), (QStringList{"QD2", "QD1"}));
-    // A virtual camera is never collected: it is not listed.
-    QCOMPARE(selection.unknownSerials, (QStringList{"QD9", "Vir12345678"}));
+    const DeviceSelection all = SelectDevices(found, {}, true);
+    QCOMPARE(SerialsOf(all.records), (QStringList{"QD1", "QD2"}));
+    QVERIFY(all.unknownSerials.isEmpty());
+    // By serial: the order asked, once each; a virtual camera is never
+    // collected, so it is as unknown as a typo.
+    const DeviceSelection bySerial = SelectDevices(found, {"QD2", "QD9", "QD1", "QD2", "Vir12345678"}, false);
+    QCOMPARE(SerialsOf(bySerial.records), (QStringList{"QD2", "QD1"}));
+    QCOMPARE(bySerial.unknownSerials, (QStringList{"QD9", "Vir12345678"}));
 }
 
 void CliUnitsTest::progressLine_fillsTheBarByPercentAndClamps()
@@ -166,26 +142,6 @@ void CliUnitsTest::progressLine_fillsTheBarByPercentAndClamps()
     QVERIFY(ProgressLine(job, 3, 11, 10).contains("[##########]"));
     job.percent = -5;
     QVERIFY(ProgressLine(job, 3, 11, 10).contains("[..........]"));
-    job.outcome = JobOutcome::Failed;
-    job.message = "Open Camera Fail!";
-    QVERIFY(ProgressLine(job, 3, 11, 10).endsWith("failed: Open Camera Fail!"));
-}
-
-void CliUnitsTest::plainLines_sayWhereAFolderLandedOrWhyAJobFailed()
-{
-    JobState job;
-    job.serial = "QD1";
-    job.model = "M-ID";
-    job.folder = "/suite/common/VirtualCamera/M-ID";
-    job.percent = 12;
-    QCOMPARE(PlainProgressLine(job), QString("QD1 M-ID 12%"));
-    job.outcome = JobOutcome::Collected;
-    QCOMPARE(PlainProgressLine(job), QString("QD1 M-ID collected into /suite/common/VirtualCamera/M-ID"));
-    job.outcome = JobOutcome::Failed;
-    job.message = "Collect Failed!";
-    QCOMPARE(PlainProgressLine(job), QString("QD1 M-ID failed: Collect Failed!"));
-    job.outcome = JobOutcome::Stopped;
-    QVERIFY(PlainProgressLine(job).contains("stopped"));
 }
 
 void CliUnitsTest::hostileNames_cannotDriveTheTerminal()
