@@ -42,15 +42,6 @@ bool DeviceProcess::start(const std::string& program, const std::vector<std::str
     return true;
 }
 
-int DeviceProcess::wait()
-{
-    int status = 0;
-    if (m_pid > 0)
-        ::waitpid(m_pid, &status, 0);
-    m_pid = -1;
-    return status;
-}
-
 void DeviceProcess::stop(bool kill)
 {
     if (m_pid <= 0)
@@ -99,21 +90,6 @@ bool waitForGvcp(const std::string& ip, int timeoutMs)
     return false;
 }
 
-bool addLoopbackAddress(const std::string& ip, std::string& error)
-{
-    const std::string program = findOnPath("ip");
-    if (program.empty()) {
-        error = "'ip' (Debian package iproute2) is needed to add loopback addresses";
-        return false;
-    }
-    // Only ever on lo, inside the test's private network namespace.
-    DeviceProcess command;
-    if (!command.start(program, {"addr", "replace", ip + "/8", "dev", "lo"}, error))
-        return false;
-    command.wait();
-    return true;
-}
-
 bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::string& serial, std::string& error)
 {
     const std::string program = findOnPath("arv-fake-gv-camera-0.8");
@@ -121,9 +97,6 @@ bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::s
         error = "arv-fake-gv-camera-0.8 (Debian package aravis-tools) is not installed";
         return false;
     }
-    // The fake camera serves on an address lo already has.
-    if (ip != "127.0.0.1" && !addLoopbackAddress(ip, error))
-        return false;
     if (!process.start(program, {"-i", ip, "-s", serial}, error))
         return false;
     if (!waitForGvcp(ip, 5000)) {

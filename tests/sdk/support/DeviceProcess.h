@@ -20,8 +20,6 @@ public:
     bool start(const std::string& program, const std::vector<std::string>& arguments, std::string& error);
     // Ends the child with SIGTERM (SIGKILL if kill is set) and reaps it.
     void stop(bool kill = false);
-    // Waits for the child to end by itself; returns its wait status.
-    int wait();
     bool running() const { return m_pid > 0; }
     pid_t pid() const { return m_pid; }
 
@@ -35,10 +33,7 @@ std::string findOnPath(const std::string& name);
 // Waits until a GVCP device answers at ip (dotted) or the time runs out.
 bool waitForGvcp(const std::string& ip, int timeoutMs);
 
-// Gives lo one more address (the test runs in a private network namespace).
-bool addLoopbackAddress(const std::string& ip, std::string& error);
-
-// Aravis's fake camera on ip with serial; error names what is missing.
+// Aravis's fake camera on ip (one lo already has) with serial; error names what is missing.
 bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::string& serial, std::string& error);
 
 // The project's simulator with --demo count; error names what is missing.
