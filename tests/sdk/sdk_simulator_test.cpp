@@ -323,8 +323,9 @@ TEST_F(Simulator, registerDumpsListTheRegistersTheWalkRead)
     ASSERT_EQ(addressOf.count("Width"), 1u);
 
     XQ_HANDLE camera = openCamera();
-
     const xqtest::ScopeExit releaseCamera([camera] { XQ_CC_DestroyHandle(camera); });
+    const xqtest::TemporaryFolder dumps; // the handle's folder, not the suite's default
+    ASSERT_EQ(XQ_CC_SetRegisterDumpFolder(camera, dumps.path().c_str()), XQ_OK);
     std::int64_t integer = 0;
     XQ_CC_STRINGVALUE string{};
     for (const auto& [name, node] : xqtest::walkTree(camera)) {
@@ -338,7 +339,8 @@ TEST_F(Simulator, registerDumpsListTheRegistersTheWalkRead)
     ASSERT_EQ(XQ_CC_CloseDevice(camera), XQ_OK);
     EXPECT_EQ(XQ_CC_DestroyHandle(camera), XQ_OK);
 
-    const std::string base = s_device->dumps.path() + "/" + kModel;
+    EXPECT_FALSE(std::filesystem::exists(s_device->dumps.path() + "/" + kModel + "_regfile.dat"));
+    const std::string base = dumps.path() + "/" + kModel;
     const auto numbers = lastReadAddresses(xqtest::readFile(base + "_regfile.dat"));
     const auto strings = lastReadAddresses(xqtest::readFile(base + "_strRegFile.dat"));
     for (const char* name : {"Width", "Height", "SensorHeight"})

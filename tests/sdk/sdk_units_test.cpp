@@ -16,8 +16,10 @@
 
 #include <arv.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cmath>
 #include <filesystem>
 #include <memory>
@@ -164,6 +166,33 @@ TEST(RegisterDump, filesAreNamedAfterTheModelAndHostileNamesWriteNothing)
     EXPECT_EQ(files, 2u) << "only the pair of dumps, no temporary leftovers";
     EXPECT_EQ(xq::writeRegisterDumps(recording, folder.path() + "/missing-folder", "ID2000", "dev"),
               XQ_ERR_RESOURCE);
+}
+
+TEST(RegisterDump, aWriteThatFailsMidwayReportsResourceAndKeepsTheOlderPair)
+{
+    const xqtest::TemporaryFolder folder;
+    xq::RegisterRecorder recorder;
+    recorder.recordRead(0x100, be32(1).data(), 4);
+    ASSERT_EQ(xq::writeRegisterDumps(recorder.snapshot(), folder.path(), "ID2000", "old"), XQ_OK);
+    const std::string before = xqtest::readFile(folder.path() + "/ID2000_regfile.dat");
+
+    // A file size limit fails a write halfway, as a full disk does.
+    rlimit saved{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto previousHandler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit tight = saved;
+    tight.rlim_cur = 64;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const int written = xq::writeRegisterDumps(recorder.snapshot(), folder.path(), "ID2000", "new");
+    ::setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, previousHandler);
+
+    EXPECT_EQ(written, XQ_ERR_RESOURCE);
+    EXPECT_EQ(xqtest::readFile(folder.path() + "/ID2000_regfile.dat"), before);
+    std::size_t files = 0;
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder.path()))
+        ++files;
+    EXPECT_EQ(files, 2u) << "no temporary leftovers";
 }
 
 TEST(FrameImage, convertsDeepGreyAndRejectsShortOrUnknownFrames)

@@ -5,7 +5,8 @@
  *
  * While a device is open, every register and memory access that the feature
  * tree causes is recorded. XQ_CC_CloseDevice (and XQ_CC_DestroyHandle on an
- * open device) writes the recording into the application directory (the
+ * open device) writes the recording into the handle's dump folder
+ * (XQ_CC_SetRegisterDumpFolder; by default the application directory, the
  * folder of the running executable) as
  *     <model>_regfile.dat     integer, float, boolean, enumeration and
  *                             command registers
@@ -140,7 +141,9 @@ XQ_API bool XQ_CC_IsDeviceAccessible(const XQ_CC_DEVICE_INFO* pstDevInfo, unsign
 XQ_API int XQ_CC_CreateHandle(XQ_HANDLE* phHandle, const XQ_CC_DEVICE_INFO* pstDevInfo);
 
 /* Ends the session: closes the device if open (writing the register dumps)
- * and invalidates the handle. A second call returns XQ_ERR_INVALID_HANDLE. */
+ * and invalidates the handle. A second call returns XQ_ERR_INVALID_HANDLE.
+ * Like XQ_CC_CloseDevice, returns XQ_ERR_RESOURCE (handle gone all the same)
+ * when the dumps could not be written completely. */
 XQ_API int XQ_CC_DestroyHandle(XQ_HANDLE hHandle);
 
 /*
@@ -151,8 +154,22 @@ XQ_API int XQ_CC_DestroyHandle(XQ_HANDLE hHandle);
 XQ_API int XQ_CC_OpenDevice(XQ_HANDLE hHandle, unsigned int nAccessMode, unsigned short nSwitchoverKey);
 
 /* Closes the device and writes the two register dumps. XQ_ERR_WRONG_STATE if
- * it is not open. The handle stays valid and can be opened again. */
+ * it is not open. The handle stays valid and can be opened again. The device
+ * is closed in any case; the result is XQ_ERR_RESOURCE when a dump could not
+ * be written completely (missing or read-only folder, disk full), in which
+ * case neither older dump file was replaced, and XQ_ERR_INVALID_PARAMETER
+ * when the model name is unusable as a file name (nothing written). */
 XQ_API int XQ_CC_CloseDevice(XQ_HANDLE hHandle);
+
+/*
+ * Sets the folder the register dumps of this handle are written into when
+ * the device is closed; NULL or "" means the application directory. The
+ * folder is used as given (not created) when the dumps are written, so it
+ * may be set before or after opening, any time before closing. Each file is
+ * written under a temporary name in that folder, flushed to disk, and then
+ * renamed, so a reader never sees half a dump.
+ */
+XQ_API int XQ_CC_SetRegisterDumpFolder(XQ_HANDLE hHandle, const char* pFolder);
 
 /*
  * Registers cbException (NULL to remove it) with pUser. It receives

@@ -90,8 +90,7 @@ int XQ_CC_DestroyHandle(XQ_HANDLE hHandle)
         const std::shared_ptr<CameraSession> session = registry().remove(hHandle);
         if (!session)
             return XQ_ERR_INVALID_HANDLE;
-        session->release();
-        return XQ_OK;
+        return session->release();
     } catch (...) {
         return XQ_ERR_INTERNAL;
     }
@@ -105,6 +104,11 @@ int XQ_CC_OpenDevice(XQ_HANDLE hHandle, unsigned int nAccessMode, unsigned short
 int XQ_CC_CloseDevice(XQ_HANDLE hHandle)
 {
     return withSession(hHandle, [](CameraSession& s) { return s.close(); });
+}
+
+int XQ_CC_SetRegisterDumpFolder(XQ_HANDLE hHandle, const char* pFolder)
+{
+    return withSession(hHandle, [&](CameraSession& s) { return s.setDumpFolder(pFolder); });
 }
 
 int XQ_CC_RegisterExceptionCallBack(XQ_HANDLE hHandle, XQ_EXCEPTION_CALLBACK cbException, void* pUser)

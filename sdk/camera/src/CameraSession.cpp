@@ -67,7 +67,7 @@ int CameraSession::closeLocked()
     m_link.reset();
     const RegisterRecording recording = m_recorder.snapshot();
     m_recorder.clear();
-    const int written = writeRegisterDumps(recording, dumpDirectory(), dumpModelName(),
+    const int written = writeRegisterDumps(recording, dumpFolder(), dumpModelName(),
                                            boundedText(m_info.chDeviceId, sizeof m_info.chDeviceId));
     if (written != XQ_OK)
         std::fprintf(stderr, "XQCameraControl: register dumps for model \"%s\" not written (error 0x%x)\n",
@@ -75,12 +75,24 @@ int CameraSession::closeLocked()
     return written;
 }
 
-void CameraSession::release()
+int CameraSession::release()
 {
     m_exceptionSlot->clear();
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_link)
-        closeLocked();
+    return m_link ? closeLocked() : XQ_OK;
+}
+
+int CameraSession::setDumpFolder(const char* folder)
+{
+    const std::lock_guard<std::mutex> lock(m_dumpFolderMutex);
+    m_dumpFolder = folder ? folder : "";
+    return XQ_OK;
+}
+
+std::string CameraSession::dumpFolder() const
+{
+    const std::lock_guard<std::mutex> lock(m_dumpFolderMutex);
+    return m_dumpFolder;
 }
 
 int CameraSession::registerExceptionCallback(XQ_EXCEPTION_CALLBACK callback, void* user)

@@ -36,8 +36,11 @@ public:
     // Lifecycle (CameraSession.cpp)
     int open(unsigned int accessMode, unsigned short switchoverKey);
     int close();
-    // The handle is gone: no more callbacks, device closed.
-    void release();
+    // The handle is gone: no more callbacks, device closed. Returns close's
+    // result if the device was open, else XQ_OK.
+    int release();
+    // Where close writes the register dumps; "" for the application folder.
+    int setDumpFolder(const char* folder);
     int registerExceptionCallback(XQ_EXCEPTION_CALLBACK callback, void* user);
     int setGvcpTimeout(unsigned int milliseconds);
     int genicamXml(unsigned char* data, unsigned int capacity, unsigned int* length);
@@ -92,6 +95,7 @@ private:
     ArvGc* genicam() const;
     int closeLocked();
     std::string dumpModelName() const;
+    std::string dumpFolder() const;
     void fillNode(ArvGcFeatureNode* source, XQ_XML_NODE_FEATURE* node);
     // A node's children as records; a category's list is fixed by the
     // description, so it is built once per open and then copied.
@@ -122,6 +126,10 @@ private:
     const XQ_CC_DEVICE_INFO m_info;
     const std::uint32_t m_stamp;
     const std::shared_ptr<ExceptionSlot> m_exceptionSlot = std::make_shared<ExceptionSlot>();
+
+    // Own lock: setting the folder must not wait for an open in progress.
+    mutable std::mutex m_dumpFolderMutex;
+    std::string m_dumpFolder;
 
     mutable std::mutex m_mutex;
     RegisterRecorder m_recorder;          // outlives the proxy that feeds it

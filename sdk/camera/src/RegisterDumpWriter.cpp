@@ -2,11 +2,13 @@
 
 #include "XQSdkDefs.h"
 
+#include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 
 namespace xq {
@@ -51,25 +53,31 @@ std::string escaped(const std::string& text)
     return out;
 }
 
-bool writeFileAtomically(const std::string& path, const std::string& content)
+// Writes content to a new temporary file next to path; every write, the
+// flush to disk and the close are checked, since a full disk may only tell
+// at the end. Returns the temporary name, or "" after removing what it wrote.
+std::string writeTemporary(const std::string& path, const std::string& content)
 {
-    const std::string temporary = path + ".tmp." + std::to_string(::getpid());
-    {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-        if (!out)
-            return false;
-        out.write(content.data(), static_cast<std::streamsize>(content.size()));
-        out.flush();
-        if (!out) {
-            std::remove(temporary.c_str());
-            return false;
-        }
+    std::string name = path + ".XXXXXX";
+    const int fd = ::mkstemp(name.data());
+    if (fd < 0)
+        return {};
+    ::fchmod(fd, 0644); // as an ordinary new file, not mkstemp's owner-only mode
+    std::size_t written = 0;
+    while (written < content.size()) {
+        const ssize_t step = ::write(fd, content.data() + written, content.size() - written);
+        if (step < 0 && errno == EINTR)
+            continue;
+        if (step <= 0)
+            break;
+        written += static_cast<std::size_t>(step);
     }
-    if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
-        return false;
+    const bool complete = written == content.size() && ::fsync(fd) == 0;
+    if (::close(fd) != 0 || !complete) {
+        ::unlink(name.c_str());
+        return {};
     }
-    return true;
+    return name;
 }
 
 } // namespace
@@ -135,12 +143,26 @@ int writeRegisterDumps(const RegisterRecording& recording, const std::string& di
 {
     if (!isSafeModelName(model))
         return XQ_ERR_INVALID_PARAMETER;
-    const std::string base = directory + "/" + model;
-    const bool numbersWritten =
-        writeFileAtomically(base + "_regfile.dat", formatRegisterDump(recording, false, model, deviceId));
-    const bool stringsWritten =
-        writeFileAtomically(base + "_strRegFile.dat", formatRegisterDump(recording, true, model, deviceId));
-    return numbersWritten && stringsWritten ? XQ_OK : XQ_ERR_RESOURCE;
+    const std::string base = (directory.empty() ? dumpDirectory() : directory) + "/" + model;
+    const std::string paths[] = {base + "_regfile.dat", base + "_strRegFile.dat"};
+    // Both files are complete on disk before either replaces an older one.
+    std::string temporaries[2];
+    for (int index = 0; index < 2; ++index) {
+        temporaries[index] = writeTemporary(paths[index], formatRegisterDump(recording, index == 1, model, deviceId));
+        if (temporaries[index].empty()) {
+            if (index == 1)
+                ::unlink(temporaries[0].c_str());
+            return XQ_ERR_RESOURCE;
+        }
+    }
+    bool renamed = true;
+    for (int index = 0; index < 2; ++index) {
+        if (renamed && std::rename(temporaries[index].c_str(), paths[index].c_str()) == 0)
+            continue;
+        renamed = false;
+        ::unlink(temporaries[index].c_str());
+    }
+    return renamed ? XQ_OK : XQ_ERR_RESOURCE;
 }
 
 } // namespace xq

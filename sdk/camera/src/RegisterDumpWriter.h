@@ -16,7 +16,10 @@ std::string dumpDirectory();
 // A model name is usable in a file name if it cannot leave the folder.
 bool isSafeModelName(const std::string& model);
 
-// Writes both files (each replaced atomically). Returns an XQ_* code.
+// Writes both files into directory ("" for dumpDirectory()), each replaced
+// atomically and only once both are complete on disk. Returns XQ_OK,
+// XQ_ERR_INVALID_PARAMETER for an unsafe model name, or XQ_ERR_RESOURCE when
+// a file could not be written completely (missing folder, disk full, ...).
 int writeRegisterDumps(const RegisterRecording& recording, const std::string& directory, const std::string& model,
                        const std::string& deviceId);
 
