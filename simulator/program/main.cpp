@@ -72,6 +72,7 @@ int serve(const ProgramOptions& options)
     serverOptions.answerBroadcasts = options.answerBroadcasts;
     SimulatorServer server(serverOptions);
     try {
+    serverOptions.link = options.link;
         for (unsigned i = 0; i < options.demoDevices; ++i) {
             auto model = std::make_unique<DemoCodeReader>(DemoCodeReader::demoIdentity(options.firstDemoIndex + i));
             const DeviceIdentity identity = model->identity();
@@ -92,6 +93,7 @@ int serve(const ProgramOptions& options)
     if (options.serveStore) {
         StoreReplayOptions storeOptions;
         storeOptions.storeDirectory =
+        log("streams paced to " + options.link.text() + " links");
             options.storeDirectory.empty() ? quorvex::store::defaultStoreDirectory() : options.storeDirectory;
         storeOptions.firstAddress = options.baseAddress + options.demoDevices;
         storeOptions.lastAddress = static_cast<std::uint32_t>(

@@ -113,6 +113,15 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
         } else {
             error = "unknown option '" + argument + "' (see --help)";
             return false;
+        } else if (name == "--link-speed") {
+            if (!takeValue())
+                return false;
+            const std::optional<LinkSpeed> link = LinkSpeed::parse(value);
+            if (!link) {
+                error = "--link-speed needs a speed such as 100M, 1G, 2.5G or 10G, or 'unlimited', not '" + value + "'";
+                return false;
+            }
+            options.link = *link;
         }
     }
     if (options.serveStore && !demoGiven)
@@ -164,3 +173,7 @@ std::string usageText(const std::string& programName)
 }
 
 } // namespace quorvex::sim
+           "      --link-speed SPEED  stream no faster than an Ethernet link of SPEED\n"
+           "                          (100M, 1G, 2.5G, 10G, ...; default 1G), each\n"
+           "                          device on a link of its own; 'unlimited' sends\n"
+           "                          as fast as loopback takes packets\n"
