@@ -66,12 +66,13 @@ BootstrapRegisters::BootstrapRegisters(const DeviceIdentity& identity, std::uint
     setValue(kCurrentIp, ipAddress);
     setValue(kCurrentSubnetMask, 0xFF000000);
     setValue(kCurrentGateway, 0);
-    setString(kManufacturerName, 32, identity.manufacturerName);
-    setString(kModelName, 32, identity.modelName);
-    setString(kDeviceVersion, 32, identity.deviceVersion);
-    setString(kManufacturerInfo, 48, identity.manufacturerInfo);
-    setString(kSerialNumber, 16, identity.serialNumber);
-    setString(kUserDefinedName, 16, identity.userDefinedName);
+    const bool terminated = !identity.unterminatedTexts;
+    setString(kManufacturerName, 32, identity.manufacturerName, terminated);
+    setString(kModelName, 32, identity.modelName, terminated);
+    setString(kDeviceVersion, 32, identity.deviceVersion, terminated);
+    setString(kManufacturerInfo, 48, identity.manufacturerInfo, terminated);
+    setString(kSerialNumber, 16, identity.serialNumber, terminated);
+    setString(kUserDefinedName, 16, identity.userDefinedName, terminated);
     setString(kFirstUrl, kUrlSize, xmlUrl);
     setValue(kNetworkInterfaceCount, 1);
     setValue(kPersistentIp, ipAddress);
@@ -87,10 +88,11 @@ BootstrapRegisters::BootstrapRegisters(const DeviceIdentity& identity, std::uint
     setValue(kStreamPacketSize, gvcp::packetsize::kDefault);
 }
 
-void BootstrapRegisters::setString(std::uint32_t address, std::size_t fieldSize, const std::string& text)
+void BootstrapRegisters::setString(std::uint32_t address, std::size_t fieldSize, const std::string& text,
+                                   bool terminated)
 {
-    // Always leave room for a terminating NUL.
-    const std::size_t length = std::min(text.size(), fieldSize - 1);
+    // Leave room for a terminating NUL unless told otherwise.
+    const std::size_t length = std::min(text.size(), terminated ? fieldSize - 1 : fieldSize);
     std::memset(&m_image[address], 0, fieldSize);
     std::memcpy(&m_image[address], text.data(), length);
 }

@@ -37,7 +37,7 @@ public:
     ByteView discoveryData() const { return {m_image.data(), gvcp::reg::kDiscoveryDataSize}; }
 
 private:
-    void setString(std::uint32_t address, std::size_t fieldSize, const std::string& text);
+    void setString(std::uint32_t address, std::size_t fieldSize, const std::string& text, bool terminated = true);
 
     std::array<std::uint8_t, gvcp::reg::kBootstrapEnd> m_image{};
 };

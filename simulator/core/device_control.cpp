@@ -86,6 +86,8 @@ DeviceControl::DeviceControl(std::unique_ptr<DeviceModel> model, std::uint32_t i
 
 std::string DeviceControl::xmlUrl() const
 {
+    if (std::string chosen = m_model->genicamUrl(); !chosen.empty())
+        return chosen;
     char url[160];
     std::snprintf(url, sizeof url, "Local:%s;%X;%X", m_model->genicamFileName().c_str(), kGenicamAddress,
                   static_cast<unsigned>(m_model->genicamXml().size()));
@@ -104,6 +106,8 @@ void DeviceControl::handle(ByteView datagram, const Peer& sender, Clock::time_po
     Command command;
     bool truncated = false;
     if (!Command::parse(datagram, command, truncated))
+        return;
+    if (!m_model->answers(command.code, command.requestId, command.payload))
         return;
     command.sender = sender;
     m_sender = sender;
@@ -152,6 +156,8 @@ bool DeviceControl::handleBroadcast(ByteView datagram, std::vector<std::uint8_t>
     bool truncated = false;
     if (!Command::parse(datagram, command, truncated) || truncated || command.code != gvcp::command::kDiscovery)
         return false;
+    if (!m_model->answers(command.code, command.requestId, command.payload))
+        return true; // seen, but the device is silent
     handleDiscovery(command, reply);
     return true;
 }

@@ -37,7 +37,8 @@ public:
                 StreamActions& actions);
 
     // Answers a discovery command seen on the shared broadcast socket.
-    // Returns false (and leaves reply empty) for anything else.
+    // Returns false (and leaves reply empty) for anything else; reply is
+    // also left empty when the model stays silent.
     bool handleBroadcast(ByteView datagram, std::vector<std::uint8_t>& reply) const;
 
     // Drops control whose heartbeat has lapsed.

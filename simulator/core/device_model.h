@@ -24,6 +24,9 @@ struct DeviceIdentity final {
     std::string serialNumber;
     std::string userDefinedName;
     std::array<std::uint8_t, 6> mac{};
+    // Texts that fill their bootstrap field take all of it, with no
+    // terminating NUL, as some faulty devices do.
+    bool unterminatedTexts = false;
 };
 
 struct FrameFormat final {
@@ -80,6 +83,14 @@ public:
     // The file name announced in the XML URL (".zip" means a zipped description).
     virtual std::string genicamFileName() const = 0;
     virtual std::string_view genicamXml() const = 0;
+    // The first URL of the bootstrap block when the model chooses it itself
+    // (a description served from its own registers or another scheme);
+    // empty for the usual Local: URL of genicamXml().
+    virtual std::string genicamUrl() const { return {}; }
+    // Whether a GVCP command (code, request id, payload) is answered at all.
+    // A model that stays silent makes the client time out and retry: a slow
+    // or vanished device. Silence is no activity for the heartbeat.
+    virtual bool answers(std::uint16_t /*commandCode*/, std::uint16_t /*requestId*/, ByteView /*payload*/) { return true; }
 
     // Registers outside the bootstrap block and the description. Return a
     // GVCP status; out is fully written on success.

@@ -26,11 +26,11 @@ constexpr auto kBusyPollWindow = std::chrono::microseconds(500);
 } // namespace
 
 SimulatorServer::ServedDevice::ServedDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address,
-                                            const ServerOptions& options)
-    : control(std::move(model), address), controlSocket(UdpSocket::bind(address, options.gvcpPort))
+                                            std::uint16_t port)
+    : control(std::move(model), address), controlSocket(UdpSocket::bind(address, port))
 {
     std::unique_ptr<FrameSource> source = control.model().createFrameSource();
-    stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source), options.link);
+    stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source));
     control.setStreamSourcePort(stream->sourcePort());
 }
 
@@ -56,7 +56,7 @@ void SimulatorServer::addDevice(std::unique_ptr<DeviceModel> model, std::uint32_
     if (hasDevice(address))
         throw SimulatorError("two devices cannot share the address " + formatIpv4(address));
     // Binding happens outside the lock, so requests to others go on meanwhile.
-    auto device = std::make_unique<ServedDevice>(std::move(model), address, m_options);
+    auto device = std::make_unique<ServedDevice>(std::move(model), address, m_options.gvcpPort);
     {
         const std::lock_guard<std::mutex> lock(m_devicesMutex);
         m_devices.push_back(std::move(device));
@@ -257,7 +257,8 @@ void SimulatorServer::serveBroadcasts()
                 ++m_malformedPackets;
                 break;
             }
-            device->controlSocket.sendTo(sender, reply.data(), reply.size());
+            if (!reply.empty()) // a silent device
+                device->controlSocket.sendTo(sender, reply.data(), reply.size());
         }
     }
 }

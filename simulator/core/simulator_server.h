@@ -22,8 +22,6 @@ struct ServerOptions final {
     std::uint16_t gvcpPort = gvcp::kPort;
     // Listen on 255.255.255.255 for discovery broadcasts.
     bool answerBroadcasts = true;
-    // The emulated link of every device (each has its own).
-    LinkSpeed link;
 };
 
 class SimulatorServer final {
@@ -55,7 +53,7 @@ public:
 
 private:
     struct ServedDevice final {
-        ServedDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address, const ServerOptions& options);
+        ServedDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address, std::uint16_t port);
         mutable std::mutex mutex;
         DeviceControl control;
         UdpSocket controlSocket;

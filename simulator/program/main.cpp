@@ -3,6 +3,7 @@
 
 #include "core/simulator_server.h"
 #include "demo/demo_code_reader.h"
+#include "hostile/hostile_reader.h"
 #include "options.h"
 #include "replay/store_replay.h"
 #include "replay/store_watcher.h"
@@ -60,6 +61,7 @@ int serve(const ProgramOptions& options)
     sigaddset(&handled, SIGINT);
     sigaddset(&handled, SIGTERM);
     sigaddset(&handled, SIGHUP);
+    sigaddset(&handled, SIGUSR1);
     pthread_sigmask(SIG_BLOCK, &handled, nullptr);
     const int signals = ::signalfd(-1, &handled, SFD_CLOEXEC | SFD_NONBLOCK);
     if (signals < 0) {
@@ -72,13 +74,21 @@ int serve(const ProgramOptions& options)
     serverOptions.answerBroadcasts = options.answerBroadcasts;
     SimulatorServer server(serverOptions);
     try {
-    serverOptions.link = options.link;
         for (unsigned i = 0; i < options.demoDevices; ++i) {
             auto model = std::make_unique<DemoCodeReader>(DemoCodeReader::demoIdentity(options.firstDemoIndex + i));
             const DeviceIdentity identity = model->identity();
             const std::uint32_t address = options.baseAddress + i;
             server.addDevice(std::move(model), address);
             log("serving " + identity.modelName + " serial " + identity.serialNumber + " (\"" +
+                identity.userDefinedName + "\") on " + formatIpv4(address) + ":" + std::to_string(options.gvcpPort));
+        }
+        for (std::size_t i = 0; i < options.hostileDevices.size(); ++i) {
+            const HostileFault& fault = options.hostileDevices[i];
+            auto model = std::make_unique<HostileReader>(fault, static_cast<unsigned>(i), options.firstDemoIndex);
+            const DeviceIdentity identity = model->identity();
+            const auto address = static_cast<std::uint32_t>(options.baseAddress + options.demoDevices + i);
+            server.addDevice(std::move(model), address);
+            log("serving hostile " + hostileKindName(fault.kind) + " serial " + identity.serialNumber + " (\"" +
                 identity.userDefinedName + "\") on " + formatIpv4(address) + ":" + std::to_string(options.gvcpPort));
         }
         server.start();
@@ -93,9 +103,9 @@ int serve(const ProgramOptions& options)
     if (options.serveStore) {
         StoreReplayOptions storeOptions;
         storeOptions.storeDirectory =
-        log("streams paced to " + options.link.text() + " links");
             options.storeDirectory.empty() ? quorvex::store::defaultStoreDirectory() : options.storeDirectory;
-        storeOptions.firstAddress = options.baseAddress + options.demoDevices;
+        storeOptions.firstAddress =
+            static_cast<std::uint32_t>(options.baseAddress + options.demoDevices + options.hostileDevices.size());
         storeOptions.lastAddress = static_cast<std::uint32_t>(
             std::min<std::uint64_t>(std::uint64_t{storeOptions.firstAddress} + kStoreAddressCount - 1, 0x7FFFFFFE));
         log("serving the virtual cameras of " + storeOptions.storeDirectory);
@@ -128,6 +138,11 @@ int serve(const ProgramOptions& options)
         signalfd_siginfo received{};
         bool stop = false;
         while (::read(signals, &received, sizeof received) == static_cast<ssize_t>(sizeof received)) {
+            if (received.ssi_signo == SIGUSR1) {
+                log("SIGUSR1: vanishing devices fall silent");
+                HostileReader::vanishAll();
+                continue;
+            }
             if (received.ssi_signo == SIGHUP) {
                 if (storeReplay) {
                     log("SIGHUP: reading the store again");

@@ -80,6 +80,17 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
                 error = "--store= needs a folder";
                 return false;
             }
+        } else if (name == "--hostile") {
+            if (!takeValue())
+                return false;
+            const std::optional<HostileFault> fault = parseHostileFault(value, error);
+            if (!fault)
+                return false;
+            if (options.hostileDevices.size() >= kMaxDemoDevices) {
+                error = "at most " + std::to_string(kMaxDemoDevices) + " --hostile devices";
+                return false;
+            }
+            options.hostileDevices.push_back(*fault);
         } else if (name == "--first-index") {
             if (!takeValue())
                 return false;
@@ -113,24 +124,16 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
         } else {
             error = "unknown option '" + argument + "' (see --help)";
             return false;
-        } else if (name == "--link-speed") {
-            if (!takeValue())
-                return false;
-            const std::optional<LinkSpeed> link = LinkSpeed::parse(value);
-            if (!link) {
-                error = "--link-speed needs a speed such as 100M, 1G, 2.5G or 10G, or 'unlimited', not '" + value + "'";
-                return false;
-            }
-            options.link = *link;
         }
     }
     if (options.serveStore && !demoGiven)
         options.demoDevices = 0;
     // Every device needs a host address of its own inside 127.0.0.0/8.
-    const std::uint64_t last = std::uint64_t{options.baseAddress} + options.demoDevices - (options.serveStore ? 0 : 1);
+    const std::size_t devices = options.demoDevices + options.hostileDevices.size();
+    const std::uint64_t last = std::uint64_t{options.baseAddress} + devices - (options.serveStore ? 0 : 1);
     if (last > 0x7FFFFFFE) {
         error = "not enough loopback addresses after " + formatIpv4(options.baseAddress) + " for " +
-                std::to_string(options.demoDevices) + " devices";
+                std::to_string(devices) + " devices";
         return false;
     }
     return true;
@@ -154,6 +157,11 @@ std::string usageText(const std::string& programName)
            "                          N+1, ... (0-9999, default 0): serial number, MAC,\n"
            "                          model and name, so that two simulators can serve\n"
            "                          distinct devices\n"
+           "      --hostile KIND      also serve a code reader with one fault (may be\n"
+           "                          repeated, one device each, after the demo\n"
+           "                          readers); it takes the first demo reader's model\n"
+           "                          name unless its fault is the name, serial QH...:\n" +
+           hostileKindsHelp() +
            "  -a, --base-address IP   address of the first device; the others follow\n"
            "                          (default 127.0.0.2; must be in 127.0.0.0/8)\n"
            "  -p, --port PORT         GVCP port (default 3956, the standard one)\n"
@@ -173,7 +181,3 @@ std::string usageText(const std::string& programName)
 }
 
 } // namespace quorvex::sim
-           "      --link-speed SPEED  stream no faster than an Ethernet link of SPEED\n"
-           "                          (100M, 1G, 2.5G, 10G, ...; default 1G), each\n"
-           "                          device on a link of its own; 'unlimited' sends\n"
-           "                          as fast as loopback takes packets\n"

@@ -1,7 +1,7 @@
 #pragma once
 // Command-line options of quorvex-simulator.
 
-#include "core/link_pacer.h"
+#include "hostile/hostile_fault.h"
 
 #include <cstdint>
 #include <string>
@@ -15,13 +15,13 @@ struct ProgramOptions final {
     std::uint32_t baseAddress = 0x7F000002; // 127.0.0.2
     std::uint16_t gvcpPort = 3956;
     bool answerBroadcasts = true;
-    LinkSpeed link; // each device's emulated link
     bool verbose = false;
     bool showHelp = false;
     bool showVersion = false;
     bool printXml = false;
     bool serveStore = false;
     std::string storeDirectory; // empty: the suite's default store
+    std::vector<HostileFault> hostileDevices; // served after the demo readers
 };
 
 // Parses argv; on failure returns false with a message in error.
