@@ -26,11 +26,11 @@ constexpr auto kBusyPollWindow = std::chrono::microseconds(500);
 } // namespace
 
 SimulatorServer::ServedDevice::ServedDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address,
-                                            std::uint16_t port)
-    : control(std::move(model), address), controlSocket(UdpSocket::bind(address, port))
+                                            const ServerOptions& options)
+    : control(std::move(model), address), controlSocket(UdpSocket::bind(address, options.gvcpPort))
 {
     std::unique_ptr<FrameSource> source = control.model().createFrameSource();
-    stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source));
+    stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source), options.link);
     control.setStreamSourcePort(stream->sourcePort());
 }
 
@@ -56,7 +56,7 @@ void SimulatorServer::addDevice(std::unique_ptr<DeviceModel> model, std::uint32_
     if (hasDevice(address))
         throw SimulatorError("two devices cannot share the address " + formatIpv4(address));
     // Binding happens outside the lock, so requests to others go on meanwhile.
-    auto device = std::make_unique<ServedDevice>(std::move(model), address, m_options.gvcpPort);
+    auto device = std::make_unique<ServedDevice>(std::move(model), address, m_options);
     {
         const std::lock_guard<std::mutex> lock(m_devicesMutex);
         m_devices.push_back(std::move(device));

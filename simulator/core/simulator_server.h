@@ -22,6 +22,8 @@ struct ServerOptions final {
     std::uint16_t gvcpPort = gvcp::kPort;
     // Listen on 255.255.255.255 for discovery broadcasts.
     bool answerBroadcasts = true;
+    // The emulated link of every device (each has its own).
+    LinkSpeed link;
 };
 
 class SimulatorServer final {
@@ -53,7 +55,7 @@ public:
 
 private:
     struct ServedDevice final {
-        ServedDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address, std::uint16_t port);
+        ServedDevice(std::unique_ptr<DeviceModel> model, std::uint32_t address, const ServerOptions& options);
         mutable std::mutex mutex;
         DeviceControl control;
         UdpSocket controlSocket;

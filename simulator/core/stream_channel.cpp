@@ -1,5 +1,6 @@
 #include "stream_channel.h"
 
+#include "bootstrap_registers.h"
 #include "byte_order.h"
 #include "gvcp.h"
 
@@ -7,7 +8,9 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <netinet/in.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 
 namespace quorvex::sim {
@@ -41,12 +44,21 @@ sockaddr_in toSockaddr(const Peer& peer)
     return address;
 }
 
+bool sameFormat(const FrameFormat& a, const FrameFormat& b)
+{
+    return a.width == b.width && a.height == b.height && a.pixelFormat == b.pixelFormat;
+}
+
 std::uint32_t dataPerPacket(std::uint32_t packetSize) { return packetSize - gvcp::packetsize::kOverhead; }
 
 } // namespace
 
-StreamChannel::StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source)
-    : m_socket(std::move(socket)), m_sourcePort(m_socket.localPort()), m_source(std::move(source)), m_headers(kBatch)
+StreamChannel::StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source, LinkSpeed link)
+    : m_socket(std::move(socket)),
+      m_sourcePort(m_socket.localPort()),
+      m_source(std::move(source)),
+      m_pacer(link),
+      m_headers(kBatch)
 {
     // Room for a few whole frames, so bursts wait in the kernel rather than here.
     m_socket.setSendBuffer(4 * 1024 * 1024);
@@ -128,8 +140,27 @@ bool StreamChannel::frameDue(Clock::time_point now, Clock::time_point& wakeAt)
     return true;
 }
 
+bool StreamChannel::prepareNextFrame(std::unique_lock<std::mutex>& lock)
+{
+    // Rendering takes milliseconds; done ahead, a trigger's frame leaves at once.
+    const FrameFormat format = m_start.setup.format;
+    const std::uint64_t next = m_frameNumber + 1;
+    const bool ready = m_preparedNumber == next && sameFormat(m_prepared.format, format);
+    if (!m_running || ready || format.imageSize() == 0)
+        return false;
+    lock.unlock();
+    m_source->render(next, format, m_prepared.image);
+    m_prepared.format = format;
+    m_preparedNumber = next;
+    lock.lock();
+    return true;
+}
+
 void StreamChannel::run()
 {
+    // Wake-ups for the next packet must be punctual: the default 50 us of
+    // timer slack is four packets' time at 1 Gb/s.
+    ::prctl(PR_SET_TIMERSLACK, 1000UL, 0, 0, 0);
     std::unique_lock<std::mutex> lock(m_mutex);
     while (!m_quit) {
         if (!m_testPackets.empty()) {
@@ -152,6 +183,8 @@ void StreamChannel::run()
         }
         Clock::time_point wakeAt;
         if (!frameDue(Clock::now(), wakeAt)) {
+            if (prepareNextFrame(lock))
+                continue;
             if (wakeAt == Clock::time_point::max())
                 m_wake.wait(lock);
             else
@@ -181,11 +214,24 @@ void StreamChannel::sendFrame(std::uint64_t frameNumber, std::uint16_t blockId, 
     frame.blockId = blockId;
     frame.format = format;
     frame.packetSize = target.packetSize;
-    m_source->render(frameNumber, format, frame.image);
+    if (m_preparedNumber == frameNumber && sameFormat(m_prepared.format, format)) {
+        frame.image.swap(m_prepared.image);
+        m_preparedNumber = 0;
+    } else {
+        m_source->render(frameNumber, format, frame.image);
+    }
     frame.timestamp = nowTicks();
-    sendPackets(frame, target, 0, packetCount(frame) + 1, 0);
+    const Clock::time_point start = Clock::now();
+    const Clock::time_point linkFree = m_pacer.nextDeparture(start);
+    const Clock::time_point firstDeparture = std::max(start, linkFree);
+    const Clock::duration wire = sendPackets(frame, target, 0, packetCount(frame) + 1, 0);
+    // The pacing error: how much later the last packet left than the link
+    // would have let it, counted from the first packet.
+    const Clock::duration overrun = std::max(Clock::duration::zero(), Clock::now() - firstDeparture - wire);
     const std::lock_guard<std::mutex> lock(m_mutex);
     ++m_statistics.framesSent;
+    m_statistics.worstFrameOverrun = std::max(m_statistics.worstFrameOverrun, overrun);
+    m_statistics.totalFrameOverrun += overrun;
 }
 
 void StreamChannel::sendResend(const ResendRequest& request, const StreamTarget& target)
@@ -217,23 +263,44 @@ void StreamChannel::sendTestPacket(const StreamTarget& target)
     m_socket.sendTo(target.destination, packet.data(), packet.size());
 }
 
-void StreamChannel::sendPackets(const SentFrame& frame, const StreamTarget& target, std::uint32_t firstId,
-                                std::uint32_t lastId, std::uint16_t status)
+void StreamChannel::sleepUntil(Clock::time_point when) const
+{
+    const auto sinceEpoch = std::chrono::duration_cast<std::chrono::nanoseconds>(when.time_since_epoch()).count();
+    timespec wake{};
+    wake.tv_sec = static_cast<time_t>(sinceEpoch / 1'000'000'000);
+    wake.tv_nsec = static_cast<long>(sinceEpoch % 1'000'000'000);
+    // The steady clock is CLOCK_MONOTONIC; an interrupted sleep just ends early.
+    ::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &wake, nullptr);
+}
+
+Clock::duration StreamChannel::sendPackets(const SentFrame& frame, const StreamTarget& target, std::uint32_t firstId,
+                                           std::uint32_t lastId, std::uint16_t status)
 {
     const std::uint32_t payloadPackets = packetCount(frame);
     const std::uint32_t trailerId = payloadPackets + 1;
     const std::uint32_t perPacket = dataPerPacket(frame.packetSize);
     const sockaddr_in destination = toSockaddr(target.destination);
-    const std::size_t batchLimit = target.packetDelayTicks > 0 ? 1 : kBatch;
+    // The packet delay is counted in timestamp ticks.
+    const Clock::duration gap = std::chrono::duration_cast<Clock::duration>(std::chrono::nanoseconds(
+        std::uint64_t{target.packetDelayTicks} * 1'000'000'000 / BootstrapRegisters::kTickFrequency));
 
     std::array<mmsghdr, kBatch> messages{};
     std::array<std::array<iovec, 2>, kBatch> vectors{};
     std::uint64_t sent = 0;
     std::uint64_t failures = 0;
+    Clock::duration booked{};
 
+    m_pacer.begin(Clock::now());
     for (std::uint32_t id = firstId; id <= lastId;) {
+        const Clock::time_point now = Clock::now();
+        const Clock::time_point due = m_pacer.nextDeparture(now);
+        if (due > now) {
+            sleepUntil(due);
+            continue;
+        }
+        // Every packet the link would have let go by now leaves in one call.
         std::size_t count = 0;
-        for (; count < batchLimit && id <= lastId; ++count, ++id) {
+        for (; count < kBatch && id <= lastId && m_pacer.nextDeparture(now) <= now; ++count, ++id) {
             std::uint8_t* header = m_headers[count].data();
             std::size_t headerSize = gvsp::kHeaderSize;
             iovec& data = vectors[count][1];
@@ -270,6 +337,9 @@ void StreamChannel::sendPackets(const SentFrame& frame, const StreamTarget& targ
             message.msg_namelen = sizeof destination;
             message.msg_iov = vectors[count].data();
             message.msg_iovlen = data.iov_len > 0 ? 2 : 1;
+            const std::uint64_t ipBytes = gvcp::packetsize::kIpUdpOverhead + headerSize + data.iov_len;
+            m_pacer.book(ipBytes, gap);
+            booked += wireTime(wireBytes(ipBytes), m_pacer.speed()) + gap;
         }
         std::size_t done = 0;
         while (done < count) {
@@ -285,12 +355,11 @@ void StreamChannel::sendPackets(const SentFrame& frame, const StreamTarget& targ
             done += static_cast<std::size_t>(result);
             sent += static_cast<std::uint64_t>(result);
         }
-        if (target.packetDelayTicks > 0)
-            std::this_thread::sleep_for(std::chrono::nanoseconds(target.packetDelayTicks));
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_statistics.packetsSent += sent;
     m_statistics.sendFailures += failures;
+    return booked;
 }
 
 } // namespace quorvex::sim

@@ -1,10 +1,12 @@
 #pragma once
 // The stream channel of one device: a thread that renders frames and sends
 // them as GVSP leader, payload and trailer packets, on software trigger
-// (at once) or free running at the frame rate. It also answers packet
-// resend requests and fires test packets.
+// (at once) or free running at the frame rate, paced to the device's
+// emulated link. It also answers packet resend requests and fires test
+// packets.
 
 #include "device_model.h"
+#include "link_pacer.h"
 #include "stream_actions.h"
 #include "udp_socket.h"
 
@@ -24,11 +26,15 @@ struct StreamStatistics final {
     std::uint64_t packetsSent = 0;
     std::uint64_t sendFailures = 0;
     std::uint64_t packetsResent = 0;
+    // How much later than its wire time after its first packet a frame's
+    // last packet left: the pacing error.
+    Clock::duration worstFrameOverrun{};
+    Clock::duration totalFrameOverrun{};
 };
 
 class StreamChannel final {
 public:
-    StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source);
+    StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source, LinkSpeed link = {});
     ~StreamChannel();
     StreamChannel(const StreamChannel&) = delete;
     StreamChannel& operator=(const StreamChannel&) = delete;
@@ -50,15 +56,19 @@ private:
     };
 
     void run();
+    // Renders the frame the next trigger or beat will send, while idle.
+    bool prepareNextFrame(std::unique_lock<std::mutex>& lock);
     bool frameDue(Clock::time_point now, Clock::time_point& wakeAt);
     void sendFrame(std::uint64_t frameNumber, std::uint16_t blockId, const StreamTarget& target,
                    const FrameFormat& format);
     void sendResend(const ResendRequest& request, const StreamTarget& target);
     void sendTestPacket(const StreamTarget& target);
-    // Sends packets built by fill(packetId, header, payload) for ids
-    // [first, last], batched into as few system calls as possible.
-    void sendPackets(const SentFrame& frame, const StreamTarget& target, std::uint32_t firstId, std::uint32_t lastId,
+    // Sends the packets [first, last] of a frame when the link lets them
+    // leave, batching those due together into one system call. Returns the
+    // time they took on the link.
+    Clock::duration sendPackets(const SentFrame& frame, const StreamTarget& target, std::uint32_t firstId, std::uint32_t lastId,
                      std::uint16_t status);
+    void sleepUntil(Clock::time_point when) const;
     std::uint32_t packetCount(const SentFrame& frame) const;
 
     UdpSocket m_socket;
@@ -83,6 +93,9 @@ private:
     std::uint16_t m_blockId = 0;
     std::array<SentFrame, 2> m_history;
     std::size_t m_newest = 0;
+    SentFrame m_prepared; // blockId is unused; preparedNumber says which frame it is
+    std::uint64_t m_preparedNumber = 0;
+    LinkPacer m_pacer;
     std::vector<std::array<std::uint8_t, 44>> m_headers;
 
     std::thread m_thread;

@@ -72,6 +72,7 @@ int serve(const ProgramOptions& options)
     ServerOptions serverOptions;
     serverOptions.gvcpPort = options.gvcpPort;
     serverOptions.answerBroadcasts = options.answerBroadcasts;
+    serverOptions.link = options.link;
     SimulatorServer server(serverOptions);
     try {
         for (unsigned i = 0; i < options.demoDevices; ++i) {
@@ -92,6 +93,7 @@ int serve(const ProgramOptions& options)
                 identity.userDefinedName + "\") on " + formatIpv4(address) + ":" + std::to_string(options.gvcpPort));
         }
         server.start();
+        log("streams paced to " + options.link.text() + " links");
     } catch (const SimulatorError& error) {
         log(std::string("error: ") + error.what());
         ::close(signals);

@@ -113,6 +113,15 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
                 return false;
             }
             options.baseAddress = address;
+        } else if (name == "--link-speed") {
+            if (!takeValue())
+                return false;
+            const std::optional<LinkSpeed> link = LinkSpeed::parse(value);
+            if (!link) {
+                error = "--link-speed needs a speed such as 100M, 1G, 2.5G or 10G, or 'unlimited', not '" + value + "'";
+                return false;
+            }
+            options.link = *link;
         } else if (name == "-p" || name == "--port") {
             if (!takeValue())
                 return false;
@@ -165,6 +174,10 @@ std::string usageText(const std::string& programName)
            "  -a, --base-address IP   address of the first device; the others follow\n"
            "                          (default 127.0.0.2; must be in 127.0.0.0/8)\n"
            "  -p, --port PORT         GVCP port (default 3956, the standard one)\n"
+           "      --link-speed SPEED  stream no faster than an Ethernet link of SPEED\n"
+           "                          (100M, 1G, 2.5G, 10G, ...; default 1G), each\n"
+           "                          device on a link of its own; 'unlimited' sends\n"
+           "                          as fast as loopback takes packets\n"
            "      --no-broadcast      do not answer discovery broadcasts, only\n"
            "                          commands sent to a device's own address\n"
            "      --print-xml         print the demo device's GenICam description and exit\n"

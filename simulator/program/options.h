@@ -1,6 +1,8 @@
 #pragma once
 // Command-line options of quorvex-simulator.
 
+#include "core/link_pacer.h"
+
 #include "hostile/hostile_fault.h"
 
 #include <cstdint>
@@ -15,6 +17,7 @@ struct ProgramOptions final {
     std::uint32_t baseAddress = 0x7F000002; // 127.0.0.2
     std::uint16_t gvcpPort = 3956;
     bool answerBroadcasts = true;
+    LinkSpeed link; // each device's emulated link
     bool verbose = false;
     bool showHelp = false;
     bool showVersion = false;
