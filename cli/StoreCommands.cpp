@@ -102,18 +102,20 @@ int RunAdd(const Request& request, const Console& console)
     const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
         *plan, [&settings](const QString& strGroup, const QString& strModel) {
             VirtualStore::WriteVirtualCameraGroup(*settings, strGroup, strModel, VirtualStore::SupportedModels());
-            settings->sync();
-            return settings->status() == QSettings::NoError;
+            return VirtualStore::SyncStoreSettings(*settings);
         });
     if (outcome == VirtualStore::CreationOutcome::GroupNotWritten) {
         QDir().rmdir(plan->strCameraFolder); // only while still empty
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("the store's configuration file %1 cannot be written").arg(Shown(configPath)));
     }
-    if (outcome == VirtualStore::CreationOutcome::CopyIncomplete)
+    if (outcome == VirtualStore::CreationOutcome::CopyIncomplete) {
+        // A camera with part of its files is not kept.
+        VirtualStore::DeleteVirtualCamera(plan->strGroup, plan->strModel, settings.get());
         return Refuse(request, console, kExitFailed,
-                      QStringLiteral("virtual camera %1 was made, but copying %2 into %3 stopped part way")
-                          .arg(plan->strGroup, Shown(plan->strSourceFolder), Shown(plan->strCameraFolder)));
+                      QStringLiteral("copying %1 into %2 failed; virtual camera %3 was not kept")
+                          .arg(Shown(plan->strSourceFolder), Shown(plan->strCameraFolder), plan->strGroup));
+    }
 
     if (request.json)
         console.Json({{QStringLiteral("group"), plan->strGroup},
@@ -181,7 +183,8 @@ int RunDelete(const Request& request, const Console& console)
                       QStringLiteral("the store's configuration file %1 cannot be written")
                           .arg(Shown(VirtualStore::ConfigFilePath())));
 
-    switch (VirtualStore::DeleteVirtualCamera(it->strGroup, it->strModel, settings.get())) {
+    QString reason;
+    switch (VirtualStore::DeleteVirtualCamera(it->strGroup, it->strModel, settings.get(), &reason)) {
     case VirtualStore::DeletionOutcome::UnsafeGroup: // the list never holds one
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("\"%1\" cannot name a camera folder").arg(Printable(group)));
@@ -189,14 +192,16 @@ int RunDelete(const Request& request, const Console& console)
         return Refuse(request, console, kExitBusy,
                       QStringLiteral("virtual camera %1 is connected to a client; disconnect it and try again")
                           .arg(Printable(group)));
+    case VirtualStore::DeletionOutcome::OutsideStore:
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("not deleting %1: %2").arg(Printable(group), Printable(reason)));
+    case VirtualStore::DeletionOutcome::ConfigNotWritten:
+        return Refuse(request, console, kExitFailed,
+                      QStringLiteral("the store's configuration file %1 cannot be written; nothing was deleted")
+                          .arg(Shown(VirtualStore::ConfigFilePath())));
     case VirtualStore::DeletionOutcome::Deleted:
         break;
     }
-    settings->sync();
-    if (settings->status() != QSettings::NoError)
-        return Refuse(request, console, kExitFailed,
-                      QStringLiteral("the folder of %1 is deleted, but its group could not be removed from %2")
-                          .arg(Printable(group), Shown(VirtualStore::ConfigFilePath())));
     if (request.json)
         console.Json({{QStringLiteral("deleted"), group}, {QStringLiteral("model"), it->strModel}});
     else

@@ -4,6 +4,7 @@
 #include "store_names.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace VirtualStore {
 
@@ -37,6 +38,37 @@ QString RegisterFilePath(const QString& strGroup, const QString& strModel)
 bool IsSafeStoreName(const QString& strName)
 {
     return quorvex::store::isSafeStoreName(strName.toStdString());
+}
+
+bool IsCameraFolderInsideStore(const QString& strGroup, QString& strReason)
+{
+    if (!IsSafeStoreName(strGroup)) {
+        strReason = QStringLiteral("the group cannot name a folder");
+        return false;
+    }
+    const QString strCameras = StorePath() + "/Cameras";
+    const QString strFolder = CameraFolder(strGroup);
+    // A link anywhere on the way would make the removal act elsewhere.
+    for (const QString& strPath : {StorePath(), strCameras, strFolder}) {
+        const QFileInfo info(strPath);
+        if (info.isSymLink()) {
+            strReason = QStringLiteral("%1 is a symbolic link").arg(strPath);
+            return false;
+        }
+        if (!info.exists())
+            return true;
+        if (!info.isDir()) {
+            strReason = QStringLiteral("%1 is not a folder").arg(strPath);
+            return false;
+        }
+    }
+    const QString strRealCameras = QFileInfo(strCameras).canonicalFilePath();
+    const QString strRealFolder = QFileInfo(strFolder).canonicalFilePath();
+    if (strRealCameras.isEmpty() || strRealFolder != strRealCameras + "/" + strGroup) {
+        strReason = QStringLiteral("%1 does not resolve inside %2").arg(strFolder, strCameras);
+        return false;
+    }
+    return true;
 }
 
 } // namespace VirtualStore

@@ -22,4 +22,11 @@ QString RegisterFilePath(const QString& strGroup, const QString& strModel);
 // A group or model name that can safely name a folder or file of the store.
 bool IsSafeStoreName(const QString& strName);
 
+// Whether the camera folder of a group may be removed: the store, its
+// "Cameras" folder and the camera folder are real folders (no symbolic
+// link among them), and the camera folder resolves to a child of the
+// store's real "Cameras" folder. A camera folder that does not exist passes
+// (there is nothing to remove). On refusal, strReason says why.
+bool IsCameraFolderInsideStore(const QString& strGroup, QString& strReason);
+
 } // namespace VirtualStore

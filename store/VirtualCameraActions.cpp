@@ -4,8 +4,14 @@
 #include "FileOperations.h"
 #include "StorePaths.h"
 
+#include <algorithm>
+
 #include <QDir>
+#include <QStringList>
+#include <QPair>
 #include <QSettings>
+#include <QVariant>
+#include <QVector>
 
 namespace VirtualStore {
 
@@ -19,15 +25,66 @@ CreationOutcome CreateVirtualCamera(const VirtualCameraPlan& plan,
                                                                            : CreationOutcome::CopyIncomplete;
 }
 
-DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strModel, QSettings* pSettings)
+bool SyncStoreSettings(QSettings& settings)
 {
+    // QSettings writes a new file and renames it over the old one, and
+    // refuses to fall back to rewriting in place.
+    settings.setAtomicSyncRequired(true);
+    settings.sync();
+    // Its status keeps the first error for good, so the file itself is read
+    // back: written means that what is on disk is what is in memory.
+    QSettings onDisk(settings.fileName(), QSettings::IniFormat);
+    onDisk.setIniCodec("utf-8");
+    const QStringList keys = settings.allKeys();
+    if (onDisk.status() != QSettings::NoError || onDisk.allKeys().size() != keys.size())
+        return false;
+    return std::all_of(keys.cbegin(), keys.cend(), [&](const QString& strKey) {
+        return onDisk.value(strKey).toString() == settings.value(strKey).toString();
+    });
+}
+
+namespace {
+
+// Removes a group and writes the file; on failure the group is put back in
+// memory, so the settings object again matches the untouched file.
+bool RemoveGroupOnDisk(QSettings& settings, const QString& strGroup)
+{
+    QVector<QPair<QString, QVariant>> saved;
+    settings.beginGroup(strGroup);
+    for (const QString& strKey : settings.allKeys())
+        saved.append({strKey, settings.value(strKey)});
+    settings.endGroup();
+    settings.remove(strGroup);
+    if (SyncStoreSettings(settings))
+        return true;
+    for (const auto& entry : saved)
+        settings.setValue(strGroup + "/" + entry.first, entry.second);
+    return false;
+}
+
+} // namespace
+
+DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strModel, QSettings* pSettings,
+                                    QString* pReason)
+{
+    QString strReason;
+    const auto refuse = [&](DeletionOutcome outcome, const QString& strWhy) {
+        if (pReason)
+            *pReason = strWhy;
+        return outcome;
+    };
     if (!IsSafeStoreName(strGroup))
-        return DeletionOutcome::UnsafeGroup;
+        return refuse(DeletionOutcome::UnsafeGroup, QStringLiteral("the group cannot name a folder"));
     if (IsSafeStoreName(strModel) && IsFileOccupied(RegisterFilePath(strGroup, strModel)))
-        return DeletionOutcome::HeldOpen;
+        return refuse(DeletionOutcome::HeldOpen, QStringLiteral("a serving program holds the camera"));
+    if (!IsCameraFolderInsideStore(strGroup, strReason))
+        return refuse(DeletionOutcome::OutsideStore, strReason);
+    // The group goes first: when the file cannot be written the camera
+    // stays whole, and a folder whose removal fails afterwards is unused
+    // space that no list shows, never a listed camera without files.
+    if (pSettings && !RemoveGroupOnDisk(*pSettings, strGroup))
+        return refuse(DeletionOutcome::ConfigNotWritten, QStringLiteral("the configuration file cannot be written"));
     collect::DeleteFileOrFolderAt(CameraFolder(strGroup));
-    if (pSettings)
-        pSettings->remove(strGroup);
     return DeletionOutcome::Deleted;
 }
 

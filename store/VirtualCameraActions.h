@@ -22,19 +22,28 @@ enum class CreationOutcome {
 // Makes the camera folder (result not checked), has writeGroup put the
 // camera's group into the configuration file, then copies the collection
 // folder into the camera folder with overwrite. Nothing is copied when
-// writeGroup returns false.
+// writeGroup returns false. A caller that must not keep a camera whose copy
+// stopped part way deletes it again with DeleteVirtualCamera.
 CreationOutcome CreateVirtualCamera(const VirtualCameraPlan& plan,
                                     const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup);
 
 enum class DeletionOutcome {
     Deleted,
-    UnsafeGroup, // the group cannot name a camera folder: nothing touched
-    HeldOpen,    // a serving program holds the camera: nothing touched
+    UnsafeGroup,      // the group cannot name a camera folder: nothing touched
+    HeldOpen,         // a serving program holds the camera: nothing touched
+    OutsideStore,     // a link or a stray path would lead out of the store: nothing touched
+    ConfigNotWritten, // the configuration file could not be rewritten: nothing touched
 };
 
-// Removes the camera folder and, when pSettings is given, the group. A
-// model name that cannot name a file has no register file a server could
-// hold, so it never blocks.
-DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strModel, QSettings* pSettings);
+// Removes the group from the configuration file (written to disk first, when
+// pSettings is given) and then the camera folder, never following a link.
+// A model name that cannot name a file has no register file a server could
+// hold, so it never blocks. strReason tells why a refusal happened.
+DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strModel, QSettings* pSettings,
+                                    QString* pReason = nullptr);
+
+// Writes pending changes of the store's settings to disk (the file is
+// replaced whole, never rewritten in place) and tells whether that worked.
+bool SyncStoreSettings(QSettings& settings);
 
 } // namespace VirtualStore

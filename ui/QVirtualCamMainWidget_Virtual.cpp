@@ -64,6 +64,15 @@ bool QVirtualCamMainWidget::WriteVirtualCameraConfig(QString strGroup, QString s
         m_pVirtualCamSettings = VirtualStore::OpenVirtualCameraSettings(strPath, this);
     VirtualStore::WriteVirtualCameraGroup(*m_pVirtualCamSettings, strGroup, strModel,
                                           VirtualStore::SupportedModels());
+    // Written now, not on some later sync, so that a full or read-only disk
+    // is reported while the user is still looking.
+    if (!VirtualStore::SyncStoreSettings(*m_pVirtualCamSettings)) {
+        m_pVirtualCamSettings->remove(strGroup);
+        qInfo() << "Writing the store's configuration file failed:" << strPath;
+        CustomMessageBox::warning(this, tr("The configuration file fails to be written. Start the tool as an administrator!"),
+                                  tr("Prompt"), CustomMessageBox::ConfirmButton);
+        return false;
+    }
     return true;
 }
 
@@ -77,13 +86,23 @@ void QVirtualCamMainWidget::OnAddVirtualBtn()
             qInfo() << "Model name cannot name a camera folder:" << strText;
         return;
     }
-    // A failed copy still lists the camera: its group is in the file.
     const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
         *plan, [this](const QString& strGroup, const QString& strModel) {
             return WriteVirtualCameraConfig(strGroup, strModel);
         });
-    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten)
+    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten) {
+        QDir().rmdir(plan->strCameraFolder); // only while still empty
         return;
+    }
+    if (outcome == VirtualStore::CreationOutcome::CopyIncomplete) {
+        // A camera with part of its files would serve a device that never
+        // existed: take it back out of the store.
+        qInfo() << "Copying" << plan->strSourceFolder << "into" << plan->strCameraFolder << "failed";
+        VirtualStore::DeleteVirtualCamera(plan->strGroup, plan->strModel, m_pVirtualCamSettings);
+        CustomMessageBox::warning(this, tr("Copying the collected files failed. The virtual camera was not created!"),
+                                  tr("Prompt"), CustomMessageBox::ConfirmButton);
+        return;
+    }
     UpdateVirtualCameraList(plan->strModel, plan->strGroup);
 }
 
@@ -106,13 +125,23 @@ void QVirtualCamMainWidget::OnDeleteVirtualCamera()
         return;
     const QString strGroup = pItem->data(kGroupRole).toString();
     const QString strModel = pItem->data(kModelRole).toString();
-    switch (VirtualStore::DeleteVirtualCamera(strGroup, strModel, m_pVirtualCamSettings)) {
+    QString strReason;
+    switch (VirtualStore::DeleteVirtualCamera(strGroup, strModel, m_pVirtualCamSettings, &strReason)) {
     case VirtualStore::DeletionOutcome::UnsafeGroup:
         qInfo() << "Refusing to delete a camera whose group cannot name a folder:" << strGroup;
         return;
     case VirtualStore::DeletionOutcome::HeldOpen:
         CustomMessageBox::warning(this, tr("The camera is connected, please disconnect and try again!"), tr("Prompt"),
                                   CustomMessageBox::ConfirmButton, QString());
+        return;
+    case VirtualStore::DeletionOutcome::OutsideStore:
+        qInfo() << "Refusing to delete" << strGroup << ":" << strReason;
+        CustomMessageBox::warning(this, tr("The camera's folder leads outside the store. Nothing was deleted!"),
+                                  tr("Prompt"), CustomMessageBox::ConfirmButton, strReason);
+        return;
+    case VirtualStore::DeletionOutcome::ConfigNotWritten:
+        CustomMessageBox::warning(this, tr("The configuration file fails to be written. Start the tool as an administrator!"),
+                                  tr("Prompt"), CustomMessageBox::ConfirmButton);
         return;
     case VirtualStore::DeletionOutcome::Deleted:
         break;

@@ -134,5 +134,13 @@
         <source>Delete</source>
         <translation>删除</translation>
     </message>
+    <message>
+        <source>Copying the collected files failed. The virtual camera was not created!</source>
+        <translation>复制采集文件失败，未创建虚拟相机！</translation>
+    </message>
+    <message>
+        <source>The camera&apos;s folder leads outside the store. Nothing was deleted!</source>
+        <translation>相机文件夹指向存储区之外，未删除任何内容！</translation>
+    </message>
 </context>
 </TS>

@@ -7,7 +7,12 @@
 
 using collect::DeleteFileOrFolderAt;
 #include "FileOperations.h"
+#include "StorePaths.h"
+#include "VirtualCameraActions.h"
+#include "VirtualCameraConfig.h"
 #include "camera_hold.h"
+
+#include <QSettings>
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -102,6 +107,55 @@ private slots:
         QVERIFY(QFile::link(Path("outside"), Path("link")));
         QVERIFY(DeleteFileOrFolderAt(Path("link")));
         QCOMPARE(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
+    }
+
+    // Deleting a camera never reaches outside the store, and the file is
+    // rewritten before the folder goes.
+    void deleteCamera_staysInsideTheStoreAndWritesTheFileFirst()
+    {
+        qputenv("QUORVEX_SYSTEM_TEMP", m_pDir->path().toUtf8() + "/temp");
+        const QString strStore = StorePath();
+        const QString strGroup = "Vir12345678";
+        const QString strFolder = CameraFolder(strGroup);
+        StoreTest::MakeCollectionFolder(Path("outside"), "M");
+        const auto makeCamera = [&](QSettings& settings) {
+            StoreTest::MakeCollectionFolder(strFolder, "M");
+            settings.setValue(strGroup + "/chModelName", "M");
+            QVERIFY(SyncStoreSettings(settings));
+        };
+
+        // Each link on the way to the camera folder is refused and leaves
+        // everything as it was, the target of the link included.
+        const QStringList linked{strStore, strStore + "/Cameras", strFolder};
+        for (const QString& strLink : linked) {
+            QVERIFY(QDir(m_pDir->path() + "/temp").removeRecursively());
+            QDir().mkpath(strStore);
+            std::unique_ptr<QSettings> settings(OpenVirtualCameraSettings(ConfigFilePath(), nullptr));
+            makeCamera(*settings);
+            QVERIFY(QDir(strLink).removeRecursively());
+            QVERIFY(QFile::link(Path("outside"), strLink));
+            QString strReason;
+            QCOMPARE(DeleteVirtualCamera(strGroup, "M", settings.get(), &strReason), DeletionOutcome::OutsideStore);
+            QVERIFY2(strReason.contains(strLink), qPrintable(strReason));
+            QVERIFY(QFileInfo::exists(Path("outside/Jpg/1.jpg")));
+            QCOMPARE(settings->value(strGroup + "/chModelName").toString(), QString("M"));
+        }
+
+        // A file that cannot be replaced keeps both the group and the folder.
+        QVERIFY(QDir(m_pDir->path() + "/temp").removeRecursively());
+        QDir().mkpath(strStore);
+        std::unique_ptr<QSettings> settings(OpenVirtualCameraSettings(ConfigFilePath(), nullptr));
+        makeCamera(*settings);
+        QVERIFY(QFile::remove(ConfigFilePath()));
+        QVERIFY(StoreTest::WriteFile(ConfigFilePath() + "/blocks-the-rename", "x"));
+        QCOMPARE(DeleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::ConfigNotWritten);
+        QVERIFY(QFileInfo::exists(strFolder + "/M_regfile.dat"));
+        QCOMPARE(settings->value(strGroup + "/chModelName").toString(), QString("M"));
+
+        QVERIFY(QDir(ConfigFilePath()).removeRecursively());
+        QCOMPARE(DeleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::Deleted);
+        QVERIFY(!QFileInfo::exists(strFolder));
+        QVERIFY(!StoreTest::ReadFile(ConfigFilePath()).contains(strGroup.toUtf8()));
     }
 
     void occupancy_followsTheHolderWithinThisProcess()
