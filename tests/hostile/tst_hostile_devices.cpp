@@ -1,0 +1,210 @@
+// quorvex-cli collecting a good code reader and a hostile one side by side,
+// one row per fault the simulator can serve (--hostile KIND): the hostile
+// job ends on its own with a failure (or, for a name that is merely odd,
+// with a collection in a folder of its own) within a bounded time, the good
+// reader's collection completes, nothing crashes, nothing outside the
+// tool's folders changes, and the earlier collection of the hostile
+// device's model is still there byte for byte.
+
+#include "CliProcess.h"
+#include "DeviceProcess.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QJsonArray>
+#include <QtTest>
+
+#include <algorithm>
+#include <cerrno>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace {
+
+// A good collection takes seconds; a job still running after this hangs.
+constexpr int kCollectTimeoutMs = 180000;
+// The model every hostile device takes unless its fault is the name.
+const QString kModel = QStringLiteral("QVX-ID2040M");
+
+// Every file and folder below root, by relative path, with a digest of
+// each file's bytes; paths starting with one of excluded are left out.
+QMap<QString, QByteArray> Snapshot(const QString& root, const QStringList& excluded = {})
+{
+    QMap<QString, QByteArray> entries;
+    QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const QString relative = QDir(root).relativeFilePath(path);
+        if (std::any_of(excluded.begin(), excluded.end(), [&](const QString& folder) {
+                return relative == folder || relative.startsWith(folder + QLatin1Char('/'));
+            }))
+            continue;
+        QByteArray digest("folder");
+        if (it.fileInfo().isFile()) {
+            QFile file(path);
+            QCryptographicHash hash(QCryptographicHash::Sha256);
+            digest = file.open(QIODevice::ReadOnly) && hash.addData(&file) ? hash.result() : QByteArray("unreadable");
+        } else if (!it.fileInfo().isDir()) {
+            digest = "special";
+        }
+        entries.insert(relative, digest);
+    }
+    return entries;
+}
+
+bool CopyTree(const QString& from, const QString& to)
+{
+    if (!QDir().mkpath(to))
+        return false;
+    for (const QFileInfo& entry : QDir(from).entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)) {
+        const QString target = to + QLatin1Char('/') + entry.fileName();
+        if (entry.isDir() ? !CopyTree(entry.filePath(), target) : !QFile::copy(entry.filePath(), target))
+            return false;
+    }
+    return true;
+}
+
+// A hostile description can ask for gigabytes: keep a program that trusts
+// it from taking the machine with it. Sanitizer builds reserve huge
+// address ranges, so there the limit is on resident memory instead.
+void LimitMemoryOfChildren()
+{
+#if defined(__SANITIZE_ADDRESS__)
+    qputenv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":hard_rss_limit_mb=6144");
+#else
+    const rlimit limit{rlim_t{8} << 30, rlim_t{8} << 30};
+    setrlimit(RLIMIT_AS, &limit);
+#endif
+}
+
+} // namespace
+
+class HostileDevicesTest final : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void collect_hostileBesideGood_data();
+    void collect_hostileBesideGood();
+
+private:
+    QString m_strHome;
+    QString m_strReference; // a good collection of kModel, made once
+    CliSuite m_suite;
+};
+
+void HostileDevicesTest::initTestCase()
+{
+    LimitMemoryOfChildren();
+    m_strHome = qEnvironmentVariable("QUORVEX_TEST_HOME");
+    m_strReference = m_strHome + QStringLiteral("/reference/") + kModel;
+    QString error;
+    QVERIFY2(m_suite.prepare(&error), qPrintable(error));
+    QVERIFY(::mkfifo(qPrintable(m_strHome + QStringLiteral("/fifo")), 0600) == 0 || errno == EEXIST);
+
+    DeviceProcess simulator;
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(1, &error);
+    QVERIFY2(readers.size() == 1 && ModelOf(readers[0]) == kModel, qPrintable(error));
+    const CliResult result = m_suite.run({QStringLiteral("collect"), SerialOf(readers[0])}, CliSuite::systemEnvironment(),
+                                         kCollectTimeoutMs);
+    QVERIFY2(result.exitCode == 0, qPrintable(result.describe()));
+    QDir(m_strReference).removeRecursively();
+    QVERIFY(CopyTree(m_suite.collectionRoot() + QLatin1Char('/') + kModel, m_strReference));
+}
+
+void HostileDevicesTest::collect_hostileBesideGood_data()
+{
+    QTest::addColumn<QString>("kind");
+    // Only a name fault may end in a collection, and then in a folder of
+    // its own; every other fault ends its job with a failure.
+    QTest::addColumn<bool>("mayCollect");
+    for (const char* kind : {"bad-zip", "zip-bomb", "huge-xml", "slow-xml", "file-url", "vanish"})
+        QTest::newRow(kind) << QString::fromLatin1(kind) << false;
+    QTest::newRow("file-url fifo") << QStringLiteral("file-url=%1/fifo").arg(qEnvironmentVariable("QUORVEX_TEST_HOME"))
+                                   << false;
+    for (const char* kind : {"name-32", "name-latin1", "name-format"})
+        QTest::newRow(kind) << QString::fromLatin1(kind) << true;
+}
+
+void HostileDevicesTest::collect_hostileBesideGood()
+{
+    QFETCH(QString, kind);
+    QFETCH(bool, mayCollect);
+    QString error;
+    QVERIFY2(m_suite.prepare(&error), qPrintable(error));
+    const QString root = m_suite.collectionRoot();
+    QDir(root).removeRecursively();
+    QVERIFY(CopyTree(m_strReference, root + QLatin1Char('/') + kModel));
+    // The tool may write below its suite folder and its XDG folders; the
+    // reference copy and anything else in the home must stay as they are.
+    const QStringList toolFolders{QStringLiteral("suite/apps/Quorvex"), QStringLiteral("suite/common/VirtualCamera"),
+                                  QStringLiteral("cache"), QStringLiteral("config"), QStringLiteral("data"),
+                                  QStringLiteral("run")};
+    const QMap<QString, QByteArray> outsideBefore = Snapshot(m_strHome, toolFolders);
+
+    DeviceProcess simulator;
+    QVERIFY2(simulator.startSimulator({QStringLiteral("--demo"), QStringLiteral("2"), QStringLiteral("--hostile"), kind},
+                                      &error),
+             qPrintable(error));
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(3, 30000);
+    QString goodSerial, hostileSerial, goodModel;
+    for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
+        if (SerialOf(reader).startsWith(QStringLiteral("QH")))
+            hostileSerial = SerialOf(reader);
+        else if (ModelOf(reader) != kModel)
+            goodSerial = SerialOf(reader), goodModel = ModelOf(reader);
+    }
+    QVERIFY2(!goodSerial.isEmpty() && !hostileSerial.isEmpty(), qPrintable(simulator.output()));
+
+    QElapsedTimer clock;
+    clock.start();
+    const CliResult result = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), goodSerial, hostileSerial},
+                                         CliSuite::systemEnvironment(), kCollectTimeoutMs);
+    qInfo("%s: both jobs ended after %.1f s", qPrintable(kind), clock.elapsed() / 1000.0);
+    // Bounded and no crash: a normal exit, no sanitizer report.
+    QVERIFY2(result.finished && (result.exitCode == 0 || result.exitCode == 1), qPrintable(result.describe()));
+    QVERIFY2(!result.err.contains("Sanitizer") && !result.err.contains("runtime error:"), qPrintable(result.describe()));
+
+    QMap<QString, QJsonObject> jobs;
+    for (const QJsonValue& value : result.json().value(QStringLiteral("devices")).toArray())
+        jobs.insert(value.toObject().value(QStringLiteral("serial")).toString(), value.toObject());
+    const QJsonObject good = jobs.value(goodSerial);
+    const QJsonObject hostile = jobs.value(hostileSerial);
+    QVERIFY2(good.value(QStringLiteral("outcome")).toString() == QStringLiteral("collected"), qPrintable(result.describe()));
+    const QString goodFolder = QDir::cleanPath(root + QLatin1Char('/') + goodModel);
+    QCOMPARE(good.value(QStringLiteral("folder")).toString(), goodFolder);
+
+    const QString outcome = hostile.value(QStringLiteral("outcome")).toString();
+    QStringList expectedFolders{goodModel, kModel};
+    if (outcome == QStringLiteral("collected") && mayCollect) {
+        // Its own folder, directly in the root, named after nothing else.
+        const QString folder = hostile.value(QStringLiteral("folder")).toString();
+        QVERIFY2(QFileInfo(folder).absolutePath() == QDir::cleanPath(root) && !expectedFolders.contains(QFileInfo(folder).fileName()),
+                 qPrintable(result.describe()));
+        expectedFolders << QFileInfo(folder).fileName();
+    } else {
+        QVERIFY2(outcome == QStringLiteral("failed") && !hostile.value(QStringLiteral("message")).toString().isEmpty()
+                     && result.exitCode == 1,
+                 qPrintable(result.describe()));
+    }
+
+    // The good reader's images went to its own folder only; the earlier
+    // collection of the hostile device's model is untouched.
+    expectedFolders.sort();
+    QCOMPARE(QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expectedFolders);
+    QVERIFY(!QDir(goodFolder + QStringLiteral("/Jpg")).isEmpty());
+    QVERIFY(QFileInfo::exists(goodFolder + QLatin1Char('/') + goodModel + QStringLiteral(".xml")));
+    QVERIFY2(Snapshot(root + QLatin1Char('/') + kModel) == Snapshot(m_strReference), "earlier collection changed");
+    QCOMPARE(QDir(m_suite.applicationDir()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name),
+             (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+    QVERIFY2(Snapshot(m_strHome, toolFolders) == outsideBefore, "files outside the tool's folders changed");
+}
+
+QTEST_GUILESS_MAIN(HostileDevicesTest)
+#include "tst_hostile_devices.moc"
