@@ -76,7 +76,7 @@ TEST(DeviceRecords, unknownTransportsAreRefusedAndListsStopAtTheLimit)
     EXPECT_TRUE(xq::isKnownTransportMask(XQ_TLAYER_GIGE | XQ_TLAYER_USB));
 
     xq::DiscoveredDevice device;
-    device.model = std::string(100, 'M');
+    device.model = std::string(31, 'M') + "\xC3"; // fills the bootstrap field, ends mid-character
     const std::vector<xq::DiscoveredDevice> devices(XQ_MAX_DEVICE_NUM + 3, device);
     xq::RecordStore<XQ_CODEREADER_DEVICE_INFO> store;
     auto list = std::make_unique<XQ_CODEREADER_DEVICE_INFO_LIST>();
@@ -87,8 +87,11 @@ TEST(DeviceRecords, unknownTransportsAreRefusedAndListsStopAtTheLimit)
     });
     ASSERT_EQ(list->nDeviceNum, static_cast<unsigned int>(XQ_MAX_DEVICE_NUM));
     EXPECT_EQ(list->pDeviceInfo[0], list->pDeviceInfo[XQ_MAX_DEVICE_NUM - 1]) << "alike devices share one record";
-    EXPECT_EQ(xq::fieldText(list->pDeviceInfo[0]->stGigE.chModelName),
-              std::string(sizeof list->pDeviceInfo[0]->stGigE.chModelName - 1, 'M'));
+    // Model bytes are kept as they are, alike in both SDKs' records.
+    EXPECT_EQ(xq::fieldText(list->pDeviceInfo[0]->stGigE.chModelName), device.model);
+    XQ_CC_DEVICE_INFO camera{};
+    xq::fillGigEInfo(camera.stGigE, device);
+    EXPECT_EQ(xq::fieldText(camera.stGigE.chModelName), device.model) << "32 bytes, no terminator";
     EXPECT_FALSE(xq::isRecordAccessible<XQ_CODEREADER_DEVICE_INFO>(nullptr, XQ_ACCESS_EXCLUSIVE));
 }
 

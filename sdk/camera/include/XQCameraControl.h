@@ -18,7 +18,8 @@
  * Conventions:
  * - Every function returns XQ_OK (0) or an XQ_ERR_* code (XQSdkDefs.h).
  * - Feature names are NUL-terminated 8-bit texts, matched exactly.
- * - Text fields of records are always NUL-terminated within their size.
+ * - Text fields of records are always NUL-terminated within their size,
+ *   except the GigE model name (see XQ_CC_GIGE_DEVICE_INFO).
  * - Thread safety: any function may be called from any thread. Calls on one
  *   handle are serialised; different handles work in parallel.
  */
@@ -43,6 +44,12 @@ typedef struct _XQ_CC_GIGE_DEVICE_INFO_ {
     unsigned int  nDefultGateWay;
     unsigned int  nNetExport;         /* host interface address that found it */
     unsigned char chManufacturerName[32];
+    /* The device's bootstrap model bytes exactly, never re-encoded; the dump
+     * file names use these bytes. Unlike the other texts it is NUL-terminated
+     * only when the model is shorter than 32 bytes: a model that fills the
+     * device's 32-byte field without a terminator appears as 32 bytes and no
+     * NUL (strnlen(chModelName, 32) == 32), and is 32 bytes long in the
+     * code-reader record too. Read it with a bound of 32. */
     unsigned char chModelName[32];
     unsigned char chDeviceVersion[32];
     unsigned char chManufacturerSpecificInfo[48];

@@ -18,6 +18,7 @@ int CameraSession::open(unsigned int accessMode, unsigned short switchoverKey)
 {
     if (switchoverKey != 0)
         return XQ_ERR_NOT_SUPPORTED;
+    const auto stop = m_canceller.stopCheck();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_link)
         return XQ_ERR_WRONG_STATE;
@@ -35,7 +36,7 @@ int CameraSession::open(unsigned int accessMode, unsigned short switchoverKey)
     }
 
     std::unique_ptr<DeviceLink> link;
-    if (const int code = DeviceLink::open(request, lossReporter(m_exceptionSlot), link); code != XQ_OK)
+    if (const int code = DeviceLink::open(request, stop, lossReporter(m_exceptionSlot), link); code != XQ_OK)
         return code;
 
     m_recorder.clear();
@@ -53,6 +54,7 @@ int CameraSession::open(unsigned int accessMode, unsigned short switchoverKey)
 
 int CameraSession::close()
 {
+    m_canceller.cancelCalls();
     const std::lock_guard<std::mutex> lock(m_mutex);
     return closeLocked();
 }
@@ -77,6 +79,7 @@ int CameraSession::closeLocked()
 
 int CameraSession::release()
 {
+    m_canceller.releaseForever();
     m_exceptionSlot->clear();
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_link ? closeLocked() : XQ_OK;

@@ -8,6 +8,7 @@
 
 #include "XQCameraControl.h"
 
+#include "CallCanceller.h"
 #include "DeviceLink.h"
 #include "ExceptionSlot.h"
 #include "FeatureAccess.h"
@@ -126,6 +127,7 @@ private:
     const XQ_CC_DEVICE_INFO m_info;
     const std::uint32_t m_stamp;
     const std::shared_ptr<ExceptionSlot> m_exceptionSlot = std::make_shared<ExceptionSlot>();
+    CallCanceller m_canceller; // close and release end a pending open
 
     // Own lock: setting the folder must not wait for an open in progress.
     mutable std::mutex m_dumpFolderMutex;

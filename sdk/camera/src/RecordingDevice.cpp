@@ -1,6 +1,5 @@
 #include "RecordingDevice.h"
 
-#include "AravisSystem.h"
 #include "RegisterRecorder.h"
 
 #include <cstring>
@@ -127,10 +126,8 @@ GObjectPtr<ArvDevice> makeRecordingDevice(ArvDevice* inner, RegisterRecorder* re
     XqRecordingDevice* self = XQ_RECORDING_DEVICE(device.get());
     self->inner = ARV_DEVICE(g_object_ref(inner));
     self->recorder = recorder;
-    {
-        const std::lock_guard<std::mutex> lock(aravisSystemMutex());
-        self->genicam = arv_gc_new(device.get(), xml, size);
-    }
+    // Parsing is serialised inside arv_gc_new (sdk/common/src/AravisSystem.h).
+    self->genicam = arv_gc_new(device.get(), xml, size);
     if (!self->genicam)
         return nullptr;
     // Every read must reach the device, so that the recording is complete.

@@ -39,6 +39,10 @@ typedef struct _XQ_CODEREADER_GIGE_INFO_ {
     unsigned int  nDefultGateWay;
     unsigned int  nNetExport;         /* host interface address that found it */
     unsigned char chManufacturerName[XQ_CODEREADER_TEXT_SIZE];
+    /* The device's bootstrap model bytes exactly (at most 32, never
+     * re-encoded), then NUL: the same bytes as the camera record's. A model
+     * that fills the device's 32-byte field without a terminator is 32 bytes
+     * long here; in the camera record it is 32 bytes with no NUL. */
     unsigned char chModelName[XQ_CODEREADER_TEXT_SIZE];
     unsigned char chDeviceVersion[XQ_CODEREADER_TEXT_SIZE];
     unsigned char chManufacturerSpecificInfo[XQ_CODEREADER_TEXT_SIZE];

@@ -6,6 +6,7 @@
 #include "FeatureAccess.h"
 #include "TextFields.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 
@@ -15,6 +16,7 @@ namespace {
 constexpr int kStreamBufferCount = 4;
 constexpr std::uint32_t kLoopbackNet = 0x7F000000;
 constexpr std::uint32_t kLoopbackMask = 0xFF000000;
+constexpr long long kWaitSliceUs = 50'000;
 
 } // namespace
 
@@ -60,6 +62,7 @@ int CodeReaderSession::startGrabbing()
 
 int CodeReaderSession::stopGrabbing()
 {
+    m_canceller.cancelCalls();
     const std::lock_guard<std::mutex> lock(m_mutex);
     return stopGrabbingLocked();
 }
@@ -78,6 +81,7 @@ int CodeReaderSession::nextFrame(unsigned char** data, XQ_CODEREADER_FRAME_INFO*
 {
     if (!data || !info)
         return XQ_ERR_INVALID_PARAMETER;
+    const auto stop = m_canceller.stopCheck();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (const int state = usable(); state != XQ_OK)
         return state;
@@ -88,9 +92,16 @@ int CodeReaderSession::nextFrame(unsigned char** data, XQ_CODEREADER_FRAME_INFO*
     const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
     ArvStream* stream = m_stream.get();
     for (;;) {
+        // Waits in slices, so that close, stop or release from another
+        // thread end the wait promptly.
+        if (stop())
+            return XQ_ERR_CANCELLED;
         const auto left = std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
-        ArvBuffer* buffer = left > 0 ? arv_stream_timeout_pop_buffer(stream, static_cast<guint64>(left))
+        ArvBuffer* buffer = left > 0 ? arv_stream_timeout_pop_buffer(
+                                           stream, static_cast<guint64>(std::min<long long>(left, kWaitSliceUs)))
                                      : arv_stream_try_pop_buffer(stream);
+        if (!buffer && left > kWaitSliceUs && !m_link->isLost())
+            continue;
         if (!buffer)
             return m_link->isLost() ? XQ_ERR_DEVICE_LOST : XQ_ERR_NO_DATA;
         if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS) {

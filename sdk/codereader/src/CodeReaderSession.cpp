@@ -29,6 +29,7 @@ CodeReaderSession::~CodeReaderSession() { release(); }
 
 int CodeReaderSession::open()
 {
+    const auto stop = m_canceller.stopCheck();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_link)
         return XQ_ERR_WRONG_STATE;
@@ -38,11 +39,12 @@ int CodeReaderSession::open()
     request.transport = Transport::GigE;
     request.ip = m_info.stGigE.nCurrentIp;
     request.accessMode = XQ_ACCESS_EXCLUSIVE;
-    return DeviceLink::open(request, lossReporter(m_exceptionSlot), m_link);
+    return DeviceLink::open(request, stop, lossReporter(m_exceptionSlot), m_link);
 }
 
 int CodeReaderSession::close()
 {
+    m_canceller.cancelCalls();
     const std::lock_guard<std::mutex> lock(m_mutex);
     return closeLocked();
 }
@@ -59,6 +61,7 @@ int CodeReaderSession::closeLocked()
 
 void CodeReaderSession::release()
 {
+    m_canceller.releaseForever();
     m_exceptionSlot->clear();
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_link)

@@ -8,6 +8,7 @@
 
 #include "XqCodeReaderCtrl.h"
 
+#include "CallCanceller.h"
 #include "CodeDecoder.h"
 #include "DeviceLink.h"
 #include "ExceptionSlot.h"
@@ -61,6 +62,7 @@ private:
 
     const XQ_CODEREADER_DEVICE_INFO m_info;
     const std::shared_ptr<ExceptionSlot> m_exceptionSlot = std::make_shared<ExceptionSlot>();
+    CallCanceller m_canceller; // close, stop and release end pending opens and frame waits
 
     mutable std::mutex m_mutex;
     std::unique_ptr<DeviceLink> m_link;

@@ -46,6 +46,9 @@ typedef void* XQ_HANDLE;
 #define XQ_ERR_DEVICE_IO           0x0001000A /* the device did not answer or answered with an error */
 #define XQ_ERR_DEVICE_LOST         0x0001000B /* the device was lost; close and destroy the handle */
 #define XQ_ERR_NOT_FOUND           0x0001000C /* device in the record could not be found on the network */
+#define XQ_ERR_DESCRIPTION_REFUSED 0x0001000D /* open refused the device's GenICam description: URL not Local:, size
+                                                 or unpacked size over 16 MiB, malformed zip, not read within 10 s */
+#define XQ_ERR_CANCELLED           0x0001000E /* the wait ended because the handle was closed or destroyed meanwhile */
 #define XQ_ERR_INTERNAL            0x000100FF /* unexpected failure inside the SDK */
 
 /* ---- Exception callback ------------------------------------------------ */

@@ -1,8 +1,15 @@
 #include "DeviceLink.h"
 
 #include "AravisSystem.h"
+#include "DescriptionGuard.h"
 #include "ErrorMapping.h"
+#include "GvcpProbe.h"
 #include "XQSdkDefs.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdio>
+#include <thread>
 
 namespace xq {
 namespace {
@@ -10,6 +17,61 @@ namespace {
 constexpr guint64 kCcpRegister = 0x0A00;
 constexpr guint32 kCcpExclusive = 0x1;
 constexpr guint64 kHeartbeatTimeoutRegister = 0x0938;
+constexpr auto kStopCheckInterval = std::chrono::milliseconds(50);
+
+int openFailureCode(const GError* error)
+{
+    const int code = errorCodeOf(error);
+    return code == XQ_ERR_ACCESS_DENIED || code == XQ_ERR_GENICAM ? code : XQ_ERR_NOT_FOUND;
+}
+
+// Aravis's constructor downloads and parses the description and cannot be
+// interrupted, so it runs on a thread of its own; a cancelled caller leaves
+// it behind, and the device it makes is dropped there when it ends.
+struct PendingOpen {
+    std::mutex mutex;
+    std::condition_variable finished;
+    bool done = false;
+    int code = XQ_OK;
+    GObjectPtr<ArvDevice> device;
+};
+
+int openGigE(std::uint32_t deviceIp, const std::function<bool()>& stop, GObjectPtr<ArvDevice>& device)
+{
+    const std::uint32_t interfaceIp = GvcpProbe(deviceIp).localAddress();
+    if (interfaceIp == 0)
+        return XQ_ERR_NOT_FOUND;
+    auto pending = std::make_shared<PendingOpen>();
+    std::thread([pending, deviceIp, interfaceIp] {
+        const GObjectPtr<GInetAddress> local(g_inet_address_new_from_string(formatIpv4(interfaceIp).c_str()));
+        const GObjectPtr<GInetAddress> remote(g_inet_address_new_from_string(formatIpv4(deviceIp).c_str()));
+        GErrorSlot error;
+        GObjectPtr<ArvDevice> opened(arv_gv_device_new(local.get(), remote.get(), error.out()));
+        const int code = opened ? XQ_OK : openFailureCode(error.get());
+        const std::lock_guard<std::mutex> lock(pending->mutex);
+        pending->device = std::move(opened);
+        pending->code = code;
+        pending->done = true;
+        pending->finished.notify_all();
+    }).detach();
+
+    std::unique_lock<std::mutex> lock(pending->mutex);
+    while (!pending->finished.wait_for(lock, kStopCheckInterval, [&] { return pending->done; })) {
+        if (stop && stop())
+            return XQ_ERR_CANCELLED;
+    }
+    device = std::move(pending->device);
+    return pending->code;
+}
+
+int openUsb(const std::string& deviceId, GObjectPtr<ArvDevice>& device)
+{
+    // Opening by id searches Aravis's device lists.
+    const std::lock_guard<std::mutex> lock(aravisSystemMutex());
+    GErrorSlot error;
+    device.reset(arv_open_device(deviceId.c_str(), error.out()));
+    return device ? XQ_OK : openFailureCode(error.get());
+}
 
 } // namespace
 
@@ -18,28 +80,33 @@ DeviceLink::DeviceLink(GObjectPtr<ArvDevice> device, unsigned int accessMode)
 {
 }
 
-int DeviceLink::open(const OpenRequest& request, LostHandler onLost, std::unique_ptr<DeviceLink>& link)
+int DeviceLink::open(const OpenRequest& request, const std::function<bool()>& stop, LostHandler onLost,
+                     std::unique_ptr<DeviceLink>& link)
 {
     const unsigned int mode = request.accessMode;
     if (mode != XQ_ACCESS_EXCLUSIVE && mode != XQ_ACCESS_CONTROL && mode != XQ_ACCESS_MONITOR)
         return XQ_ERR_INVALID_PARAMETER;
 
-    GErrorSlot error;
     GObjectPtr<ArvDevice> device;
-    {
-        // Opening by address does not touch the device list, but opening a
-        // USB device by id does; both share Aravis's interface objects.
-        const std::lock_guard<std::mutex> lock(aravisSystemMutex());
-        const std::string name =
-            request.transport == Transport::GigE ? formatIpv4(request.ip) : request.deviceId;
-        if (name.empty() || (request.transport == Transport::GigE && request.ip == 0))
+    if (request.transport == Transport::GigE) {
+        if (request.ip == 0)
             return XQ_ERR_INVALID_PARAMETER;
-        device.reset(arv_open_device(name.c_str(), error.out()));
+        std::string reason;
+        if (const int code = checkDeviceDescription(request.ip, stop, reason); code != XQ_OK) {
+            if (code == XQ_ERR_DESCRIPTION_REFUSED)
+                std::fprintf(stderr, "XQ SDK: device %s: description refused: %s\n", formatIpv4(request.ip).c_str(),
+                             reason.c_str());
+            return code;
+        }
+        if (const int code = openGigE(request.ip, stop, device); code != XQ_OK)
+            return code;
+    } else {
+        if (request.deviceId.empty())
+            return XQ_ERR_INVALID_PARAMETER;
+        if (const int code = openUsb(request.deviceId, device); code != XQ_OK)
+            return code;
     }
-    if (!device) {
-        const int code = errorCodeOf(error.get());
-        return code == XQ_ERR_ACCESS_DENIED || code == XQ_ERR_GENICAM ? code : XQ_ERR_NOT_FOUND;
-    }
+    GErrorSlot error;
 
     // Aravis never caches registers unless told to; make sure of it, since
     // every read must reach the device.

@@ -28,9 +28,13 @@ public:
     using LostHandler = std::function<void()>;
 
     // Opens the device; returns XQ_OK and sets link, or an XQ_ERR_* code.
-    // onLost runs once, on an Aravis thread, when control is lost; it must
-    // only hand the news on.
-    static int open(const OpenRequest& request, LostHandler onLost, std::unique_ptr<DeviceLink>& link);
+    // A GigE device's description is checked first (DescriptionGuard.h;
+    // XQ_ERR_DESCRIPTION_REFUSED), then Aravis opens it on its address
+    // without any process-wide lock. Once stop() returns true the call ends
+    // within about 50 ms with XQ_ERR_CANCELLED. onLost runs once, on an
+    // Aravis thread, when control is lost; it must only hand the news on.
+    static int open(const OpenRequest& request, const std::function<bool()>& stop, LostHandler onLost,
+                    std::unique_ptr<DeviceLink>& link);
 
     ~DeviceLink();
     DeviceLink(const DeviceLink&) = delete;

@@ -40,7 +40,9 @@ void fillGigEInfo(GigEInfo& gige, const DiscoveredDevice& device)
     gige.nDefultGateWay = device.gateway;
     gige.nNetExport = device.hostInterface;
     copyText(gige.chManufacturerName, device.vendor);
-    copyText(gige.chModelName, device.model);
+    // The bootstrap's model bytes as they are (its field is 32 bytes), so
+    // both SDKs' records and the dump file names spell a model alike.
+    copyBytes(gige.chModelName, device.model);
     copyText(gige.chDeviceVersion, device.deviceVersion);
     copyText(gige.chManufacturerSpecificInfo, device.manufacturerInfo);
     copyText(gige.chSerialNumber, device.serial);

@@ -12,6 +12,7 @@ namespace {
 
 // Offsets of the discovery block in the bootstrap register map.
 constexpr std::uint32_t kBootstrapSize = 0xF8;
+constexpr std::size_t kModelFieldSize = 32;
 
 std::uint32_t be32At(const std::vector<std::uint8_t>& block, std::size_t offset)
 {
@@ -43,7 +44,7 @@ void fillFromBootstrap(DiscoveredDevice& device)
     device.subnetMask = be32At(*block, 0x34);
     device.gateway = be32At(*block, 0x44);
     device.vendor = textAt(*block, 0x48, 32);
-    device.model = textAt(*block, 0x68, 32);
+    device.model = textAt(*block, 0x68, kModelFieldSize);
     device.deviceVersion = textAt(*block, 0x88, 32);
     device.manufacturerInfo = textAt(*block, 0xA8, 48);
     device.serial = textAt(*block, 0xD8, 16);
@@ -87,8 +88,11 @@ std::vector<DiscoveredDevice> discoverDevices(bool gige, bool usb3)
             device.model = safeString(arv_get_device_model(i));
             device.serial = safeString(arv_get_device_serial_nbr(i));
             device.manufacturerInfo = safeString(arv_get_device_manufacturer_info(i));
-            if (device.transport == Transport::GigE)
+            if (device.transport == Transport::GigE) {
                 device.ip = parseIpv4(arv_get_device_address(i));
+                // Replaced by the bootstrap's bytes below; cut to that field's size.
+                device.model = device.model.substr(0, kModelFieldSize);
+            }
             devices.push_back(std::move(device));
         }
     }

@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 
@@ -20,6 +21,7 @@ constexpr std::uint16_t kReadRegAck = 0x0081;
 constexpr std::uint16_t kReadMemCmd = 0x0084;
 constexpr std::uint16_t kReadMemAck = 0x0085;
 constexpr std::size_t kHeaderSize = 8;
+constexpr long long kStopCheckMs = 50;
 
 void putBe16(std::vector<std::uint8_t>& out, std::uint16_t value)
 {
@@ -136,14 +138,21 @@ std::optional<std::vector<std::uint8_t>> GvcpProbe::transact(std::uint16_t comma
 
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(m_timeoutMs);
         for (;;) {
-            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                                  deadline - std::chrono::steady_clock::now())
-                                  .count();
+            const auto now = std::chrono::steady_clock::now();
+            if ((m_stop && m_stop()) || now >= m_deadline) {
+                if (result)
+                    result->interrupted = true;
+                return std::nullopt;
+            }
+            const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - now).count();
             if (left <= 0)
                 break;
             pollfd waiting{m_socket, POLLIN, 0};
-            if (::poll(&waiting, 1, static_cast<int>(left)) <= 0)
+            const int ready = ::poll(&waiting, 1, static_cast<int>(std::min<long long>(left, kStopCheckMs)));
+            if (ready < 0)
                 break;
+            if (ready == 0)
+                continue;
             std::uint8_t buffer[1024];
             sockaddr_in sender{};
             socklen_t senderLength = sizeof sender;

@@ -6,7 +6,9 @@
 
 #include <netinet/in.h>
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -15,6 +17,7 @@ namespace xq {
 struct GvcpResult {
     bool answered = false;     // any ack arrived
     std::uint16_t status = 0;  // GVCP status of the ack (0 = success)
+    bool interrupted = false;  // stopped by the stop check or the deadline
 };
 
 class GvcpProbe final {
@@ -26,6 +29,11 @@ public:
     GvcpProbe& operator=(const GvcpProbe&) = delete;
 
     bool isOpen() const { return m_socket >= 0; }
+
+    // Every wait ends early, within about 50 ms, once stop() returns true or
+    // the deadline has passed.
+    void setStopCheck(std::function<bool()> stop) { m_stop = std::move(stop); }
+    void setDeadline(std::chrono::steady_clock::time_point deadline) { m_deadline = deadline; }
 
     std::optional<std::uint32_t> readRegister(std::uint32_t address, GvcpResult* result = nullptr);
     // size: multiple of 4, at most 512.
@@ -45,6 +53,8 @@ private:
     int m_timeoutMs;
     int m_attempts;
     std::uint16_t m_requestId = 1;
+    std::function<bool()> m_stop;
+    std::chrono::steady_clock::time_point m_deadline = std::chrono::steady_clock::time_point::max();
 };
 
 } // namespace xq

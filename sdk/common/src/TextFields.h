@@ -39,6 +39,16 @@ inline void copyText(char* field, std::size_t capacity, std::string_view text)
     std::memcpy(field, text.data(), fittingLength(text, capacity));
 }
 
+// Raw bytes into a field, unchanged and cut only at the field's size: a
+// text that fills the field has no terminating NUL.
+template <class Char, std::size_t N>
+void copyBytes(Char (&field)[N], std::string_view bytes)
+{
+    static_assert(sizeof(Char) == 1, "byte text fields only");
+    std::memset(field, 0, N);
+    std::memcpy(field, bytes.data(), bytes.size() < N ? bytes.size() : N);
+}
+
 // Text of a field that may lack a terminating NUL.
 template <class Char, std::size_t N>
 std::string fieldText(const Char (&field)[N])
