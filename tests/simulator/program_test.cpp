@@ -119,7 +119,7 @@ TEST_F(SimulatorProgram, help_documentsEveryOption)
     ASSERT_TRUE(program.started());
     EXPECT_EQ(program.waitForExit(5s), 0);
     // Each option starts a line of its own (--first-index once ran into --store's text).
-    for (const char* option : {"--demo", "--store", "--first-index", "--base-address", "--port", "--no-broadcast",
+    for (const char* option : {"--demo", "--store", "--first-index", "--hostile", "--base-address", "--port", "--no-broadcast",
                                "--print-xml", "--verbose", "--version", "--help"})
         EXPECT_TRUE(std::regex_search(program.errors(), std::regex(std::string("\n +(-[a-z], )?") + option + " ")))
             << option;
@@ -136,6 +136,11 @@ TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
         {{"--first-index", "-1"}, "--first-index"},
         {{"--store="}, "--store= needs a folder"},
         {{"--base-address", "127.255.255.250", "--demo", "10"}, "not enough loopback addresses"},
+        {{"--base-address", "127.255.255.250", "--demo", "5", "--hostile", "bad-zip"}, "for 6 devices"},
+        {{"--hostile", "zip"}, "unknown --hostile kind 'zip'"},
+        {{"--hostile", "file-url=etc/passwd"}, "absolute path"},
+        {{"--hostile", "vanish=-1"}, "--hostile vanish="},
+        {{"--hostile", "bad-zip=1"}, "takes no value"},
     };
     for (const auto& [arguments, message] : cases) {
         Program program(arguments);
