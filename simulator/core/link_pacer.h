@@ -24,6 +24,14 @@ struct LinkSpeed final {
     static std::optional<LinkSpeed> parse(const std::string& text);
 };
 
+// Stream packets the emulated link loses, to prove a client's packet
+// resend: this fraction of first-sent payload packets, chosen by a seeded
+// generator so a test sees the same losses each run.
+struct LinkLoss final {
+    double fraction = 0.0;
+    std::uint64_t seed = 1;
+};
+
 // Bytes a datagram of ipBytes occupies on an Ethernet wire: preamble and
 // start delimiter, MAC header, frame check sequence, padding to the minimum
 // frame and the inter-frame gap.

@@ -30,7 +30,9 @@ SimulatorServer::ServedDevice::ServedDevice(std::unique_ptr<DeviceModel> model, 
     : control(std::move(model), address), controlSocket(UdpSocket::bind(address, options.gvcpPort))
 {
     std::unique_ptr<FrameSource> source = control.model().createFrameSource();
-    stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source), options.link);
+    LinkLoss loss = options.loss;
+    loss.seed ^= address; // each device loses other packets
+    stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source), options.link, loss);
     control.setStreamSourcePort(stream->sourcePort());
 }
 

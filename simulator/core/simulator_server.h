@@ -24,6 +24,7 @@ struct ServerOptions final {
     bool answerBroadcasts = true;
     // The emulated link of every device (each has its own).
     LinkSpeed link;
+    LinkLoss loss;
 };
 
 class SimulatorServer final {

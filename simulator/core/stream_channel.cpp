@@ -18,6 +18,7 @@ namespace quorvex::sim {
 namespace {
 
 constexpr std::size_t kBatch = 64;
+constexpr auto kWakeQuantum = std::chrono::microseconds(40);
 // A resend request may not keep the thread busy for more than a frame's worth.
 constexpr std::uint32_t kMaxResendPackets = 4096;
 
@@ -53,11 +54,13 @@ std::uint32_t dataPerPacket(std::uint32_t packetSize) { return packetSize - gvcp
 
 } // namespace
 
-StreamChannel::StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source, LinkSpeed link)
+StreamChannel::StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source, LinkSpeed link, LinkLoss loss)
     : m_socket(std::move(socket)),
       m_sourcePort(m_socket.localPort()),
       m_source(std::move(source)),
       m_pacer(link),
+      m_lossFraction(loss.fraction),
+      m_lossGenerator(loss.seed),
       m_headers(kBatch)
 {
     // Room for a few whole frames, so bursts wait in the kernel rather than here.
@@ -100,6 +103,7 @@ void StreamChannel::apply(StreamActions actions)
         for (const ResendRequest& request : actions.resends)
             if (m_resends.size() < 256)
                 m_resends.push_back(request);
+        m_resendsWaiting.store(!m_resends.empty(), std::memory_order_relaxed);
     }
     m_wake.notify_all();
 }
@@ -158,9 +162,9 @@ bool StreamChannel::prepareNextFrame(std::unique_lock<std::mutex>& lock)
 
 void StreamChannel::run()
 {
-    // Wake-ups for the next packet must be punctual: the default 50 us of
-    // timer slack is four packets' time at 1 Gb/s.
-    ::prctl(PR_SET_TIMERSLACK, 1000UL, 0, 0, 0);
+    // Wake-ups for the next packets must be punctual: the default 50 us of
+    // timer slack would double the pacing error.
+    ::prctl(PR_SET_TIMERSLACK, 10000UL, 0, 0, 0);
     std::unique_lock<std::mutex> lock(m_mutex);
     while (!m_quit) {
         if (!m_testPackets.empty()) {
@@ -172,12 +176,8 @@ void StreamChannel::run()
             continue;
         }
         if (!m_resends.empty()) {
-            const std::vector<ResendRequest> resends = std::move(m_resends);
-            m_resends.clear();
-            const StreamTarget target = m_start.target;
             lock.unlock();
-            for (const ResendRequest& request : resends)
-                sendResend(request, target);
+            serveResends();
             lock.lock();
             continue;
         }
@@ -251,9 +251,23 @@ void StreamChannel::sendResend(const ResendRequest& request, const StreamTarget&
                                          request.firstPacketId + kMaxResendPackets - 1});
     if (request.firstPacketId > last)
         return;
-    sendPackets(*held, target, request.firstPacketId, last, 0);
+    sendPackets(*held, target, request.firstPacketId, last, gvsp::kStatusResent);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_statistics.packetsResent += last - request.firstPacketId + 1;
+}
+
+void StreamChannel::serveResends()
+{
+    std::vector<ResendRequest> resends;
+    StreamTarget target;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        resends.swap(m_resends);
+        m_resendsWaiting.store(false, std::memory_order_relaxed);
+        target = m_start.target;
+    }
+    for (const ResendRequest& request : resends)
+        sendResend(request, target);
 }
 
 void StreamChannel::sendTestPacket(const StreamTarget& target)
@@ -288,19 +302,28 @@ Clock::duration StreamChannel::sendPackets(const SentFrame& frame, const StreamT
     std::array<std::array<iovec, 2>, kBatch> vectors{};
     std::uint64_t sent = 0;
     std::uint64_t failures = 0;
+    std::uint64_t dropped = 0;
     Clock::duration booked{};
+    std::bernoulli_distribution lose(status == 0 ? m_lossFraction : 0.0);
 
     m_pacer.begin(Clock::now());
     for (std::uint32_t id = firstId; id <= lastId;) {
+        // A client asks for lost packets within a millisecond; they go out
+        // between this frame's packets, as a device's would.
+        if (status == 0 && m_resendsWaiting.load(std::memory_order_relaxed))
+            serveResends();
         const Clock::time_point now = Clock::now();
         const Clock::time_point due = m_pacer.nextDeparture(now);
         if (due > now) {
-            sleepUntil(due);
+            // Each wake-up costs the machine more than a packet does; waking a
+            // little late lets several leave at once, still within 50 us of
+            // their time.
+            sleepUntil(due + kWakeQuantum);
             continue;
         }
         // Every packet the link would have let go by now leaves in one call.
         std::size_t count = 0;
-        for (; count < kBatch && id <= lastId && m_pacer.nextDeparture(now) <= now; ++count, ++id) {
+        for (; count < kBatch && id <= lastId && m_pacer.nextDeparture(now) <= now; ++id) {
             std::uint8_t* header = m_headers[count].data();
             std::size_t headerSize = gvsp::kHeaderSize;
             iovec& data = vectors[count][1];
@@ -340,6 +363,12 @@ Clock::duration StreamChannel::sendPackets(const SentFrame& frame, const StreamT
             const std::uint64_t ipBytes = gvcp::packetsize::kIpUdpOverhead + headerSize + data.iov_len;
             m_pacer.book(ipBytes, gap);
             booked += wireTime(wireBytes(ipBytes), m_pacer.speed()) + gap;
+            if (data.iov_len > 0 && lose(m_lossGenerator)) {
+                // Lost on the wire: it took its time there, it never arrives.
+                ++dropped;
+                continue;
+            }
+            ++count;
         }
         std::size_t done = 0;
         while (done < count) {
@@ -359,6 +388,7 @@ Clock::duration StreamChannel::sendPackets(const SentFrame& frame, const StreamT
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_statistics.packetsSent += sent;
     m_statistics.sendFailures += failures;
+    m_statistics.packetsDropped += dropped;
     return booked;
 }
 

@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -26,6 +27,7 @@ struct StreamStatistics final {
     std::uint64_t packetsSent = 0;
     std::uint64_t sendFailures = 0;
     std::uint64_t packetsResent = 0;
+    std::uint64_t packetsDropped = 0; // lost on purpose (LinkLoss)
     // How much later than its wire time after its first packet a frame's
     // last packet left: the pacing error.
     Clock::duration worstFrameOverrun{};
@@ -34,7 +36,7 @@ struct StreamStatistics final {
 
 class StreamChannel final {
 public:
-    StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source, LinkSpeed link = {});
+    StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source, LinkSpeed link = {}, LinkLoss loss = {});
     ~StreamChannel();
     StreamChannel(const StreamChannel&) = delete;
     StreamChannel& operator=(const StreamChannel&) = delete;
@@ -62,6 +64,8 @@ private:
     void sendFrame(std::uint64_t frameNumber, std::uint16_t blockId, const StreamTarget& target,
                    const FrameFormat& format);
     void sendResend(const ResendRequest& request, const StreamTarget& target);
+    // Answers the resend requests waiting, also between a frame's packets.
+    void serveResends();
     void sendTestPacket(const StreamTarget& target);
     // Sends the packets [first, last] of a frame when the link lets them
     // leave, batching those due together into one system call. Returns the
@@ -85,6 +89,7 @@ private:
     std::uint64_t m_framesThisAcquisition = 0;
     Clock::time_point m_nextFrameTime{};
     std::vector<ResendRequest> m_resends;
+    std::atomic<bool> m_resendsWaiting{false}; // m_resends is not empty
     std::vector<StreamTarget> m_testPackets;
     StreamStatistics m_statistics;
 
@@ -96,6 +101,8 @@ private:
     SentFrame m_prepared; // blockId is unused; preparedNumber says which frame it is
     std::uint64_t m_preparedNumber = 0;
     LinkPacer m_pacer;
+    double m_lossFraction = 0.0;
+    std::mt19937_64 m_lossGenerator;
     std::vector<std::array<std::uint8_t, 44>> m_headers;
 
     std::thread m_thread;

@@ -73,6 +73,7 @@ int serve(const ProgramOptions& options)
     serverOptions.gvcpPort = options.gvcpPort;
     serverOptions.answerBroadcasts = options.answerBroadcasts;
     serverOptions.link = options.link;
+    serverOptions.loss = options.loss;
     SimulatorServer server(serverOptions);
     try {
         for (unsigned i = 0; i < options.demoDevices; ++i) {
@@ -173,7 +174,11 @@ int serve(const ProgramOptions& options)
                     const StreamStatistics stats = server.streamStatistics(i);
                     log(formatIpv4(server.deviceAddress(i)) + ": " + std::to_string(stats.framesSent) + " frames, " +
                         std::to_string(stats.packetsSent) + " packets, " + std::to_string(stats.packetsResent) +
-                        " resent, " + std::to_string(stats.sendFailures) + " failed sends");
+                        " resent, " + std::to_string(stats.packetsDropped) + " dropped, " +
+                        std::to_string(stats.sendFailures) + " failed sends, worst frame " +
+                        std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(
+                                           stats.worstFrameOverrun).count()) +
+                        " us late");
                 }
             }
         }

@@ -122,6 +122,27 @@ bool parseOptions(const std::vector<std::string>& arguments, ProgramOptions& opt
                 return false;
             }
             options.link = *link;
+        } else if (name == "--drop-packets") {
+            if (!takeValue())
+                return false;
+            const bool percent = !value.empty() && value.back() == '%';
+            const std::string digits = percent ? value.substr(0, value.size() - 1) : value;
+            char* end = nullptr;
+            const double number = digits.empty() ? -1.0 : std::strtod(digits.c_str(), &end);
+            const double fraction = percent ? number / 100.0 : number;
+            if (digits.empty() || *end != '\0' || !(fraction >= 0.0 && fraction <= 0.5)) {
+                error = "--drop-packets needs a fraction from 0 to 0.5 or a percentage such as 5%, not '" + value + "'";
+                return false;
+            }
+            options.loss.fraction = fraction;
+        } else if (name == "--drop-seed") {
+            if (!takeValue())
+                return false;
+            if (!parseNumber(value, 0, 999999999, number)) {
+                error = "--drop-seed needs a number from 0 to 999999999, not '" + value + "'";
+                return false;
+            }
+            options.loss.seed = number;
         } else if (name == "-p" || name == "--port") {
             if (!takeValue())
                 return false;
@@ -178,6 +199,10 @@ std::string usageText(const std::string& programName)
            "                          (100M, 1G, 2.5G, 10G, ...; default 1G), each\n"
            "                          device on a link of its own; 'unlimited' sends\n"
            "                          as fast as loopback takes packets\n"
+           "      --drop-packets P    lose the fraction P (0-0.5, or a percentage such\n"
+           "                          as 5%) of stream payload packets, to try a\n"
+           "                          client's packet resend; resent packets arrive\n"
+           "      --drop-seed N       choose which packets are lost (default 1)\n"
            "      --no-broadcast      do not answer discovery broadcasts, only\n"
            "                          commands sent to a device's own address\n"
            "      --print-xml         print the demo device's GenICam description and exit\n"

@@ -18,6 +18,7 @@ struct ProgramOptions final {
     std::uint16_t gvcpPort = 3956;
     bool answerBroadcasts = true;
     LinkSpeed link; // each device's emulated link
+    LinkLoss loss;  // stream packets each link loses
     bool verbose = false;
     bool showHelp = false;
     bool showVersion = false;

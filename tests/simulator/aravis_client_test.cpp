@@ -4,7 +4,9 @@
 
 #include "decode_helpers.h"
 #include "gvcp_client.h"
+#include "replay_fixture.h"
 #include "simulator_fixture.h"
+#include "store_replay.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
@@ -12,6 +14,9 @@
 #include <chrono>
 #include <cmath>
 #include <functional>
+#include <linux/capability.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 #include <vector>
 #include <string>
 #include <thread>
@@ -418,4 +423,167 @@ TEST_F(AravisClient, malformedPackets_leaveTheDeviceServing)
     const auto ack = attacker.request(device, test::readReg(gvcp::reg::kStreamChannelCount, 9));
     ASSERT_TRUE(ack);
     EXPECT_EQ(test::ackWord(*ack, 0), 1u);
+}
+
+namespace {
+
+// The test runs as root of its own namespace, where Aravis would receive
+// through a packet socket; an ordinary user's client cannot, and gets the
+// plain socket receiver instead. Without the capability, so does this one.
+void receiveLikeAnOrdinaryUser()
+{
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct capabilities[2]{};
+    if (syscall(SYS_capget, &header, capabilities) != 0)
+        return;
+    for (__u32* set : {&capabilities[0].effective, &capabilities[0].permitted, &capabilities[0].inheritable})
+        *set &= ~(1u << CAP_NET_RAW);
+    syscall(SYS_capset, &header, capabilities);
+}
+
+enum class DeviceKind { DemoReader, ReplayedCamera };
+enum class Scenario { Continuous, SingleFrame, FiveTriggers, StartStopCycles };
+
+struct UntunedCase final {
+    const char* name;
+    DeviceKind kind;
+    Scenario scenario;
+    double loss; // fraction of payload packets the device's link loses
+};
+
+// A device of either kind on 127.0.0.2, streaming over a 1 Gb/s link.
+struct ServedDevice final {
+    std::unique_ptr<SimulatorServer> server;
+    std::unique_ptr<StoreReplay> replay;
+};
+
+ServedDevice serve(DeviceKind kind, double loss)
+{
+    ServerOptions options;
+    options.answerBroadcasts = false;
+    options.loss = {loss, 7};
+    if (kind == DeviceKind::DemoReader)
+        return {test::startDemoServer(1, options), nullptr};
+    const auto store = test::temporaryStore("untuned");
+    test::CameraFiles files;
+    files.width = 1280; // the demo reader's size: 11 ms a frame at 1 Gb/s
+    files.height = 1024;
+    test::writeCamera(store, "Vir1", files);
+    test::writeConfig(store, {test::configGroup("Vir1")});
+    ServedDevice device{std::make_unique<SimulatorServer>(options), nullptr};
+    device.server->start();
+    StoreReplayOptions replayOptions;
+    replayOptions.storeDirectory = store.string();
+    device.replay = std::make_unique<StoreReplay>(*device.server, replayOptions, [](const std::string&) {});
+    device.replay->synchronise();
+    return device;
+}
+
+// Frames popped until count arrived or the wait ran out: status and block id.
+// A frame that arrived: complete with the whole picture, or not.
+using Arrival = std::pair<bool, guint64>;
+
+std::vector<Arrival> popFrames(ArvStream* stream, int count, std::chrono::milliseconds wait)
+{
+    std::vector<Arrival> frames;
+    const auto deadline = std::chrono::steady_clock::now() + wait;
+    while (static_cast<int>(frames.size()) < count && std::chrono::steady_clock::now() < deadline) {
+        ArvBuffer* buffer = arv_stream_timeout_pop_buffer(stream, 200000);
+        if (!buffer)
+            continue;
+        std::size_t size = 0;
+        arv_buffer_get_image_data(buffer, &size);
+        const bool complete = arv_buffer_get_status(buffer) == ARV_BUFFER_STATUS_SUCCESS && size == 1280 * 1024 &&
+                              arv_buffer_get_image_width(buffer) == 1280;
+        frames.emplace_back(complete, arv_buffer_get_frame_id(buffer));
+        arv_stream_push_buffer(stream, buffer);
+    }
+    return frames;
+}
+
+} // namespace
+
+// What a user's own software sees with Aravis as it comes: the default
+// receiver, socket buffer and packet size, resend on. Every frame must
+// arrive complete, in order, also over a link that loses packets.
+TEST_F(AravisClient, untunedClient_getsEveryFrameComplete)
+{
+    receiveLikeAnOrdinaryUser();
+    const std::vector<UntunedCase> cases{
+        {"demo, continuous", DeviceKind::DemoReader, Scenario::Continuous, 0.0},
+        {"demo, single frame", DeviceKind::DemoReader, Scenario::SingleFrame, 0.0},
+        {"demo, five triggers", DeviceKind::DemoReader, Scenario::FiveTriggers, 0.0},
+        {"demo, start/stop", DeviceKind::DemoReader, Scenario::StartStopCycles, 0.0},
+        {"demo, 1 % lost", DeviceKind::DemoReader, Scenario::Continuous, 0.01},
+        {"demo, 5 % lost", DeviceKind::DemoReader, Scenario::Continuous, 0.05},
+        {"replayed, continuous", DeviceKind::ReplayedCamera, Scenario::Continuous, 0.0},
+        {"replayed, single frame", DeviceKind::ReplayedCamera, Scenario::SingleFrame, 0.0},
+        {"replayed, five triggers", DeviceKind::ReplayedCamera, Scenario::FiveTriggers, 0.0},
+        {"replayed, start/stop", DeviceKind::ReplayedCamera, Scenario::StartStopCycles, 0.0},
+        {"replayed, 1 % lost", DeviceKind::ReplayedCamera, Scenario::Continuous, 0.01},
+        {"replayed, 5 % lost", DeviceKind::ReplayedCamera, Scenario::Continuous, 0.05},
+    };
+    for (const UntunedCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        const ServedDevice served = serve(c.kind, c.loss);
+        GObjectPtr<ArvDevice> device(open("127.0.0.2"));
+        ASSERT_TRUE(device.get());
+        ArvDevice* dev = device.get();
+        GError* error = nullptr;
+        const bool triggered = c.scenario == Scenario::FiveTriggers;
+        setFeature(dev, "AcquisitionMode", c.scenario == Scenario::SingleFrame ? "SingleFrame" : "Continuous");
+        setFeature(dev, "TriggerMode", triggered ? "On" : "Off");
+        setFeature(dev, "TriggerSource", "Software");
+        arv_device_set_boolean_feature_value(dev, "AcquisitionFrameRateEnable", TRUE, &error);
+        arv_device_set_float_feature_value(dev, "AcquisitionFrameRate", 10.0, &error);
+        ASSERT_EQ(error, nullptr) << takeError(error);
+
+        GObjectPtr<ArvStream> stream(arv_device_create_stream(dev, nullptr, nullptr, &error));
+        ASSERT_TRUE(stream.get()) << takeError(error);
+        const gint64 payload = arv_device_get_integer_feature_value(dev, "PayloadSize", &error);
+        for (int i = 0; i < 8; ++i)
+            arv_stream_push_buffer(stream.get(), arv_buffer_new_allocate(static_cast<std::size_t>(payload)));
+
+        std::vector<Arrival> frames;
+        int expected = 0;
+        const int cycles = c.scenario == Scenario::StartStopCycles ? 3 : 1;
+        for (int cycle = 0; cycle < cycles; ++cycle) {
+            execute(dev, "AcquisitionStart");
+            std::vector<Arrival> got;
+            if (c.scenario == Scenario::Continuous) {
+                expected += 30;
+                got = popFrames(stream.get(), 30, std::chrono::seconds(30));
+            } else if (c.scenario == Scenario::SingleFrame) {
+                expected += 1;
+                got = popFrames(stream.get(), 2, std::chrono::milliseconds(1500)); // and no second one
+            } else if (c.scenario == Scenario::FiveTriggers) {
+                expected += 5;
+                for (int trigger = 0; trigger < 5; ++trigger)
+                    execute(dev, "TriggerSoftware");
+                got = popFrames(stream.get(), 5, std::chrono::seconds(10));
+            } else {
+                expected += 4;
+                got = popFrames(stream.get(), 4, std::chrono::seconds(10));
+            }
+            execute(dev, "AcquisitionStop");
+            frames.insert(frames.end(), got.begin(), got.end());
+        }
+        ASSERT_EQ(static_cast<int>(frames.size()), expected);
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            EXPECT_TRUE(frames[i].first) << "frame " << i;
+            // One after the other within an acquisition; later ones after a restart.
+            if (i > 0) {
+                EXPECT_GT(frames[i].second, frames[i - 1].second) << "frame " << i;
+            }
+            if (i > 0 && c.scenario != Scenario::StartStopCycles) {
+                EXPECT_EQ(frames[i].second, frames[i - 1].second + 1) << "frame " << i;
+            }
+        }
+        guint64 resent = 0, missing = 0;
+        arv_gv_stream_get_statistics(ARV_GV_STREAM(stream.get()), &resent, &missing);
+        EXPECT_EQ(missing, 0u);
+        if (c.loss > 0) {
+            EXPECT_GT(resent, 0u) << "the losses were not recovered by resend";
+        }
+    }
 }

@@ -115,6 +115,7 @@ inline void writeCamera(const fs::path& store, const std::string& group, const C
         {'R', 0, demoAddress("Width"), big32(files.width)},
         {'R', 0, demoAddress("Height"), big32(files.height)},
         {'R', 0, demoAddress("PixelFormat"), big32(files.colour ? gvsp::kPixelRgb8 : gvsp::kPixelMono8)},
+        {'R', 0, demoAddress("PayloadSize"), big32(files.width * files.height * (files.colour ? 3 : 1))},
         {'R', 0, demoAddress("TriggerMode"), big32(0)},
         {'R', 0, demoAddress("TriggerSource"), big32(7)},
         {'R', 0, gvcp::reg::kStreamPacketSize, big32(1400)},
