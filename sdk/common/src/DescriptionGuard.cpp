@@ -15,6 +15,7 @@ constexpr std::uint16_t kUrlRegisterSize = 512;
 constexpr std::uint32_t kReadChunk = 512;
 constexpr int kRequestTimeoutMs = 500;
 constexpr int kRequestAttempts = 3;
+constexpr std::uint16_t kStatusAccessDenied = 0x8006;
 
 int failureOf(const GvcpResult& result, const std::function<bool()>& stop, std::string& reason)
 {
@@ -23,6 +24,10 @@ int failureOf(const GvcpResult& result, const std::function<bool()>& stop, std::
     if (result.interrupted) {
         reason = "description not read within " + std::to_string(kDescriptionTimeLimit.count()) + " s";
         return XQ_ERR_DESCRIPTION_REFUSED;
+    }
+    if (result.answered && result.status == kStatusAccessDenied) {
+        reason = "device held by another client";
+        return XQ_ERR_ACCESS_DENIED;
     }
     reason = result.answered ? "device refused to read its description" : "device did not answer";
     return result.answered ? XQ_ERR_DEVICE_IO : XQ_ERR_NOT_FOUND;

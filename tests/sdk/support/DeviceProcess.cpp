@@ -106,7 +106,7 @@ bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::s
     return true;
 }
 
-bool startSimulator(DeviceProcess& process, unsigned count, std::string& error)
+bool startSimulator(DeviceProcess& process, unsigned count, std::string& error, const std::vector<std::string>& hostile)
 {
     const char* program = std::getenv("QUORVEX_SIMULATOR");
     if (!program || !*program || ::access(program, X_OK) != 0) {
@@ -114,10 +114,13 @@ bool startSimulator(DeviceProcess& process, unsigned count, std::string& error)
                 "(QUORVEX_SIMULATOR is unset or not executable)";
         return false;
     }
-    if (!process.start(program, {"--demo", std::to_string(count)}, error))
+    std::vector<std::string> arguments{"--demo", std::to_string(count)};
+    for (const std::string& kind : hostile)
+        arguments.insert(arguments.end(), {"--hostile", kind});
+    if (!process.start(program, arguments, error))
         return false;
-    // Demo devices sit on 127.0.0.2, 127.0.0.3, ... in the order of their numbers.
-    for (unsigned i = 0; i < count; ++i) {
+    // Devices sit on 127.0.0.2, 127.0.0.3, ... demo readers first.
+    for (unsigned i = 0; i < count + hostile.size(); ++i) {
         const std::string ip = "127.0.0." + std::to_string(2 + i);
         if (!waitForGvcp(ip, 10000)) {
             error = "quorvex-simulator did not answer on " + ip;

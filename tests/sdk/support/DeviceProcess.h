@@ -36,7 +36,10 @@ bool waitForGvcp(const std::string& ip, int timeoutMs);
 // Aravis's fake camera on ip (one lo already has) with serial; error names what is missing.
 bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::string& serial, std::string& error);
 
-// The project's simulator with --demo count; error names what is missing.
-bool startSimulator(DeviceProcess& process, unsigned count, std::string& error);
+// The project's simulator with --demo count and a device for each of
+// hostile ("--hostile KIND") after the demo readers; error names what is
+// missing.
+bool startSimulator(DeviceProcess& process, unsigned count, std::string& error,
+                    const std::vector<std::string>& hostile = {});
 
 } // namespace xqtest

@@ -1,0 +1,172 @@
+// The checks a device's description passes before Aravis sees it: URL
+// register texts and zipped descriptions, hostile ones as tables.
+#include "DescriptionCheck.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <functional>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+void putLe(Bytes& bytes, std::size_t at, std::uint32_t value, int size)
+{
+    for (int i = 0; i < size; ++i)
+        bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+Bytes deflated(const std::string& content)
+{
+    z_stream stream{};
+    deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, -MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    Bytes out(deflateBound(&stream, content.size()));
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(content.data()));
+    stream.avail_in = static_cast<uInt>(content.size());
+    stream.next_out = out.data();
+    stream.avail_out = static_cast<uInt>(out.size());
+    deflate(&stream, Z_FINISH);
+    out.resize(stream.total_out);
+    deflateEnd(&stream);
+    return out;
+}
+
+// A one-member zip laid out as Aravis's reader expects it:
+// local header at 0, data at 35, directory entry, end record.
+struct Zip {
+    Bytes bytes;
+    std::size_t directory = 0;
+    std::size_t end = 0;
+};
+
+Zip makeZip(const std::string& content, bool deflate)
+{
+    const std::string name = "d.xml";
+    const Bytes data = deflate ? deflated(content) : Bytes(content.begin(), content.end());
+    const auto crc = static_cast<std::uint32_t>(crc32(0L, reinterpret_cast<const Bytef*>(content.data()),
+                                                      static_cast<uInt>(content.size())));
+    Zip zip;
+    zip.directory = 30 + name.size() + data.size();
+    zip.end = zip.directory + 46 + name.size();
+    zip.bytes.assign(zip.end + 22, 0);
+    auto header = [&](std::size_t at, std::size_t fields) { // fields: offset of method in this header
+        putLe(zip.bytes, at + fields, deflate ? 8 : 0, 2);
+        putLe(zip.bytes, at + fields + 6, crc, 4);
+        putLe(zip.bytes, at + fields + 10, static_cast<std::uint32_t>(data.size()), 4);
+        putLe(zip.bytes, at + fields + 14, static_cast<std::uint32_t>(content.size()), 4);
+        putLe(zip.bytes, at + fields + 18, static_cast<std::uint32_t>(name.size()), 2);
+    };
+    putLe(zip.bytes, 0, 0x04034b50, 4);
+    header(0, 8);
+    std::copy(name.begin(), name.end(), zip.bytes.begin() + 30);
+    std::copy(data.begin(), data.end(), zip.bytes.begin() + 30 + name.size());
+    putLe(zip.bytes, zip.directory, 0x02014b50, 4);
+    header(zip.directory, 10);
+    std::copy(name.begin(), name.end(), zip.bytes.begin() + zip.directory + 46);
+    putLe(zip.bytes, zip.end, 0x06054b50, 4);
+    putLe(zip.bytes, zip.end + 8, 1, 2);
+    putLe(zip.bytes, zip.end + 10, 1, 2);
+    putLe(zip.bytes, zip.end + 12, static_cast<std::uint32_t>(zip.end - zip.directory), 4);
+    putLe(zip.bytes, zip.end + 16, static_cast<std::uint32_t>(zip.directory), 4);
+    return zip;
+}
+
+TEST(DescriptionUrl, onlyTheDevicesOwnMemoryWithinTheCapIsAccepted)
+{
+    struct Case {
+        const char* url;
+        bool accepted;
+    };
+    const Case cases[] = {
+        {"Local:QVX.zip;10000;2a4f", true},
+        {"local:QVX.xml;0x10000;0x2A4F?SchemaVersion=1.1.0", true},
+        {"File:///dev/zero;0;10000000", false},
+        {"file:/etc/passwd", false},
+        {"Http://vendor.example/QVX.xml", false},
+        {"sftp://host/QVX.zip;0;100", false},
+        {"garbage", false},
+        {"", false},
+        {"Local:QVX.zip;10000", false},
+        {"Local:QVX.zip;10000;10000000", false}, // 256 MiB
+        {"Local:QVX.zip;10000;0", false},
+        {"Local:QVX.zip;FFFFFF00;200", false}, // beyond the address space
+        {"Local:QVX.zip;1x000;200", false},
+        {"Local:../QVX.zip;10000;200", false},
+        {"Local:QVX.zip;10000;200;5", false},
+        {"Local: QVX.zip;10000;200", false},
+    };
+    for (const Case& c : cases) {
+        std::string reason;
+        const auto place = xq::parseLocalUrl(c.url, reason);
+        EXPECT_EQ(place.has_value(), c.accepted) << c.url << ": " << reason;
+        if (!c.accepted)
+            EXPECT_FALSE(reason.empty()) << c.url;
+    }
+    std::string reason;
+    const auto place = xq::parseLocalUrl("local:QVX.zip;0x10000;0x2A4F?SchemaVersion=1.1.0", reason);
+    ASSERT_TRUE(place);
+    EXPECT_EQ(place->address, 0x10000u);
+    EXPECT_EQ(place->size, 0x2A4Fu);
+    EXPECT_TRUE(place->zipped);
+    EXPECT_EQ(xq::urlRegisterText({'L', 'o', 0, 'x'}), "Lo");
+
+    const char* first = "Local:QVX.zip;10000;200";
+    for (const char* harmless : {"", first, "http://vendor.example/manual"})
+        EXPECT_TRUE(xq::isHarmlessSecondUrl(harmless, first)) << harmless;
+    for (const char* hostile : {"File:/dev/zero", "https://vendor.example/x.xml", "Local:other.zip;0;10"})
+        EXPECT_FALSE(xq::isHarmlessSecondUrl(hostile, first)) << hostile;
+}
+
+TEST(ZippedDescription, malformedOversizedAndLyingArchivesAreRefusedBeforeAnythingUnpacksThem)
+{
+    const std::string xml = "<RegisterDescription>" + std::string(4000, ' ') + "</RegisterDescription>";
+    struct Case {
+        const char* name;
+        bool deflate;
+        std::function<void(Zip&)> spoil;
+        bool accepted;
+    };
+    const Case cases[] = {
+        {"deflated", true, [](Zip&) {}, true},
+        {"stored", false, [](Zip&) {}, true},
+        {"directory offset beyond the file", true, [](Zip& z) { putLe(z.bytes, z.end + 16, 0xFFFFFF00, 4); }, false},
+        {"directory size beyond the file", true, [](Zip& z) { putLe(z.bytes, z.end + 12, 0x7FFFFFFF, 4); }, false},
+        {"truncated", true, [](Zip& z) { z.bytes.resize(z.bytes.size() - 10); }, false},
+        {"cut before the directory", true, [](Zip& z) { z.bytes.resize(z.directory); }, false},
+        {"two entries", true, [](Zip& z) { putLe(z.bytes, z.end + 8, 2, 2), putLe(z.bytes, z.end + 10, 2, 2); }, false},
+        {"65535 entries", true, [](Zip& z) { putLe(z.bytes, z.end + 8, 0xFFFF, 2), putLe(z.bytes, z.end + 10, 0xFFFF, 2); }, false},
+        {"entry counts disagree", true, [](Zip& z) { putLe(z.bytes, z.end + 8, 0, 2); }, false},
+        {"name length past the directory", true, [](Zip& z) { putLe(z.bytes, z.directory + 28, 0xFFFF, 2); }, false},
+        {"local header offset beyond the file", true, [](Zip& z) { putLe(z.bytes, z.directory + 42, 0x7FFFFFF0, 4); }, false},
+        {"local header missing", true, [](Zip& z) { z.bytes[0] = 'X'; }, false},
+        {"packed size past the data", true,
+         [](Zip& z) { putLe(z.bytes, z.directory + 20, 0xFFFFFF, 4), putLe(z.bytes, 18, 0xFFFFFF, 4); }, false},
+        {"wrong CRC", true, [](Zip& z) { z.bytes[z.directory + 16] ^= 1, z.bytes[14] ^= 1; }, false},
+        {"corrupt deflate data", true, [](Zip& z) { z.bytes[36] ^= 0xFF, z.bytes[40] ^= 0xFF; }, false},
+        {"unpacked size understated", true,
+         [](Zip& z) { putLe(z.bytes, z.directory + 24, 100, 4), putLe(z.bytes, 22, 100, 4); }, false},
+        {"encrypted", true, [](Zip& z) { z.bytes[z.directory + 8] |= 1, z.bytes[6] |= 1; }, false},
+        {"method other than stored or deflated", true,
+         [](Zip& z) { putLe(z.bytes, z.directory + 10, 12, 2), putLe(z.bytes, 8, 12, 2); }, false},
+        {"comment after the end record", true, [](Zip& z) { z.bytes.push_back(0), z.bytes[z.end + 20] = 1; }, false},
+    };
+    for (const Case& c : cases) {
+        Zip zip = makeZip(xml, c.deflate);
+        c.spoil(zip);
+        std::string reason;
+        EXPECT_EQ(xq::isSafeZippedDescription(zip.bytes, xq::kMaxDescriptionBytes, reason), c.accepted)
+            << c.name << ": " << reason;
+    }
+
+    // A bomb: 17 MiB of blanks pack into a few KiB; its stated size is over
+    // the cap, and a smaller stated size does not make it unpack further.
+    Zip bomb = makeZip(std::string(17u << 20, ' '), true);
+    std::string reason;
+    EXPECT_FALSE(xq::isSafeZippedDescription(bomb.bytes, xq::kMaxDescriptionBytes, reason));
+    putLe(bomb.bytes, bomb.directory + 24, 1u << 20, 4);
+    putLe(bomb.bytes, 22, 1u << 20, 4);
+    EXPECT_FALSE(xq::isSafeZippedDescription(bomb.bytes, xq::kMaxDescriptionBytes, reason));
+}
+
+} // namespace
