@@ -13,15 +13,21 @@ macro(quorvex_common_flags)
   set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${QUORVEX_APPS_DIR}")
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
   set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+  # Installed, the suite keeps the staged layout below <prefix>/lib/quorvex
+  # (cmake/QuorvexPackage.cmake); destinations are relative to the prefix.
+  set(QUORVEX_INSTALL_SUITE "lib/quorvex")
+  set(QUORVEX_INSTALL_APPS "${QUORVEX_INSTALL_SUITE}/apps")
+  set(QUORVEX_INSTALL_COMMON "${QUORVEX_INSTALL_SUITE}/common")
 endmacro()
 
 # A shared library of the suite: staged in <suite>/apps, finds its siblings
-# through $ORIGIN.
+# through $ORIGIN; installed in <prefix>/lib/quorvex/apps.
 function(quorvex_suite_library target)
   set_target_properties(${target} PROPERTIES
     LIBRARY_OUTPUT_DIRECTORY "${QUORVEX_APPS_DIR}"
     BUILD_WITH_INSTALL_RPATH ON
     INSTALL_RPATH "$ORIGIN")
+  install(TARGETS ${target} LIBRARY DESTINATION "${QUORVEX_INSTALL_APPS}")
 endfunction()
 
 # A program of the suite, staged at <suite>/apps/<subdir>; RPATH points back
@@ -29,15 +35,19 @@ endfunction()
 function(quorvex_suite_program target subdir)
   if(subdir STREQUAL ".")
     set(dir "${QUORVEX_APPS_DIR}")
+    set(installed "${QUORVEX_INSTALL_APPS}")
     set(rpath "$ORIGIN")
   else()
     set(dir "${QUORVEX_APPS_DIR}/${subdir}")
+    set(installed "${QUORVEX_INSTALL_APPS}/${subdir}")
     set(rpath "$ORIGIN/..")
   endif()
   set_target_properties(${target} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY "${dir}"
     BUILD_WITH_INSTALL_RPATH ON
     INSTALL_RPATH "${rpath}")
+  # Installed as staged, so the installed program derives the same folders.
+  install(TARGETS ${target} RUNTIME DESTINATION "${installed}")
 endfunction()
 
 # One test executable per unit:

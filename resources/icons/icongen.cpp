@@ -89,5 +89,9 @@ int main(int argc, char* argv[])
     bool ok = render(out + "/tools/DriverTool.png", 64, drawToolIcon);
     ok = render(out + "/tools/DriverTool.ico", 48, drawToolIcon) && ok;
     ok = render(out + "/button/icon_helpdoc.png", 24, drawHelpIcon) && ok;
+    // The desktop's copies, one per size of the hicolor theme, drawn at each
+    // size rather than scaled so that small ones stay sharp.
+    for (const int size : {16, 24, 32, 48, 64, 128, 256})
+        ok = render(QStringLiteral("%1/hicolor/%2x%2/apps/quorvex.png").arg(out).arg(size), size, drawToolIcon) && ok;
     return ok ? 0 : 1;
 }
