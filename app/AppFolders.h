@@ -15,10 +15,21 @@ QString parentDirOf(const QString& applicationDirPath);
 QString baseFolderOf(const QString& parentDirPath);
 // The base folder followed by "/../".
 QString suiteFolderOf(const QString& baseFolder);
-// The collection root: the base folder followed by "/../common/VirtualCamera".
+// The suite's collection root: the base folder followed by
+// "/../common/VirtualCamera".
 QString virtualCameraRootOf(const QString& baseFolder);
 
-// The same, for the running executable.
+// Whether collections may stay in the suite's own root: this user can write
+// it (or the nearest folder above it that exists), and the suite is not an
+// installed one below /usr/lib or /usr/local/lib, whose folders belong to
+// the package manager even when root runs the tool.
+bool suiteHoldsCollections(const QString& baseFolder);
+// The suite's root where it may hold collections, else perUserRoot.
+QString collectionRootOf(const QString& baseFolder, const QString& perUserRoot);
+
+// The same, for the running executable. The per-user collection root is
+// XQInterface::userDataPath() + "/VirtualCamera"; the first call that picks
+// it logs where collections go and why.
 QString GetBaseDirPath();
 QString GetSuiteDirPath();
 QString GetVirtualCameraRoot();

@@ -14,6 +14,8 @@ private slots:
     void parentDir_isTheFolderAboveTheExecutablesFolder();
     void quorvexAboveTheExecutable_isRemovedFromBaseAndSuite();
     void collectionRoot_isBesideTheAppsFolder();
+    void collectionRoot_isPerUserForAnInstalledSuite_data();
+    void collectionRoot_isPerUserForAnInstalledSuite();
     void folders_followEnvironmentOverrides();
     void folders_defaultBelowXdgHomes();
 };
@@ -50,6 +52,34 @@ void FoldersTest::quorvexAboveTheExecutable_isRemovedFromBaseAndSuite()
 void FoldersTest::collectionRoot_isBesideTheAppsFolder()
 {
     QCOMPARE(virtualCameraRootOf("/opt/suite/apps"), QString("/opt/suite/apps/../common/VirtualCamera"));
+}
+
+void FoldersTest::collectionRoot_isPerUserForAnInstalledSuite_data()
+{
+    QTest::addColumn<QString>("appsBelowTemp");
+    QTest::addColumn<QString>("appsAbsolute");
+    QTest::addColumn<bool>("inSuite");
+    QTest::newRow("writable build tree") << "build/suite/apps" << "" << true;
+    QTest::newRow("root made on first use") << "fresh/apps" << "" << true;
+    QTest::newRow("package") << "" << "/usr/lib/quorvex/apps" << false;
+    QTest::newRow("cmake --install") << "" << "/usr/local/lib/quorvex/apps" << false;
+    QTest::newRow("a file where folders should be") << "" << "/dev/null/quorvex/apps" << false;
+}
+
+void FoldersTest::collectionRoot_isPerUserForAnInstalledSuite()
+{
+    QFETCH(QString, appsBelowTemp);
+    QFETCH(QString, appsAbsolute);
+    QFETCH(bool, inSuite);
+    QTemporaryDir temp;
+    QString apps = appsAbsolute;
+    if (!appsBelowTemp.isEmpty()) {
+        apps = temp.path() + "/" + appsBelowTemp;
+        QVERIFY(QDir().mkpath(apps));
+    }
+    QCOMPARE(suiteHoldsCollections(apps), inSuite);
+    QCOMPARE(collectionRootOf(apps, "/home/u/.local/share/ZELTA/VirtualCamera"),
+             inSuite ? virtualCameraRootOf(apps) : QString("/home/u/.local/share/ZELTA/VirtualCamera"));
 }
 
 void FoldersTest::folders_followEnvironmentOverrides()
