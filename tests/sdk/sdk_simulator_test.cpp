@@ -14,6 +14,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
+#include <future>
 #include <mutex>
 #include <set>
 #include <sstream>
@@ -391,6 +392,26 @@ TEST(SimulatorLoss, killingTheSimulatorMidSessionCallsBackWithDeviceLost)
         << "no exception callback within 20 s";
     EXPECT_EQ(witness.message, static_cast<unsigned int>(XQ_EXCEPTION_DEVICE_LOST));
     EXPECT_EQ(witness.releaseResult, XQ_OK);
+}
+
+TEST_F(Simulator, aFrameWaitEndsWhenAnotherThreadStopsOrReleasesTheHandle)
+{
+    // Triggered by software and never triggered: only a stop or a release
+    // ends the 20 s waits (3 s here would be a hang).
+    for (const bool release : {false, true}) {
+        XQ_HANDLE reader = openGrabbingReader(m_reader);
+        auto waiting = std::async(std::launch::async, [reader] {
+            unsigned char* data = nullptr;
+            XQ_CODEREADER_FRAME_INFO info{};
+            return XQ_CODEREADER_GetOneFrameTimeout(reader, &data, &info, 20000);
+        });
+        std::this_thread::sleep_for(200ms);
+        EXPECT_EQ(release ? XQ_CODEREADER_DestroyHandle(reader) : XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
+        ASSERT_EQ(waiting.wait_for(3s), std::future_status::ready) << (release ? "release" : "stop");
+        EXPECT_EQ(waiting.get(), XQ_ERR_CANCELLED);
+        if (!release)
+            EXPECT_EQ(XQ_CODEREADER_DestroyHandle(reader), XQ_OK);
+    }
 }
 
 TEST_F(Simulator, severalReadersGrabOnSeveralThreadsAtOnce)

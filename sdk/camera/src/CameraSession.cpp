@@ -81,7 +81,9 @@ int CameraSession::release()
 {
     m_canceller.releaseForever();
     m_exceptionSlot->clear();
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto lock = lockWithin(m_mutex, kReleaseWait);
+    if (!lock.owns_lock())
+        return XQ_OK; // a device command is under way: the destructor closes after it
     return m_link ? closeLocked() : XQ_OK;
 }
 

@@ -63,9 +63,9 @@ void CodeReaderSession::release()
 {
     m_canceller.releaseForever();
     m_exceptionSlot->clear();
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_link)
-        closeLocked();
+    const auto lock = lockWithin(m_mutex, kReleaseWait);
+    if (lock.owns_lock() && m_link)
+        closeLocked(); // else a device command is under way: the destructor closes after it
 }
 
 int CodeReaderSession::registerExceptionCallback(XQ_EXCEPTION_CALLBACK callback, void* user)

@@ -4,7 +4,10 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
+#include <mutex>
+#include <thread>
 
 namespace xq {
 
@@ -30,5 +33,23 @@ private:
     std::atomic<unsigned int> m_epoch{0};
     std::atomic<bool> m_released{false};
 };
+
+// How long releasing a handle waits for a call in progress to let go of the
+// session: pending opens and frame waits notice within 50 ms; a device
+// command inside Aravis (up to 5 x 500 ms on a silent device) is not waited
+// for, the session closes the device when that call ends.
+constexpr std::chrono::milliseconds kReleaseWait{200};
+
+// The session lock if it comes free within limit, else an empty lock.
+inline std::unique_lock<std::mutex> lockWithin(std::mutex& mutex, std::chrono::milliseconds limit)
+{
+    const auto deadline = std::chrono::steady_clock::now() + limit;
+    std::unique_lock<std::mutex> lock(mutex, std::try_to_lock);
+    while (!lock.owns_lock() && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        lock.try_lock();
+    }
+    return lock;
+}
 
 } // namespace xq
