@@ -5,14 +5,19 @@
 #include "CrashHandler.h"
 #include "Language.h"
 #include "SingleInstance.h"
+#include "QCollectInfoThread.h"
 #include "QVirtualCamMainWidget.h"
+#include "StagingFolder.h"
 #include "XQInterface.h"
 
 #include <QApplication>
+#include <QDebug>
 #include <QDir>
 #include <QFontDatabase>
 #include <QIcon>
 #include <QResource>
+
+#include <cstdlib>
 
 static const QString g_strApplicationName = QStringLiteral("Quorvex");
 
@@ -43,6 +48,10 @@ int main(int argc, char* argv[])
     if (isAlreadyRunning(QCoreApplication::arguments()))
         return 0;
 
+    // Folders of collection jobs that a killed copy of a program left.
+    for (const QString& strLeftover : collect::SweepAbandonedStagingFolders(GetVirtualCameraRoot()))
+        qInfo().noquote() << "removed the folder of an ended job:" << strLeftover;
+
     int ret = 0;
     {
         QVirtualCamMainWidget w(nullptr);
@@ -58,5 +67,9 @@ int main(int argc, char* argv[])
         closeInstanceGuard();
         XQInterface::killProcess(g_strApplicationName);
     }
+    // A job that did not end within the window's wait ends with the
+    // process; tearing down the libraries under it could hang or crash.
+    if (QCollectInfoThread::RunningJobCount() > 0)
+        std::_Exit(ret);
     return ret;
 }

@@ -9,6 +9,7 @@
 #include "ExitCodes.h"
 #include "IgnoreList.h"
 #include "ProgressView.h"
+#include "StagingFolder.h"
 #include "StopSignals.h"
 
 #include <QCoreApplication>
@@ -17,6 +18,8 @@
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
+
+#include <cstdlib>
 
 namespace cli {
 
@@ -103,6 +106,11 @@ DeviceSelection SelectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, c
 
 int RunCollect(const Request& request, const Console& console)
 {
+    // Folders of jobs that a killed program left; running jobs' stay.
+    const QString collectionRoot = GetVirtualCameraRoot();
+    for (const QString& leftover : collect::SweepAbandonedStagingFolders(collectionRoot))
+        console.Err(QStringLiteral("quorvex-cli: removed %1, left by an interrupted collection\n").arg(Printable(leftover)));
+
     int sdkError = XQ_OK;
     const QVector<XQ_CODEREADER_DEVICE_INFO> found = EnumerateDevices(sdkError);
     if (sdkError != XQ_OK)
@@ -146,8 +154,7 @@ int RunCollect(const Request& request, const Console& console)
                         .arg(QString::fromLatin1(collect::kIgnoreListPath), QDir::currentPath(),
                              QCoreApplication::applicationDirPath()));
 
-    const QString collectionRoot = GetVirtualCameraRoot();
-    CollectSession session(QCoreApplication::applicationDirPath(), collectionRoot);
+    CollectSession session(collectionRoot);
     const ProgressView::Mode mode = request.json           ? ProgressView::Mode::Silent
                                     : console.OutIsTerminal() ? ProgressView::Mode::Terminal
                                                               : ProgressView::Mode::Plain;
@@ -186,8 +193,13 @@ int RunCollect(const Request& request, const Console& console)
     else
         console.Out(summary);
 
-    if (interruptedBy != 0)
+    if (interruptedBy != 0) {
+        // A job that did not end in time is still using its SDK handles:
+        // leave without tearing the libraries down under it.
+        if (session.HasAbandonedJobs())
+            std::_Exit(kExitInterrupted);
         return kExitInterrupted;
+    }
     if (anyFailed)
         return kExitFailed;
     return busyJson.isEmpty() ? kExitOk : kExitBusy;

@@ -5,6 +5,7 @@
 #include "DeviceListing.h"
 #include "QCollectInfoThread.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 
 #include <algorithm>
@@ -12,9 +13,8 @@
 
 namespace cli {
 
-CollectSession::CollectSession(QString applicationDir, QString collectionRoot, QObject* parent)
+CollectSession::CollectSession(QString collectionRoot, QObject* parent)
     : QObject(parent)
-    , m_strApplicationDir(std::move(applicationDir))
     , m_strCollectionRoot(std::move(collectionRoot))
 {
 }
@@ -24,6 +24,10 @@ CollectSession::~CollectSession()
     // Whoever listened may already be gone.
     blockSignals(true);
     StopAll();
+    // Deleting a job that is still running would wait for it: it ends with
+    // the process instead.
+    for (std::unique_ptr<QCollectInfoThread>& thread : m_vecAbandoned)
+        thread.release();
 }
 
 void CollectSession::Start(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
@@ -78,7 +82,7 @@ void CollectSession::StartJob(int nIndex)
     emit JobChanged(nIndex);
 }
 
-void CollectSession::StopAll()
+void CollectSession::StopAll(int nWaitMs)
 {
     for (int i = 0; i < m_vecJobs.size(); ++i) {
         if (m_vecJobs[i].outcome == JobOutcome::Waiting) {
@@ -87,10 +91,29 @@ void CollectSession::StopAll()
             emit JobChanged(i);
         }
     }
-    for (int i = 0; i < m_vecJobs.size(); ++i) {
-        if (m_vecJobs[i].outcome == JobOutcome::Running)
-            EndJob(i, JobOutcome::Stopped, QStringLiteral("stopped"));
+    // Every job is asked at once; they share one bounded wait.
+    for (const auto& entry : m_mapThreads) {
+        entry.second->RequestStop();
+        entry.second->ReleaseDevices();
     }
+    const QDeadlineTimer deadline(nWaitMs);
+    for (int i = 0; i < m_vecJobs.size(); ++i) {
+        if (m_vecJobs[i].outcome != JobOutcome::Running)
+            continue;
+        const auto it = m_mapThreads.find(m_vecJobs[i].serial);
+        if (it != m_mapThreads.end() && !it->second->wait(deadline)) {
+            // Its folder stays locked until the process ends; the next
+            // start sweeps it.
+            m_vecAbandoned.push_back(std::move(it->second));
+            m_mapThreads.erase(it);
+        }
+        EndJob(i, JobOutcome::Stopped, QStringLiteral("stopped"));
+    }
+}
+
+bool CollectSession::HasAbandonedJobs() const
+{
+    return !m_vecAbandoned.empty();
 }
 
 int CollectSession::RunningJobOf(const QString& strSerial) const
@@ -148,9 +171,9 @@ void CollectSession::EndJob(int nIndex, JobOutcome outcome, const QString& strMe
 
 void CollectSession::RemoveFilesOf(const JobState& job) const
 {
-    // A hostile model name removes nothing; the job refused it before
-    // writing anything.
-    collect::DeleteCollectedFilesOf(m_strApplicationDir, m_strCollectionRoot, job.model);
+    // Only staging folders of ended jobs; the collection folder keeps the
+    // last good collection.
+    collect::DeleteCollectedFilesOf(m_strCollectionRoot, job.model);
 }
 
 } // namespace cli

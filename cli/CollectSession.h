@@ -1,10 +1,11 @@
 #pragma once
 // Collection jobs run side by side, one QCollectInfoThread per device, with
 // the window's bookkeeping: a job is released and deleted when its finish
-// or its first status arrives, and a failed job's staging files and
-// collection folder are removed. Devices of one model share one collection
-// folder and one set of staging names, so their jobs run one after the
-// other; jobs of different models run at once.
+// or its first status arrives. A job writes into a folder of its own and
+// replaces its model's collection folder only when it succeeds; a failed
+// job leaves the previous collection as it was. Readers of one model run one
+// after the other, so each of them gets its turn on the device model's
+// folder in order; jobs of different models run at once.
 
 #include "XqCodeReaderCtrl.h"
 
@@ -14,6 +15,7 @@
 
 #include <map>
 #include <memory>
+#include <vector>
 
 class QCollectInfoThread;
 
@@ -35,15 +37,23 @@ class CollectSession final : public QObject {
     Q_DISABLE_COPY(CollectSession)
 
 public:
-    CollectSession(QString applicationDir, QString collectionRoot, QObject* parent = nullptr);
+    explicit CollectSession(QString collectionRoot, QObject* parent = nullptr);
     // Stops whatever still runs, as closing the window does.
     ~CollectSession() override;
 
     // Takes one job per record; records must have distinct serial numbers.
     void Start(const QVector<XQ_CODEREADER_DEVICE_INFO>& records);
-    // Releases every running job's devices, waits for it and removes what
-    // it wrote. Its outcome, and that of every waiting job, becomes Stopped.
-    void StopAll();
+    // Stops every running job, releases its devices and waits for all of
+    // them together at most nWaitMs. Its outcome, and that of every waiting
+    // job, becomes Stopped. A job that ends removes its own folder; one that
+    // does not end in time is abandoned (HasAbandonedJobs) and its folder is
+    // swept on the next start.
+    void StopAll(int nWaitMs = kStopWaitMs);
+    // Jobs that were still running after StopAll's wait: the process must
+    // end without waiting for them.
+    bool HasAbandonedJobs() const;
+
+    static constexpr int kStopWaitMs = 800;
 
     const QVector<JobState>& Jobs() const { return m_vecJobs; }
     bool IsRunning() const;
@@ -64,11 +74,11 @@ private:
     void EndJob(int nIndex, JobOutcome outcome, const QString& strMessage);
     void RemoveFilesOf(const JobState& job) const;
 
-    QString m_strApplicationDir;
     QString m_strCollectionRoot;
     QVector<JobState> m_vecJobs;
     QVector<XQ_CODEREADER_DEVICE_INFO> m_vecRecords; // by job index
     std::map<QString, std::unique_ptr<QCollectInfoThread>> m_mapThreads;
+    std::vector<std::unique_ptr<QCollectInfoThread>> m_vecAbandoned;
 };
 
 } // namespace cli

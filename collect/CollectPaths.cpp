@@ -1,5 +1,10 @@
 #include "CollectPaths.h"
 
+#include <QFile>
+
+#include <algorithm>
+#include <cstring>
+
 namespace collect {
 
 QString CollectionFolderOf(const QString& virtualCameraRoot, const QString& modelName)
@@ -14,7 +19,9 @@ QString ImageFolderOf(const QString& collectionFolder)
 
 QString ImageFileOf(const QString& imageFolder, quint32 frameNumber)
 {
-    return QStringLiteral("%1/%2.jpg").arg(imageFolder).arg(frameNumber);
+    // Joined, not chained arg(): a "%1" in the model part of the folder
+    // would take the frame number.
+    return imageFolder + QLatin1Char('/') + QString::number(frameNumber) + QStringLiteral(".jpg");
 }
 
 QString CsvFileOf(const QString& collectionFolder)
@@ -46,6 +53,21 @@ bool IsSafeModelName(const QString& modelName)
             return false;
     }
     return true;
+}
+
+QString ModelNameOfField(const unsigned char* field, std::size_t fieldSize)
+{
+    const std::size_t limit = std::min(fieldSize, kModelNameFieldBytes);
+    const void* const nul = std::memchr(field, '\0', limit);
+    if (nul == nullptr)
+        return QString();
+    const QByteArray bytes(reinterpret_cast<const char*>(field),
+                           static_cast<int>(static_cast<const unsigned char*>(nul) - field));
+    const QString name = QString::fromUtf8(bytes);
+    // Invalid UTF-8 turns into U+FFFD and so does not come back the same.
+    if (name.isEmpty() || name.toUtf8() != bytes || QFile::encodeName(name) != bytes || !IsSafeModelName(name))
+        return QString();
+    return name;
 }
 
 } // namespace collect

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <cstddef>
+
 namespace collect {
 
 // <root>/<model>: a device's collection folder is keyed by its model name.
@@ -25,5 +27,15 @@ QString StringRegisterDumpName(const QString& modelName);
 // deleted recursively: refuse anything that could leave the collection root
 // (a "/" or "\\", a control character, "." or ".."). Empty stays allowed.
 bool IsSafeModelName(const QString& modelName);
+
+// A GigE model name is at most 31 bytes and a NUL in its 32-byte bootstrap
+// field; the camera record's field has just those 32 bytes.
+constexpr std::size_t kModelNameFieldBytes = 32;
+
+// The model name of a record's model-name field, spelled by exactly the
+// bytes that name its files and folders. Empty for a name that fills its
+// field without a NUL, is not UTF-8, cannot name a file with the same bytes,
+// is unsafe (IsSafeModelName) or is empty.
+QString ModelNameOfField(const unsigned char* field, std::size_t fieldSize);
 
 } // namespace collect

@@ -1,18 +1,11 @@
 #include "CollectedFiles.h"
 
-#include "CollectPaths.h"
+#include "StagingFolder.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 namespace collect {
-
-QStringList StagingFilePaths(const QString& applicationDir, const QString& modelName)
-{
-    return {applicationDir + "/" + RegisterDumpName(modelName),
-            applicationDir + "/" + StringRegisterDumpName(modelName),
-            applicationDir + "/" + FeatureDescriptionName(modelName)};
-}
 
 bool DeleteFileOrFolderAt(const QString& path)
 {
@@ -37,16 +30,12 @@ bool DeleteFileOrFolderAt(const QString& path)
     return dir.rmdir(dir.absolutePath());
 }
 
-QStringList DeleteCollectedFilesOf(const QString& applicationDir, const QString& collectionRoot,
-                                   const QString& modelName)
+QStringList DeleteCollectedFilesOf(const QString& collectionRoot, const QString& modelName)
 {
-    QStringList paths = StagingFilePaths(applicationDir, modelName);
-    paths << CollectionFolderOf(collectionRoot, modelName);
-    if (modelName.isEmpty() || !IsSafeModelName(modelName))
-        return paths;
-    for (const QString& path : paths)
-        DeleteFileOrFolderAt(path);
-    return {};
+    // A null name would sweep every model's.
+    if (modelName.isEmpty())
+        return {};
+    return SweepAbandonedStagingFolders(collectionRoot, modelName);
 }
 
 } // namespace collect

@@ -1,17 +1,14 @@
 #pragma once
-// How what a collection job leaves on disk is removed again. A device's
-// model name comes from the network and names a folder below the collection
-// root, so every removal here is confined to that folder and to the three
-// staging names in the application folder.
+// How what a collection job leaves on disk is removed again. A job writes
+// only into its own staging folder (StagingFolder.h) and removes it itself
+// when it fails; what is left to clean up after a job are the staging
+// folders of jobs that ended without doing so. A model's collection folder
+// is never removed here: it holds the last good collection.
 
 #include <QString>
 #include <QStringList>
 
 namespace collect {
-
-// The staging files a job writes into the application folder, in the order
-// they are removed: <model>_regfile.dat, <model>_strRegFile.dat, <model>.xml.
-QStringList StagingFilePaths(const QString& applicationDir, const QString& modelName);
 
 // Removes a file, or a folder with all its non-hidden contents. True for a
 // removed or missing file and a missing folder; for a folder, whether the
@@ -19,10 +16,9 @@ QStringList StagingFilePaths(const QString& applicationDir, const QString& model
 // as themselves, never followed.
 bool DeleteFileOrFolderAt(const QString& path);
 
-// Removes the staging files and the collection folder of a model. A model
-// name that could leave its folder, or an empty one (which would name the
-// whole root), removes nothing: the refused paths are returned instead.
-QStringList DeleteCollectedFilesOf(const QString& applicationDir, const QString& collectionRoot,
-                                   const QString& modelName);
+// Removes the staging folders of a model's jobs that have ended (whose lock
+// is free); a running job's folder, of this process or another, stays.
+// Returns the folders removed.
+QStringList DeleteCollectedFilesOf(const QString& collectionRoot, const QString& modelName);
 
 } // namespace collect

@@ -10,9 +10,11 @@ namespace collect {
 IgnoreListContent ParseIgnoreList(const QByteArray& utf8Json)
 {
     IgnoreListContent content;
-    const QJsonDocument document = QJsonDocument::fromJson(utf8Json);
+    QJsonParseError error{};
+    const QJsonDocument document = QJsonDocument::fromJson(utf8Json, &error);
     if (document.isNull()) {
         content.outcome = IgnoreListContent::Outcome::NotJson;
+        content.parseError = error.errorString() + QStringLiteral(" at offset ") + QString::number(error.offset);
         return content;
     }
     // An array document has no keys: object() gives an empty object.
@@ -22,8 +24,18 @@ IgnoreListContent ParseIgnoreList(const QByteArray& utf8Json)
 
     content.outcome = IgnoreListContent::Outcome::Read;
     const QJsonArray array = nodes.toArray();
-    for (const QJsonValue& element : array)
-        content.patterns.append(element.toString());
+    for (int i = 0; i < array.size(); ++i) {
+        const QJsonValue element = array.at(i);
+        if (element.isString()) {
+            content.patterns.append(element.toString());
+            continue;
+        }
+        // Wrapped, as a bare value is no JSON document.
+        QByteArray text = QJsonDocument(QJsonArray{element}).toJson(QJsonDocument::Compact);
+        text = text.mid(1, text.size() - 2);
+        content.skippedElements.append(QStringLiteral("element ") + QString::number(i) + QStringLiteral(": ")
+                                       + QString::fromUtf8(text));
+    }
     return content;
 }
 

@@ -19,8 +19,14 @@ struct IgnoreListContent final {
         NoPatternArray // no "IgnoreNodes" array at the top level
     };
     Outcome outcome = Outcome::NoPatternArray;
-    // In file order, duplicates kept; elements that are not strings are "".
+    // In file order, duplicates kept.
     QStringList patterns;
+    // Why the text is not JSON, with the offset; empty otherwise.
+    QString parseError;
+    // Elements that are not strings, left out of the patterns (one of them
+    // would otherwise be an empty pattern that matches every feature):
+    // "element <index>: <JSON>".
+    QStringList skippedElements;
 };
 
 IgnoreListContent ParseIgnoreList(const QByteArray& utf8Json);

@@ -2,11 +2,14 @@
 
 #include "AppFolders.h"
 #include "CaptureCsv.h"
+#include "CheckedFile.h"
+#include "CodeReaderStrings.h"
 #include "CollectPaths.h"
 #include "CollectProgress.h"
 #include "FeatureRules.h"
 #include "IgnoreList.h"
 #include "NodeListPool.h"
+#include "StagingFolder.h"
 #include "Symbology.h"
 #include "XQInterface.h"
 
@@ -17,9 +20,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
-
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -61,27 +61,15 @@ constexpr const char* kSetUserSetSelectorFail = QT_TRANSLATE_NOOP("QCollectInfoT
 constexpr const char* kSetUserSetLoadFail = QT_TRANSLATE_NOOP("QCollectInfoThread", "Set UserSetLoad fail!");
 constexpr const char* kGetRootNodeFail = QT_TRANSLATE_NOOP("QCollectInfoThread", "Get RootNode fail!");
 
-// Texts of a code reader that are only available under certain trigger and
-// protocol settings; read after those settings are made.
-constexpr std::array<const char*, 9> kCodeReaderStrings{
-    "UdpEndTriggerStr",     "TcpEndTriggerStr",   "Barcodecharacterbegins",
-    "BarcodeContainString", "BarcodeNoContainString", "TcpServerStartText",
-    "TcpServerStopText",    "TcpServerDelimiter", "RegularExpressionRules"};
-constexpr std::array<const char*, 8> kCodeReaderSwitches{
-    "TcpEndTriggerEnable",          "UdpEndTriggerEnable",           "IOEndTriggerEnable",
-    "SerialEndTriggerEnable",       "BarcodecharacterbeginsEnable",  "BarcodeContainStringEnable",
-    "BarcodeNoContainStringEnable", "RegularExpressionRulesEnable"};
-constexpr char kCodeReaderMarker[] = "ID";
+// Jobs whose run() has not returned, in the whole process.
+std::atomic<int> g_nRunningJobs{0};
 
-struct FileCloser final {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+struct RunningJobCounter final {
+    RunningJobCounter() { ++g_nRunningJobs; }
+    ~RunningJobCounter() { --g_nRunningJobs; }
+    RunningJobCounter(const RunningJobCounter&) = delete;
+    RunningJobCounter& operator=(const RunningJobCounter&) = delete;
 };
-using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
-
-FilePtr OpenFile(const QString& path, const char* mode)
-{
-    return FilePtr(std::fopen(QFile::encodeName(path).constData(), mode));
-}
 
 template <std::size_t N>
 QString FieldText(const unsigned char (&field)[N])
@@ -92,18 +80,6 @@ QString FieldText(const unsigned char (&field)[N])
 QString HexCode(int nRet)
 {
     return QStringLiteral("%1").arg(static_cast<unsigned int>(nRet), 0, 16);
-}
-
-// Writes one delivered frame as it came; false when the file cannot be made.
-bool WriteImageFile(const QString& path, const unsigned char* pData, unsigned int nLength)
-{
-    const FilePtr file = OpenFile(path, "wb+");
-    if (!file)
-        return false;
-    if (pData != nullptr && nLength > 0)
-        std::fwrite(pData, 1, nLength, file.get());
-    std::fflush(file.get());
-    return true;
 }
 
 } // namespace
@@ -117,8 +93,9 @@ QCollectInfoThread::QCollectInfoThread(QObject* parent)
 
 QCollectInfoThread::~QCollectInfoThread()
 {
-    // Releasing first makes a job that is still talking to the device fail
-    // fast, so the wait below ends.
+    // Stopping and releasing first makes a job that is still talking to the
+    // device fail fast, so the wait below ends.
+    RequestStop();
     ReleaseDevices();
     quit();
     wait();
@@ -132,27 +109,55 @@ void QCollectInfoThread::SetDeviceInfo(const _XQ_CODEREADER_DEVICE_INFO_& stDevi
 
 void QCollectInfoThread::run()
 {
+    const RunningJobCounter counted;
     PraseJsonConfig();
-    if (!CollectImageInfo())
-        return;
-    CollectNodeInfo();
+    if (CollectImageInfo())
+        CollectNodeInfo();
+    // A job that did not replace the collection removes its own folder.
+    m_pStagingFolder.reset();
+}
+
+int QCollectInfoThread::RunningJobCount()
+{
+    return g_nRunningJobs;
+}
+
+void QCollectInfoThread::RequestStop()
+{
+    m_bStop = true;
+}
+
+void QCollectInfoThread::ReleaseDevices()
+{
+    ReleaseDevicesClosing();
 }
 
 // Handles are not cleared: a second call repeats the calls on the stale
 // values, which the SDKs refuse without harm.
-void QCollectInfoThread::ReleaseDevices()
+int QCollectInfoThread::ReleaseDevicesClosing()
 {
     const XQ_HANDLE hCodeReader = m_hCodeReader.load();
     if (hCodeReader != nullptr)
         XQ_CODEREADER_DestroyHandle(hCodeReader);
     const XQ_HANDLE hCamera = m_hCamera.load();
+    int nCloseRet = XQ_OK;
     if (hCamera != nullptr) {
         // The code-reader SDK refuses the camera handle as foreign; the call
         // stays so the release order is the same in every tool of the suite.
         XQ_CODEREADER_StopGrabbing(hCamera);
-        XQ_CC_CloseDevice(hCamera);
+        nCloseRet = XQ_CC_CloseDevice(hCamera);
         XQ_CC_DestroyHandle(hCamera);
     }
+    return nCloseRet;
+}
+
+bool QCollectInfoThread::FailJob(const char* pSourceText, const QString& strReason, bool bRelease)
+{
+    qInfo().noquote() << pSourceText << strReason;
+    EmitStatus(pSourceText);
+    if (bRelease)
+        ReleaseDevices();
+    return false;
 }
 
 void QCollectInfoThread::OnDeviceException(unsigned int nMsgType, void* pUser)
@@ -175,8 +180,10 @@ void QCollectInfoThread::PraseJsonConfig()
 {
     m_setIgnoreNodes.clear();
     QFile file(QString::fromLatin1(collect::kIgnoreListPath));
+    const QString strFileName = QFileInfo(file).absoluteFilePath();
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        qInfo().noquote() << "can't open error!";
+        qInfo().noquote() << QStringLiteral("can't open error! ") + strFileName + QStringLiteral(": ")
+                + file.errorString();
         return;
     }
     QTextStream stream(&file);
@@ -186,9 +193,13 @@ void QCollectInfoThread::PraseJsonConfig()
 
     const collect::IgnoreListContent content = collect::ParseIgnoreList(text.toUtf8());
     if (content.outcome == collect::IgnoreListContent::Outcome::NotJson) {
-        qInfo().noquote() << "Json parse error";
+        qInfo().noquote() << QStringLiteral("Json parse error ") + strFileName + QStringLiteral(": ")
+                + content.parseError;
         return;
     }
+    for (const QString& skipped : content.skippedElements)
+        qInfo().noquote() << QStringLiteral("IgnoreNodes ") + skipped + QStringLiteral(" in ") + strFileName
+                + QStringLiteral(" is not a string; ignored");
     for (const QString& pattern : content.patterns) {
         qInfo().noquote() << QStringLiteral("node = ") + pattern;
         m_setIgnoreNodes.insert(pattern);
@@ -199,37 +210,36 @@ void QCollectInfoThread::PraseJsonConfig()
 
 bool QCollectInfoThread::CollectImageInfo()
 {
-    const QString strModelName = FieldText(m_stDeviceInfo.stGigE.chModelName);
-    if (!collect::IsSafeModelName(strModelName)) {
+    // One spelling everywhere: these bytes name the job's folder, its files
+    // and the collection folder.
+    const QString strModelName =
+        collect::ModelNameOfField(m_stDeviceInfo.stGigE.chModelName, sizeof m_stDeviceInfo.stGigE.chModelName);
+    if (strModelName.isEmpty()) {
         qInfo().noquote() << kInvalidModelName;
         EmitStatus(kInvalidModelName);
         return false;
     }
+    m_strModelName = strModelName;
 
     const QString strRoot = GetVirtualCameraRoot();
-    const QByteArray rootPath = QFile::encodeName(strRoot);
-    if (access(rootPath.constData(), F_OK) != 0)
-        mkdir(rootPath.constData(), 0755);
+    if (!QFileInfo(strRoot).isDir() && !QDir().mkdir(strRoot) && !QFileInfo(strRoot).isDir())
+        return FailJob(kCreateFileFailed, QStringLiteral("cannot make ") + strRoot, false);
+    for (const QString& strLeftover : collect::SweepAbandonedStagingFolders(strRoot))
+        qInfo().noquote() << "removed the folder of an ended job:" << strLeftover;
 
-    m_strFolderPath = collect::CollectionFolderOf(strRoot, strModelName);
+    // The job writes into a folder of its own; the collection folder is
+    // replaced by it only when everything has been written.
+    QString strError;
+    m_pStagingFolder = collect::StagingFolder::Create(strRoot, strModelName, &strError);
+    if (!m_pStagingFolder)
+        return FailJob(kCreateFileFailed, strError, false);
+    m_strFolderPath = m_pStagingFolder->Path();
     m_strOutImageFile = collect::ImageFolderOf(m_strFolderPath);
-
-    // A folder collected before is reused as it stands, Jpg or not.
-    if (!QFileInfo::exists(m_strFolderPath)) {
-        qInfo().noquote() << "m_strFolderPath" << strModelName;
-        // A job of the same model may make the folder between the test and
-        // the mkdir; the folder then exists, which is all this step needs.
-        if (!QDir().mkdir(QDir(m_strFolderPath).absolutePath()) && !QFileInfo(m_strFolderPath).isDir()) {
-            qInfo().noquote() << kCreateFileFailed;
-            EmitStatus(kCreateFileFailed);
-            return false;
-        }
-        qInfo().noquote() << "bCreatePath" << strModelName;
-        if (!QFileInfo::exists(m_strOutImageFile)) {
-            qInfo().noquote() << "m_strOutImageFile" << strModelName;
-            QDir().mkdir(QDir(m_strOutImageFile).absolutePath());
-        }
-    }
+    qInfo().noquote() << "m_strFolderPath" << strModelName;
+    qInfo().noquote() << "bCreatePath" << strModelName;
+    qInfo().noquote() << "m_strOutImageFile" << strModelName;
+    if (!QDir().mkdir(m_strOutImageFile))
+        return FailJob(kCreateFileFailed, QStringLiteral("cannot make ") + m_strOutImageFile, false);
 
     qInfo().noquote() << "XQ_CODEREADER_CreateHandle" << strModelName;
     XQ_HANDLE hCodeReader = nullptr;
@@ -281,14 +291,11 @@ bool QCollectInfoThread::CollectImageInfo()
     }
 
     const auto pFrameInfo = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
-    FilePtr csv = OpenFile(collect::CsvFileOf(m_strFolderPath), "wb+");
-    if (!csv) {
-        qInfo().noquote() << kOpenFileFail;
-        EmitStatus(kOpenFileFail);
-        ReleaseDevices();
-        return false;
-    }
-    std::fputs(collect::kCsvHeader, csv.get());
+    collect::CheckedFile csv;
+    if (!csv.Open(collect::CsvFileOf(m_strFolderPath)))
+        return FailJob(kOpenFileFail, csv.Error(), true);
+    if (!csv.Write(collect::kCsvHeader))
+        return FailJob(kCollectFailed, csv.Error(), true);
 
     // Capture is bounded by time, not by a frame count: the first progress
     // tick ends it after one more trigger.
@@ -297,7 +304,8 @@ bool QCollectInfoThread::CollectImageInfo()
     quint32 nFrameNumber = 1;
     bool bImageWritten = false;
     bool bAborted = m_bStop;
-    while (!bAborted) {
+    QString strWriteError;
+    while (!bAborted && strWriteError.isEmpty()) {
         if (stopwatch.elapsed() >= kProgressTickMs) {
             stopwatch.restart();
             emit SigDeviceCollectProgress(m_strSerialNumber, m_nImageCount);
@@ -307,27 +315,30 @@ bool QCollectInfoThread::CollectImageInfo()
         unsigned char* pImage = nullptr;
         if (XQ_CODEREADER_GetOneFrameTimeout(hCodeReader, &pImage, pFrameInfo.get(), kFrameTimeoutMs) == XQ_OK) {
             const QString strImageFile = collect::ImageFileOf(m_strOutImageFile, nFrameNumber);
-            if (WriteImageFile(strImageFile, pImage, pFrameInfo->nFrameLen))
-                bImageWritten = true;
+            if (!collect::WriteWholeFile(strImageFile, pImage, pImage != nullptr ? pFrameInfo->nFrameLen : 0,
+                                         &strWriteError))
+                break;
+            bImageWritten = true;
             const QByteArray row = collect::CsvRowOf(nFrameNumber, *pFrameInfo);
             for (unsigned int i = 0; i < pFrameInfo->nCodeNum; ++i) {
                 const char* const pCode = pFrameInfo->stCodeInfo[i].chCode;
                 std::printf("CodeNum[%u] Code[%.*s]\n", i,
                             static_cast<int>(strnlen(pCode, XQ_CODEREADER_CODE_TEXT_SIZE)), pCode);
             }
-            std::fwrite(row.constData(), 1, static_cast<std::size_t>(row.size()), csv.get());
+            if (!csv.Write(row.constData(), static_cast<std::size_t>(row.size()))) {
+                strWriteError = csv.Error();
+                break;
+            }
             ++nFrameNumber;
         }
         if (m_nImageCount == 1)
             break;
         bAborted = m_bStop;
     }
-    if (bAborted) {
-        qInfo().noquote() << kCollectFailed;
-        EmitStatus(kCollectFailed);
-        ReleaseDevices();
-        return false;
-    }
+    if (!strWriteError.isEmpty())
+        return FailJob(kCollectFailed, strWriteError, true);
+    if (bAborted)
+        return FailJob(kCollectFailed, QStringLiteral("stopped"), true);
 
     if (XQ_CODEREADER_StopGrabbing(hCodeReader) != XQ_OK) {
         qInfo().noquote() << kStopGrabbingFail;
@@ -336,8 +347,8 @@ bool QCollectInfoThread::CollectImageInfo()
         return false;
     }
     emit SigDeviceCollectProgress(m_strSerialNumber, collect::kProgressAfterImages);
-    std::fflush(csv.get());
-    csv.reset();
+    if (!csv.Close())
+        return FailJob(kCollectFailed, csv.Error(), true);
     if (!bImageWritten) {
         qInfo().noquote() << kNoImageCaptured;
         EmitStatus(kNoImageCaptured);
@@ -372,10 +383,11 @@ void QCollectInfoThread::CollectNodeInfo()
     if (pDevice == nullptr)
         return;
 
-    // Staging names come from this record's model name: refuse one that
-    // would put files outside the application and collection folders.
-    const QString strRecordModel = FieldText(pDevice->stGigE.chModelName);
-    if (!collect::IsSafeModelName(strRecordModel)) {
+    // The description and the dumps are named after this record's model
+    // name: it must be the very name the job's folder has.
+    const QString strRecordModel =
+        collect::ModelNameOfField(pDevice->stGigE.chModelName, sizeof pDevice->stGigE.chModelName);
+    if (strRecordModel.isEmpty() || strRecordModel != m_strModelName) {
         qInfo().noquote() << kInvalidModelName;
         EmitStatus(kInvalidModelName);
         return;
@@ -388,6 +400,12 @@ void QCollectInfoThread::CollectNodeInfo()
         return;
     }
     m_hCamera = hCamera;
+    // The dumps are written on close, into the job's own folder.
+    const int nDumpFolderRet = XQ_CC_SetRegisterDumpFolder(hCamera, QFile::encodeName(m_strFolderPath).constData());
+    if (nDumpFolderRet != XQ_OK) {
+        FailJob(kCollectFailed, QStringLiteral("register dump folder refused: ") + HexCode(nDumpFolderRet), true);
+        return;
+    }
 
     std::array<char, 128> modelBuffer{};
     if (pDevice->nTLayerType == XQ_TLAYER_GIGE) {
@@ -417,16 +435,13 @@ void QCollectInfoThread::CollectNodeInfo()
         ReleaseDevices();
         return;
     }
-    const QString strXmlPath = QCoreApplication::applicationDirPath() + QStringLiteral("/%1.xml").arg(strRecordModel);
-    {
-        const FilePtr xmlFile = OpenFile(strXmlPath, "wb+");
-        if (!xmlFile) {
-            std::printf("open file fail\n");
-            ReleaseDevices();
-            return;
-        }
-        std::fwrite(pXml.get(), 1, std::min<std::size_t>(nXmlLength, kFeatureDescriptionBufferSize), xmlFile.get());
-        std::fflush(xmlFile.get());
+    const QString strXmlPath = m_strFolderPath + QLatin1Char('/') + collect::FeatureDescriptionName(m_strModelName);
+    QString strXmlError;
+    if (!collect::WriteWholeFile(strXmlPath, pXml.get(), std::min<std::size_t>(nXmlLength, kFeatureDescriptionBufferSize),
+                                 &strXmlError)) {
+        std::printf("open file fail\n");
+        FailJob(kCollectFailed, strXmlError, true);
+        return;
     }
 
     XQ_GIGE_SetGvcpTimeout(hCamera, kGvcpTimeoutMs);
@@ -493,6 +508,8 @@ void QCollectInfoThread::CollectNodeInfo()
         for (unsigned int k = 0; k < nSupported; ++k) {
             if (stEnumValue.nSupportedValues[k] == stEnumValue.nCurrentValue)
                 continue;
+            if (m_bStop)
+                break; // reported at the next step
             qInfo().noquote() << QStringLiteral("enumIndex[%1], enumTotal[%2], supportIndex[%3], supportTotal[%4]")
                                      .arg(j)
                                      .arg(nEnumCount)
@@ -505,58 +522,47 @@ void QCollectInfoThread::CollectNodeInfo()
     }
     emit SigDeviceCollectProgress(m_strSerialNumber, collect::kProgressAfterPasses);
 
-    if (std::strstr(modelBuffer.data(), kCodeReaderMarker) != nullptr)
-        ReadCodeReaderStrings(hCamera);
+    if (std::strstr(modelBuffer.data(), collect::kCodeReaderMarker) != nullptr && !m_bStop)
+        collect::ReadCodeReaderStrings(hCamera);
 
-    // Closing the camera makes its SDK write the register dumps.
-    ReleaseDevices();
-    qInfo().noquote() << QStringLiteral("collect %1 successs\n").arg(strModelBuffer);
-
-    MoveCollectedFiles(strModelBuffer);
+    // Closing the camera makes its SDK write the register dumps; a walk cut
+    // short by a stop or a lost device must not become the collection. The
+    // flag is read first: closing ends the link, which may itself be
+    // reported as a loss.
+    const bool bStopped = m_bStop;
+    const int nCloseRet = ReleaseDevicesClosing();
+    if (bStopped) {
+        FailJob(kCollectFailed, QStringLiteral("stopped or device lost"), false);
+        return;
+    }
+    if (nCloseRet != XQ_OK) {
+        FailJob(kCollectFailed, QStringLiteral("register dumps not written: ") + HexCode(nCloseRet), false);
+        return;
+    }
+    qInfo().noquote() << QStringLiteral("collect ") + strModelBuffer + QStringLiteral(" successs\n");
+    if (!ReplaceCollection())
+        return;
     emit SigDeviceCollectProgress(m_strSerialNumber, collect::kProgressDone);
     emit SigDeviceCollectFinish(m_strSerialNumber, QStringLiteral("Collect Finished"));
 }
 
-// Each string is read under the settings that make it available, so the
-// order of the settings matters; every result is ignored.
-void QCollectInfoThread::ReadCodeReaderStrings(XQ_HANDLE hCamera)
+// Checks that the three files of the feature capture are there, then puts
+// the job's folder in the place of the collection folder.
+bool QCollectInfoThread::ReplaceCollection()
 {
-    XQ_CC_SetEnumValueByString(hCamera, "RunningMode", "Normal");
-    XQ_CC_SetEnumValueByString(hCamera, "TriggerMode", "On");
-    XQ_CC_SetEnumValueByString(hCamera, "TriggerSource", "TcpStart");
-    XQ_CC_SetEnumValueByString(hCamera, "CommunicationProtocols", "TcpServer");
-    for (const char* const pSwitch : kCodeReaderSwitches)
-        XQ_CC_SetBoolValue(hCamera, pSwitch, true);
-
-    XQ_CC_STRINGVALUE stString{};
-    for (const char* const pString : kCodeReaderStrings)
-        XQ_CC_GetStringValue(hCamera, pString, &stString);
-
-    XQ_CC_SetEnumValueByString(hCamera, "TriggerSource", "TcpStart");
-    XQ_CC_GetStringValue(hCamera, "TcpStartTriggerStr", &stString);
-    XQ_CC_SetEnumValueByString(hCamera, "TriggerSource", "UdpStart");
-    XQ_CC_GetStringValue(hCamera, "UdpStartTriggerStr", &stString);
-    XQ_CC_SetEnumValueByString(hCamera, "CommunicationProtocols", "CommuPtlTcpIP");
-    XQ_CC_GetStringValue(hCamera, "TcpStartText", &stString);
-    XQ_CC_GetStringValue(hCamera, "TcpStopText", &stString);
-    XQ_CC_GetStringValue(hCamera, "TcpDelimiter", &stString);
-}
-
-// Register dump, string-register dump, then the description: from the
-// application folder into the collection folder of the staging model name.
-void QCollectInfoThread::MoveCollectedFiles(const QString& strModelName)
-{
-    const QString strAppDir = QCoreApplication::applicationDirPath();
-    const QString strFolder = collect::CollectionFolderOf(GetVirtualCameraRoot(), strModelName);
-    const QString names[] = {collect::RegisterDumpName(strModelName), collect::StringRegisterDumpName(strModelName),
-                             collect::FeatureDescriptionName(strModelName)};
+    const QString names[] = {collect::RegisterDumpName(m_strModelName),
+                             collect::StringRegisterDumpName(m_strModelName),
+                             collect::FeatureDescriptionName(m_strModelName)};
     for (const QString& name : names) {
-        const QString strSource = strAppDir + QLatin1Char('/') + name;
-        const QString strDest = strFolder + QLatin1Char('/') + name;
-        const bool bMoved = MoveFileToPath(strSource, strDest, true);
-        qInfo().noquote() << QStringLiteral("MoveFileToPath[%1] [%2] -> [%3]")
-                                 .arg(bMoved ? QStringLiteral("true") : QStringLiteral("false"), strSource, strDest);
+        const QString strPath = m_strFolderPath + QLatin1Char('/') + name;
+        if (!QFileInfo(strPath).isFile())
+            return FailJob(kCollectFailed, QStringLiteral("missing ") + strPath, false);
     }
+    QString strError;
+    if (!m_pStagingFolder->Commit(&strError))
+        return FailJob(kCollectFailed, strError, false);
+    qInfo().noquote() << "collection replaced:" << m_pStagingFolder->CollectionFolder();
+    return true;
 }
 
 // Pre-order, depth first. The depth bound keeps a description whose
@@ -570,6 +576,8 @@ void QCollectInfoThread::TraverseNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATU
 void QCollectInfoThread::TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth,
                                         collect::NodeListPool& lists)
 {
+    if (m_bStop)
+        return; // the next step reports it
     // Room for 256 records is too much for the stack of a deep walk.
     const collect::NodeListPool::Lease pChildren = lists.take();
     if (!pChildren)

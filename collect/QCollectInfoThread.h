@@ -1,7 +1,9 @@
 #pragma once
 // One collection job: images and codes through the code-reader SDK, then the
 // GenICam description, the register dumps and the feature tree read in every
-// state through the camera SDK, all into the device's collection folder.
+// state through the camera SDK. Everything goes into a folder of the job's
+// own (collect/StagingFolder.h), which replaces the device's collection
+// folder only when the job has finished well.
 
 #include "XQCameraControl.h"
 #include "XqCodeReaderCtrl.h"
@@ -12,9 +14,11 @@
 #include <QVector>
 
 #include <atomic>
+#include <memory>
 
 namespace collect {
 class NodeListPool;
+class StagingFolder;
 }
 
 class QCollectInfoThread final : public QThread
@@ -47,6 +51,13 @@ public:
     // camera handle. The window calls it before deleting a finished job.
     void ReleaseDevices();
 
+    // Asks a running job to end soon (it then fails with "Collect Failed!"
+    // and removes its own folder). Any thread may call it.
+    void RequestStop();
+
+    // Jobs of the whole process whose run() has not returned.
+    static int RunningJobCount();
+
 signals:
     void SigDeviceCollectProgress(QString strSerialNumber, int nPercent);
     void SigDeviceCollectStatus(QString strSerialNumber, QString nInfo);
@@ -64,8 +75,12 @@ private:
                         collect::NodeListPool& lists);
     void ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* pstNode);
     void EmitStatus(const char* pSourceText);
-    void ReadCodeReaderStrings(XQ_HANDLE hCamera);
-    void MoveCollectedFiles(const QString& strModelName);
+    // ReleaseDevices() that returns what closing the camera gave: whether
+    // the register dumps were written.
+    int ReleaseDevicesClosing();
+    // Logs the message with its reason, emits it and returns false.
+    bool FailJob(const char* pSourceText, const QString& strReason, bool bRelease);
+    bool ReplaceCollection();
 
     QVector<QString> m_vecBoolNodes;
     QVector<QString> m_vecEnumNodes;
@@ -81,4 +96,7 @@ private:
     std::atomic<bool> m_bStop{false};
     bool m_bRecordNodes = false;
     QSet<QString> m_setIgnoreNodes;
+    QString m_strModelName;
+    // Held from the first write until run() returns.
+    std::unique_ptr<collect::StagingFolder> m_pStagingFolder;
 };

@@ -13,12 +13,16 @@
 
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDebug>
 
 #include <new>
 
 namespace {
+
+// How long quitting waits for the jobs to end; a job still running then is
+// left to end with the process, its folder to the next start's sweep.
+constexpr int kStopWaitMs = 3000;
 
 QString modelNameOf(const _XQ_CODEREADER_DEVICE_INFO_& record)
 {
@@ -104,6 +108,7 @@ void QVirtualCamMainWidget::RemoveCollectThread(QString serial)
     const auto it = m_mapCollectThread.find(serial);
     if (it != m_mapCollectThread.end()) {
         QCollectInfoThread* pThread = it.value();
+        pThread->RequestStop();
         pThread->ReleaseDevices();
         delete pThread;  // waits until the job's run() has returned
         m_mapCollectThread.erase(it);
@@ -112,15 +117,15 @@ void QVirtualCamMainWidget::RemoveCollectThread(QString serial)
         m_pCollectBtn->setEnabled(true);
 }
 
+// The job has removed its own folder when it ended; this removes what an
+// ended job of the model could not. The collection folder, the last good
+// collection, is never touched.
 void QVirtualCamMainWidget::DeleteCollectedFiles(QString serial)
 {
     _XQ_CODEREADER_DEVICE_INFO_ record{};
     FindDeviceInfo(serial, record);
-    const QString strModel = modelNameOf(record);
-    const QStringList refused =
-        collect::DeleteCollectedFilesOf(QCoreApplication::applicationDirPath(), GetVirtualCameraRoot(), strModel);
-    if (!refused.isEmpty())
-        qInfo().noquote() << "not removing files of a device with the unusable model name" << strModel;
+    for (const QString& strFolder : collect::DeleteCollectedFilesOf(GetVirtualCameraRoot(), modelNameOf(record)))
+        qInfo().noquote() << "removed the folder of an ended job:" << strFolder;
 }
 
 bool QVirtualCamMainWidget::DeleteFileOrFolder(QString path)
@@ -132,10 +137,23 @@ void QVirtualCamMainWidget::StopAllCollect()
 {
     if (m_mapCollectThread.isEmpty())
         return;
+    // All jobs are asked at once and share one bounded wait. Files are
+    // removed only after a job has ended, so none is cut from under a job.
+    for (QCollectInfoThread* pThread : qAsConst(m_mapCollectThread)) {
+        pThread->RequestStop();
+        pThread->ReleaseDevices();
+    }
+    const QDeadlineTimer deadline(kStopWaitMs);
     for (auto it = m_mapCollectThread.begin(); it != m_mapCollectThread.end(); ++it) {
-        it.value()->ReleaseDevices();
-        DeleteCollectedFiles(it.key());
-        delete it.value();
+        QCollectInfoThread* const pThread = it.value();
+        if (pThread->wait(deadline)) {
+            delete pThread;
+            DeleteCollectedFiles(it.key());
+        } else {
+            // Deleting it would wait for it; it ends with the process.
+            qInfo().noquote() << "collection job still running at quit:" << it.key();
+            pThread->setParent(nullptr);
+        }
         it.value() = nullptr;
     }
     m_mapCollectThread = QMap<QString, QCollectInfoThread*>();

@@ -1,7 +1,8 @@
 // quorvex-cli as a process, inside the test's private network namespace:
 // every command's output and exit status, with no devices, with simulated
-// code readers, with a device another client holds, with one that vanishes
-// or a job that is interrupted, and against a store that cannot be written.
+// code readers, with a device another client holds, with one that vanishes,
+// a job that is stopped or killed or runs out of disk (the previous
+// collection survives each), and against a store that cannot be written.
 
 #include "CliProcess.h"
 #include "DeviceProcess.h"
@@ -9,6 +10,7 @@
 #include "camera_hold.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -18,6 +20,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <unistd.h>
 
 namespace {
 
@@ -52,6 +55,21 @@ bool FakeCollection(const QString& root, const QString& model)
         && WriteFile(folder + QLatin1Char('/') + model + QStringLiteral("_strRegFile.dat"), "strings")
         && WriteFile(folder + QStringLiteral("/ImportInformation.csv"), "TriggerIndex\n")
         && WriteFile(folder + QStringLiteral("/Jpg/1.jpg"), "\xFF\xD8\xFF\xD9");
+}
+
+// Every file below folder with its bytes, by path relative to it; hidden
+// ones (in a job's staging folder) only when asked.
+QMap<QString, QByteArray> Contents(const QString& folder, bool hidden = true)
+{
+    QMap<QString, QByteArray> contents;
+    const QDir::Filters filters = QDir::Files | (hidden ? QDir::Hidden : QDir::Filters());
+    QDirIterator it(folder, filters, QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        QFile file(it.next());
+        file.open(QIODevice::ReadOnly);
+        contents.insert(QDir(folder).relativeFilePath(file.fileName()), file.readAll());
+    }
+    return contents;
 }
 
 // Percentages one device reported in plain progress lines, in order.
@@ -102,7 +120,8 @@ private slots:
     void noDevices_listsNothingAndRefusesToCollect();
     void heldAndUnknownDevices_listedWithFields_collectSkipsOrRefuses();
     void collect_twoReadersOfOneModel_takeTurnsAndBothSucceed();
-    void collect_vanishingOrInterrupted_removesItsFiles();
+    void collect_failedStoppedOrKilled_keepsThePreviousCollection();
+    void collect_fullDisk_failsAndKeepsThePreviousCollection();
 
     void store_addListRefuseWhileHeldThenDelete();
     void add_unknownModel_namesTheCollectedOnes();
@@ -278,32 +297,90 @@ void CliCommandsTest::collect_twoReadersOfOneModel_takeTurnsAndBothSucceed()
     QCOMPARE(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
 }
 
-void CliCommandsTest::collect_vanishingOrInterrupted_removesItsFiles()
+void CliCommandsTest::collect_failedStoppedOrKilled_keepsThePreviousCollection()
 {
-    // {a device vanishes: exit 1, "failed: "; Ctrl-C: exit 130, "stopped"}
-    for (const bool vanish : {true, false}) {
+    // {a device vanishes: exit 1, "failed: "; SIGTERM: exit 130, "stopped",
+    // within a second; SIGKILL: its folder is left until the next start}
+    for (const int ending : {0, SIGTERM, SIGKILL}) {
         DeviceProcess simulator;
-        const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, vanish ? 1 : 2);
+        const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, ending == 0 ? 1 : 2);
         QVERIFY(!readers.isEmpty());
+        QDir(m_suite.collectionRoot()).removeRecursively();
+        QStringList models;
+        for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
+            models << ModelOf(reader);
+            QVERIFY(FakeCollection(m_suite.collectionRoot(), ModelOf(reader)));
+        }
+        models.sort();
+        const QMap<QString, QByteArray> before = Contents(m_suite.collectionRoot());
+
         QProcess cli;
         m_suite.start(cli, {QStringLiteral("collect"), QStringLiteral("--all")});
         QByteArray seen;
         // Past the images, inside the feature-tree walks.
         QVERIFY2(WaitForProgress(cli, 12, &seen), seen.constData());
-        if (vanish)
+        QElapsedTimer stopping;
+        stopping.start();
+        if (ending == 0)
             simulator.kill();
         else
-            ::kill(static_cast<pid_t>(cli.processId()), SIGINT);
+            ::kill(static_cast<pid_t>(cli.processId()), ending);
         QVERIFY(cli.waitForFinished(kJobTimeoutMs));
+        if (ending == SIGTERM) {
+            qInfo("SIGTERM to exit: %lld ms", static_cast<long long>(stopping.elapsed()));
+            QVERIFY2(stopping.elapsed() < 5000, "a second is the aim; five is far beyond it");
+        }
         seen += cli.readAllStandardOutput();
-        const QByteArray said = vanish ? SerialOf(readers.first()).toUtf8() + ' ' + ModelOf(readers.first()).toUtf8() + " failed: "
-                                       : QByteArray("stopped");
-        QVERIFY2(cli.exitStatus() == QProcess::NormalExit && cli.exitCode() == (vanish ? 1 : 130) && seen.contains(said),
-                 qPrintable(seen + cli.readAllStandardError()));
-        // No collection folder, no staging files.
-        QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{});
+        if (ending == SIGKILL) {
+            QCOMPARE(cli.exitStatus(), QProcess::CrashExit);
+            // The killed jobs' folders are left behind, hidden and apart.
+            QVERIFY(Entries(m_suite.collectionRoot()).size() > models.size());
+            QCOMPARE(Contents(m_suite.collectionRoot(), false), before);
+            // The next start sweeps them, even one that collects nothing.
+            const CliResult next = m_suite.run({QStringLiteral("collect"), QStringLiteral("QD-NOT-THERE")});
+            QVERIFY2(next.exitCode == 3 && next.err.contains("left by an interrupted collection"), qPrintable(next.describe()));
+        } else {
+            const QByteArray said = ending == 0 ? SerialOf(readers.first()).toUtf8() + ' ' + ModelOf(readers.first()).toUtf8() + " failed: "
+                                                : QByteArray("stopped");
+            QVERIFY2(cli.exitStatus() == QProcess::NormalExit && cli.exitCode() == (ending == 0 ? 1 : 130)
+                         && seen.contains(said),
+                     qPrintable(seen + cli.readAllStandardError()));
+        }
+        // The earlier collections byte for byte, nothing else; nothing staged.
+        QCOMPARE(Entries(m_suite.collectionRoot()), models);
+        QCOMPARE(Contents(m_suite.collectionRoot()), before);
         QCOMPARE(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
     }
+}
+
+void CliCommandsTest::collect_fullDisk_failsAndKeepsThePreviousCollection()
+{
+    DeviceProcess simulator;
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, 1);
+    QVERIFY(!readers.isEmpty());
+    const QString seed = qEnvironmentVariable("QUORVEX_TEST_HOME") + QStringLiteral("/seed");
+    const QString after = qEnvironmentVariable("QUORVEX_TEST_HOME") + QStringLiteral("/after");
+    QDir(seed).removeRecursively();
+    QDir(after).removeRecursively();
+    QVERIFY(FakeCollection(seed, ModelOf(readers.first())) && QDir().mkpath(after));
+    QVERIFY(QDir().mkpath(m_suite.collectionRoot()));
+
+    // A small tmpfs on the collection root in a mount namespace of its own,
+    // holding the earlier collection and filled up but for 16 KiB; what is
+    // on it is copied out when the program has ended.
+    const QString script = QStringLiteral(
+        "mount -t tmpfs -o size=1m tmpfs \"$1\" && cp -a \"$2/.\" \"$1/\" || exit 90\n"
+        "cat /dev/zero > \"$1/.filler\" 2>/dev/null; truncate -s -16K \"$1/.filler\" || exit 91\n"
+        "cd \"$4\" && ./quorvex-cli collect --all; rc=$?\n"
+        "rm \"$1/.filler\"; cp -a \"$1/.\" \"$3/\"; exit $rc\n");
+    QProcess cli;
+    const QString unshare = ::geteuid() == 0 ? QStringLiteral("-m") : QStringLiteral("-rm");
+    cli.start(QStringLiteral("unshare"), {unshare, QStringLiteral("sh"), QStringLiteral("-c"), script, QStringLiteral("sh"),
+                                          m_suite.collectionRoot(), seed, after, m_suite.applicationDir()});
+    QVERIFY2(cli.waitForFinished(kJobTimeoutMs), "unshare (util-linux) with mount namespaces is needed");
+    const QByteArray out = cli.readAllStandardOutput() + cli.readAllStandardError();
+    QVERIFY2(cli.exitCode() == 1 && out.contains("failed: Collect Failed!"), out.constData());
+    QCOMPARE(Contents(after), Contents(seed));
 }
 
 void CliCommandsTest::store_addListRefuseWhileHeldThenDelete()

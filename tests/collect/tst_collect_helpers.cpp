@@ -1,7 +1,8 @@
 // The collection engine's pieces that need no device: progress arithmetic,
 // CSV bytes, symbology names, moving files, the ignore list, device listing,
-// removal of collected files, and jobs stopped by their model name before
-// any device is touched. One table per function.
+// staging folders (replacing a collection whole, sweeping only ended jobs'),
+// and jobs stopped by their model name before any device is touched. One
+// table per function.
 
 #include "CaptureCsv.h"
 #include "CollectProgress.h"
@@ -9,6 +10,7 @@
 #include "DeviceListing.h"
 #include "IgnoreList.h"
 #include "QCollectInfoThread.h"
+#include "StagingFolder.h"
 #include "SuiteLayout.h"
 #include "TestLog.h"
 
@@ -127,7 +129,7 @@ private slots:
     void moveFile();
     void ignoreList();
     void deviceListing();
-    void deleteCollected_removesThatModelOnly_hostileNamesNothing();
+    void stagingFolder_replacesCollectionWhole_sweepsEndedJobsOnly();
 
     void job_readsIgnoreListFromCurrentFolder();
     void job_hostileModelName_isRefusedAndWritesNothing_data();
@@ -253,25 +255,30 @@ void TestCollectHelpers::ignoreList()
         QByteArray json;
         Outcome outcome;
         QStringList patterns;
+        QStringList skipped;
     } lists[] = {
-        {R"({"Other": 1, "IgnoreNodes": ["A", "B", "A"]})", Outcome::Read, {"A", "B", "A"}},
-        {R"({"IgnoreNodes": []})", Outcome::Read, {}},
-        {R"({"IgnoreNodes": [1, null, {"a": 1}, ["x"], true, "Gain"]})", Outcome::Read, {"", "", "", "", "", "Gain"}},
-        {R"({"IgnoreNodes": [""]})", Outcome::Read, {""}},
-        {"{\"IgnoreNodes\": [\"Gr\xc3\xbc\xc3\x9f" "e\"]}", Outcome::Read, {QStringLiteral("Gr\u00fc\u00dfe")}},
-        {R"({"IgnoreNodes": "DeviceReset"})", Outcome::NoPatternArray, {}},
-        {R"([{"IgnoreNodes": ["A"]}])", Outcome::NoPatternArray, {}},
-        {"{\"IgnoreNodes\": [\"A\",", Outcome::NotJson, {}},
-        {QByteArray(), Outcome::NotJson, {}},
+        {R"({"Other": 1, "IgnoreNodes": ["A", "B", "A"]})", Outcome::Read, {"A", "B", "A"}, {}},
+        {R"({"IgnoreNodes": []})", Outcome::Read, {}, {}},
+        // Elements that are not strings are left out, not made empty patterns.
+        {R"({"IgnoreNodes": [1, null, {"a":1}, ["x"], true, "Gain"]})", Outcome::Read, {"Gain"},
+         {"element 0: 1", "element 1: null", R"(element 2: {"a":1})", R"(element 3: ["x"])", "element 4: true"}},
+        {R"({"IgnoreNodes": [""]})", Outcome::Read, {""}, {}},
+        {"{\"IgnoreNodes\": [\"Gr\xc3\xbc\xc3\x9f" "e\"]}", Outcome::Read, {QStringLiteral("Gr\u00fc\u00dfe")}, {}},
+        {R"({"IgnoreNodes": "DeviceReset"})", Outcome::NoPatternArray, {}, {}},
+        {R"([{"IgnoreNodes": ["A"]}])", Outcome::NoPatternArray, {}, {}},
+        {"{\"IgnoreNodes\": [\"A\",", Outcome::NotJson, {}, {}},
+        {QByteArray(), Outcome::NotJson, {}, {}},
     };
     for (const auto& list : lists) {
         const collect::IgnoreListContent content = collect::ParseIgnoreList(list.json);
         QVERIFY2(content.outcome == list.outcome, list.json.constData());
         QCOMPARE(content.patterns, list.patterns);
+        QCOMPARE(content.skippedElements, list.skipped);
+        QCOMPARE(content.parseError.isEmpty(), list.outcome != Outcome::NotJson);
     }
 
-    // Patterns match as case-sensitive substrings; the empty pattern, also the
-    // one a non-string element turns into, matches every name.
+    // Patterns match as case-sensitive substrings; the empty pattern matches
+    // every name.
     const QSet<QString> gain{QStringLiteral("Gain")}, empty{QString()}, none;
     const struct {
         const char* name;
@@ -303,23 +310,45 @@ void TestCollectHelpers::deviceListing()
     QCOMPARE(collect::IpAddressText(0x0A403402u), QStringLiteral("10.64.52.2"));
 }
 
-void TestCollectHelpers::deleteCollected_removesThatModelOnly_hostileNamesNothing()
+void TestCollectHelpers::stagingFolder_replacesCollectionWhole_sweepsEndedJobsOnly()
 {
     QTemporaryDir dir;
-    const QString app = dir.filePath(QStringLiteral("apps/Quorvex"));
-    const QString root = dir.filePath(QStringLiteral("common/VirtualCamera"));
-    for (const QString& path : collect::StagingFilePaths(app, QStringLiteral("ID100")))
+    const QString root = dir.path();
+    QString error;
+    // {a collection there before; commit}: committed, the job's files are
+    // the collection and nothing else is left; not committed, the old one
+    // stays byte for byte and the job's folder is gone.
+    for (const bool before : {false, true}) {
+        for (const bool commit : {false, true}) {
+            QDir(root + "/ID%1").removeRecursively();
+            if (before)
+                QVERIFY(WriteFile(root + "/ID%1/Jpg/9.jpg", "old"));
+            {
+                const auto job = collect::StagingFolder::Create(root, QStringLiteral("ID%1"), &error);
+                QVERIFY2(job, qPrintable(error));
+                QVERIFY(collect::IsStagingFolderName(QFileInfo(job->Path()).fileName()));
+                QVERIFY(QFileInfo(job->Path()).isHidden());
+                QVERIFY(WriteFile(job->Path() + "/Jpg/1.jpg", "new"));
+                if (commit)
+                    QVERIFY2(job->Commit(&error), qPrintable(error));
+            }
+            const QStringList expected = commit ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/1.jpg"}
+                : before                        ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/9.jpg"}
+                                                : QStringList{};
+            QCOMPARE(FilesBelow(root), expected);
+        }
+    }
+
+    // A running job's folder (locked) survives every sweep; an ended job's
+    // is swept, by model or all at once. Collection folders are not touched.
+    QDir(root + "/ID%1").removeRecursively();
+    const auto running = collect::StagingFolder::Create(root, QStringLiteral("ID100"), &error);
+    QVERIFY(running);
+    for (const QString& path : {root + "/.ID100.collecting-1-1/x", root + "/.ID200.collecting-1-1/x", root + "/ID100/x"})
         QVERIFY(WriteFile(path, "x"));
-    for (const QString& path : {app + "/Quorvex", app + "/..xml", root + "/ID100/Jpg/1.jpg", root + "/ID200/Jpg/1.jpg",
-                                dir.filePath(QStringLiteral("common/keep.txt"))})
-        QVERIFY(WriteFile(path, "x"));
-    for (const QString& name : {QStringLiteral(".."), QString(), QStringLiteral("../.."), QStringLiteral(".")})
-        QCOMPARE(collect::DeleteCollectedFilesOf(app, root, name).size(), 4);
-    QVERIFY(collect::DeleteCollectedFilesOf(app, root, QStringLiteral("ID100")).isEmpty());
-    QCOMPARE(FilesBelow(dir.path()),
-             (QStringList{dir.filePath("apps"), app, app + "/..xml", app + "/Quorvex", dir.filePath("common"),
-                          root, root + "/ID200", root + "/ID200/Jpg", root + "/ID200/Jpg/1.jpg",
-                          dir.filePath("common/keep.txt")}));
+    QCOMPARE(collect::DeleteCollectedFilesOf(root, QStringLiteral("ID100")), QStringList{root + "/.ID100.collecting-1-1"});
+    QCOMPARE(collect::SweepAbandonedStagingFolders(root), QStringList{root + "/.ID200.collecting-1-1"});
+    QCOMPARE(FilesBelow(root), (QStringList{running->Path(), root + "/ID100", root + "/ID100/x"}));
 }
 
 void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
@@ -331,7 +360,7 @@ void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
         QString logged;
     } files[] = {
         {R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "DeviceReset", 5]})",
-         {"node = DeviceReset", "node = FileAccess", "node = DeviceReset", "node = "}, QString()},
+         {"node = DeviceReset", "node = FileAccess", "node = DeviceReset"}, QStringLiteral("IgnoreNodes element 3: 5")},
         {QByteArray(), {}, QStringLiteral("can't open error!")},
         {"{ not json", {}, QStringLiteral("Json parse error")},
         {R"({"IgnoreNodes": "Gain"})", {}, QString()},
@@ -342,8 +371,14 @@ void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
         TestLog log;
         QCOMPARE(RunJob(RecordOf("..", "SN-IGNORE"), work.path()).statuses, kRefused);
         QCOMPARE(log.messagesStartingWith(QStringLiteral("node = ")), file.nodes);
-        for (const QString& line : {QStringLiteral("can't open error!"), QStringLiteral("Json parse error")})
-            QVERIFY2(log.contains(line) == (line == file.logged), qPrintable(line));
+        // Each complaint names the file.
+        for (const QString& line : {QStringLiteral("can't open error!"), QStringLiteral("Json parse error"),
+                                    QStringLiteral("IgnoreNodes element ")}) {
+            const QStringList logged = log.messagesStartingWith(line);
+            QVERIFY2(logged.size() == (file.logged.startsWith(line) ? 1 : 0), qPrintable(line));
+            QVERIFY(logged.isEmpty()
+                    || (logged.first().startsWith(file.logged) && logged.first().contains(work.filePath("Config/Config.json"))));
+        }
         for (const LogLine& line : log.lines()) {
             QVERIFY2(line.file.endsWith(QStringLiteral("QCollectInfoThread.cpp")), qPrintable(line.file));
             QVERIFY2(line.function.contains(QStringLiteral("QCollectInfoThread::")), qPrintable(line.function));

@@ -1,0 +1,43 @@
+#pragma once
+// A file written through the C runtime whose every step is checked: a full
+// disk or a failing device shows as an error text instead of a short or
+// empty file that looks collected.
+
+#include <QString>
+
+#include <cstddef>
+#include <cstdio>
+
+namespace collect {
+
+class CheckedFile final {
+public:
+    CheckedFile() = default;
+    // Closes a file that is still open; its result is lost then.
+    ~CheckedFile();
+    CheckedFile(const CheckedFile&) = delete;
+    CheckedFile& operator=(const CheckedFile&) = delete;
+
+    // Opens with "wb+" (truncating). False with error() set.
+    bool Open(const QString& path);
+    bool Write(const void* data, std::size_t length);
+    bool Write(const char* text);
+    // Flushes and closes; false when anything written did not reach the file.
+    bool Close();
+
+    bool IsOpen() const { return m_pFile != nullptr; }
+    // What failed and why, with the file's path.
+    QString Error() const { return m_strError; }
+
+private:
+    bool Fail(const char* what, int error);
+
+    std::FILE* m_pFile = nullptr;
+    QString m_strPath;
+    QString m_strError;
+};
+
+// Writes a whole file; false with *error set when any step fails.
+bool WriteWholeFile(const QString& path, const void* data, std::size_t length, QString* error);
+
+} // namespace collect
