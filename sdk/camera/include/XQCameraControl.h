@@ -155,8 +155,12 @@ XQ_API int XQ_CC_DestroyHandle(XQ_HANDLE hHandle);
 
 /*
  * Opens the device in nAccessMode (XQ_ACCESS_*). nSwitchoverKey must be 0.
- * XQ_ERR_ACCESS_DENIED when another client holds it. Register recording
- * starts here.
+ * XQ_ERR_ACCESS_DENIED when another client holds it. A GigE device's GenICam
+ * description is checked first (Local: URL only, at most 16 MiB packed and
+ * unpacked, a well-formed zip, read within 10 s): XQ_ERR_DESCRIPTION_REFUSED
+ * otherwise. XQ_ERR_CANCELLED when XQ_CC_CloseDevice or XQ_CC_DestroyHandle
+ * is called from another thread meanwhile (the open ends within 50 ms).
+ * Register recording starts here.
  */
 XQ_API int XQ_CC_OpenDevice(XQ_HANDLE hHandle, unsigned int nAccessMode, unsigned short nSwitchoverKey);
 

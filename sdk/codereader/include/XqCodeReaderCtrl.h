@@ -178,14 +178,21 @@ XQ_API bool XQ_CODEREADER_IsDeviceAccessible(const XQ_CODEREADER_DEVICE_INFO* ps
 XQ_API int XQ_CODEREADER_CreateHandle(XQ_HANDLE* phHandle, const XQ_CODEREADER_DEVICE_INFO* pstDevInfo);
 
 /* Ends the session: stops grabbing, closes the device and invalidates the
- * handle. A second call returns XQ_ERR_INVALID_HANDLE. */
+ * handle. A second call returns XQ_ERR_INVALID_HANDLE. Safe while another
+ * thread is inside a call on the handle: a pending open or frame wait ends
+ * within 50 ms with XQ_ERR_CANCELLED; this call waits for it at most
+ * 200 ms (a device command under way closes the device when it ends). */
 XQ_API int XQ_CODEREADER_DestroyHandle(XQ_HANDLE hHandle);
 
 /* Opens the device for exclusive control. XQ_ERR_ACCESS_DENIED when another
- * client holds it. */
+ * client holds it. The device's GenICam description is checked first
+ * (Local: URL only, at most 16 MiB packed and unpacked, a well-formed zip,
+ * read within 10 s): XQ_ERR_DESCRIPTION_REFUSED otherwise. XQ_ERR_CANCELLED
+ * when the handle is closed or destroyed from another thread meanwhile. */
 XQ_API int XQ_CODEREADER_OpenDevice(XQ_HANDLE hHandle);
 
-/* Stops grabbing and closes the device; the handle stays valid. */
+/* Stops grabbing and closes the device; the handle stays valid. Ends a
+ * pending open or frame wait on another thread (XQ_ERR_CANCELLED there). */
 XQ_API int XQ_CODEREADER_CloseDevice(XQ_HANDLE hHandle);
 
 /* Registers cbException (NULL to remove it) with pUser. It receives
@@ -215,7 +222,8 @@ XQ_API int XQ_CODEREADER_GetDecodeParam(XQ_HANDLE hHandle, XQ_CODEREADER_DECODE_
 /* Starts the stream and the acquisition. The device must be open. */
 XQ_API int XQ_CODEREADER_StartGrabbing(XQ_HANDLE hHandle);
 
-/* Stops the acquisition and the stream. XQ_ERR_WRONG_STATE if not grabbing. */
+/* Stops the acquisition and the stream. XQ_ERR_WRONG_STATE if not grabbing.
+ * A frame wait on another thread ends with XQ_ERR_CANCELLED. */
 XQ_API int XQ_CODEREADER_StopGrabbing(XQ_HANDLE hHandle);
 
 /*
@@ -224,7 +232,8 @@ XQ_API int XQ_CODEREADER_StopGrabbing(XQ_HANDLE hHandle);
  * bytes (pstFrameInfo->nFrameLen of them); the handle owns them and they stay
  * valid until the next call on the handle or its destruction.
  * XQ_ERR_NO_DATA when no complete frame arrived in time (a frame lost on the
- * network is not waited for: trigger again). Linear codes are read when
+ * network is not waited for: trigger again), XQ_ERR_CANCELLED when another
+ * thread stops, closes or destroys the handle meanwhile. Linear codes are read when
  * roughly horizontal and at least two scanned rows high.
  */
 XQ_API int XQ_CODEREADER_GetOneFrameTimeout(XQ_HANDLE hHandle, unsigned char** ppData, XQ_CODEREADER_FRAME_INFO* pstFrameInfo, unsigned int nMsec);

@@ -122,10 +122,12 @@ std::optional<std::vector<std::uint8_t>> GvcpProbe::transact(std::uint16_t comma
     if (m_socket < 0)
         return std::nullopt;
 
+    // A resend keeps the request id, so that the device can tell it apart
+    // from a new command.
+    const std::uint16_t requestId = m_requestId++;
+    if (m_requestId == 0)
+        m_requestId = 1;
     for (int attempt = 0; attempt < m_attempts; ++attempt) {
-        const std::uint16_t requestId = m_requestId++;
-        if (m_requestId == 0)
-            m_requestId = 1;
         std::vector<std::uint8_t> packet{kKeyByte, kFlagAckRequired};
         putBe16(packet, command);
         putBe16(packet, static_cast<std::uint16_t>(payload.size()));
