@@ -2,8 +2,14 @@
 // GVCP register reads per second, a free-running 1280x1024 Mono8 stream
 // (frames/s, MB/s) and software-trigger-to-frame latency. Given two device
 // addresses it measures both with the same loops and prints the ratios.
+// --latency-only measures the latency alone, with the frame's wire time on
+// a link of --link bits/s beside it. --default-client measures instead what
+// an untuned client gets from every address at once (default-client.h).
 //
-//   simulator_bench [--seconds S] [--packet-size N] ADDRESS [REFERENCE_ADDRESS]
+//   simulator_bench [--seconds S] [--packet-size N] [--latency-only] [--link BPS] ADDRESS [REFERENCE_ADDRESS]
+//   simulator_bench --default-client [--seconds S] [--size WxH] [--link BPS] ADDRESS...
+
+#include "default_client.h"
 
 #include <arv.h>
 
@@ -32,6 +38,10 @@ struct Figures final {
 struct Settings final {
     double seconds = 3.0;
     unsigned packetSize = 8192;
+    bool latencyOnly = false;
+    bool defaultClient = false;
+    unsigned width = 0, height = 0; // default client: 0 keeps each device's size
+    double linkBitsPerSecond = 1e9;
 };
 
 double secondsSince(Clock::time_point start)
@@ -200,14 +210,14 @@ std::vector<Figures> measureAll(const std::vector<std::string>& addresses, const
     std::vector<Totals> totals(devices.size());
     std::vector<Figures> figures(devices.size());
 
-    for (int round = 0; round < kRounds; ++round)
+    for (int round = 0; round < kRounds && !settings.latencyOnly; ++round)
         for (std::size_t i = 0; i < devices.size(); ++i)
             if (devices[i])
                 measureReads(devices[i], settings.seconds / kRounds, totals[i]);
 
     std::vector<ArvStream*> streams(devices.size(), nullptr);
     for (std::size_t i = 0; i < devices.size(); ++i)
-        if (devices[i]) {
+        if (devices[i] && !settings.latencyOnly) {
             prepareFreeRun(devices[i]);
             streams[i] = createStream(devices[i], 16);
         }
@@ -225,7 +235,7 @@ std::vector<Figures> measureAll(const std::vector<std::string>& addresses, const
         measureTriggerLatency(devices[i], figures[i]);
         g_object_unref(devices[i]);
         const Totals& t = totals[i];
-        figures[i].ok = t.readSeconds > 0 && t.streamSeconds > 0;
+        figures[i].ok = settings.latencyOnly ? figures[i].latencyMedianMs > 0 : t.readSeconds > 0 && t.streamSeconds > 0;
         figures[i].readsPerSecond = t.readSeconds > 0 ? t.reads / t.readSeconds : 0;
         figures[i].framesPerSecond = t.streamSeconds > 0 ? t.frames / t.streamSeconds : 0;
         figures[i].megabytesPerSecond = t.streamSeconds > 0 ? t.bytes / t.streamSeconds / 1.0e6 : 0;
@@ -242,6 +252,38 @@ void print(const char* label, const std::string& address, const Figures& f)
 
 double ratio(double a, double b) { return b > 0 ? a / b : 0.0; }
 
+int measureDefaultClients(const std::vector<std::string>& addresses, const Settings& settings)
+{
+    bench::receiveLikeAnOrdinaryUser();
+    const auto figures = bench::measureDefaultClients(addresses, settings.seconds, settings.width, settings.height,
+                                                      settings.linkBitsPerSecond);
+    std::uint64_t complete = 0, frames = 0;
+    std::vector<double> medians, p90s;
+    int status = 0;
+    for (std::size_t i = 0; i < figures.size(); ++i) {
+        const bench::DefaultClientFigures& f = figures[i];
+        std::printf("default-client %s complete %llu frames %llu resent %llu pacing-error-median %.3f p90 %.3f\n",
+                    addresses[i].c_str(), static_cast<unsigned long long>(f.complete),
+                    static_cast<unsigned long long>(f.frames), static_cast<unsigned long long>(f.resent),
+                    f.pacingErrorMedian, f.pacingErrorP90);
+        complete += f.complete;
+        frames += f.frames;
+        medians.push_back(f.pacingErrorMedian);
+        p90s.push_back(f.pacingErrorP90);
+        if (!f.ok)
+            status = 1;
+    }
+    std::sort(medians.begin(), medians.end());
+    std::sort(p90s.begin(), p90s.end());
+    std::printf("default-client all complete %llu frames %llu percent %.1f pacing-error-median %.3f worst-p90 %.3f "
+                "wire-ms %.3f\n",
+                static_cast<unsigned long long>(complete), static_cast<unsigned long long>(frames),
+                frames ? 100.0 * static_cast<double>(complete) / static_cast<double>(frames) : 0.0,
+                medians[medians.size() / 2], p90s.back(), 1e3 * figures.front().wireSeconds);
+    arv_shutdown();
+    return status;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -254,11 +296,22 @@ int main(int argc, char** argv)
             settings.seconds = std::atof(argv[++i]);
         else if (argument == "--packet-size" && i + 1 < argc)
             settings.packetSize = static_cast<unsigned>(std::atoi(argv[++i]));
+        else if (argument == "--latency-only")
+            settings.latencyOnly = true;
+        else if (argument == "--default-client")
+            settings.defaultClient = true;
+        else if (argument == "--link" && i + 1 < argc)
+            settings.linkBitsPerSecond = std::atof(argv[++i]);
+        else if (argument == "--size" && i + 1 < argc)
+            std::sscanf(argv[++i], "%ux%u", &settings.width, &settings.height);
         else
             addresses.push_back(argument);
     }
-    if (addresses.empty() || addresses.size() > 2 || settings.seconds <= 0) {
-        std::fprintf(stderr, "usage: %s [--seconds S] [--packet-size N] ADDRESS [REFERENCE_ADDRESS]\n", argv[0]);
+    if (addresses.empty() || (addresses.size() > 2 && !settings.defaultClient) || settings.seconds <= 0) {
+        std::fprintf(stderr,
+                     "usage: %s [--seconds S] [--packet-size N] [--latency-only] [--link BPS] ADDRESS [REFERENCE]\n"
+                     "       %s --default-client [--seconds S] [--size WxH] [--link BPS] ADDRESS...\n",
+                     argv[0], argv[0]);
         return 2;
     }
     for (const std::string& address : addresses) {
@@ -268,12 +321,18 @@ int main(int argc, char** argv)
         }
     }
     arv_disable_interface("USB3Vision");
+    if (settings.defaultClient)
+        return measureDefaultClients(addresses, settings);
     std::printf("1280x1024 Mono8, packet size %u, %.1f s per measure in alternating rounds\n", settings.packetSize,
                 settings.seconds);
     std::printf("%-22s %-12s %10s %9s %9s %8s %10s %8s\n", "device", "address", "reads/s", "frames/s", "MB/s",
                 "broken", "trig med ms", "p90 ms");
     const std::vector<Figures> figures = measureAll(addresses, settings);
     print("quorvex-simulator", addresses[0], figures[0]);
+    // The same frame on the wire at the link's speed: what no device can beat.
+    std::printf("wire_ms %.3f (1280x1024 Mono8 in packets of %u at %.3g b/s)\n",
+                1e3 * bench::frameWireSeconds(1280 * 1024, settings.packetSize, settings.linkBitsPerSecond),
+                settings.packetSize, settings.linkBitsPerSecond);
     int status = figures[0].ok ? 0 : 1;
     if (addresses.size() == 2) {
         const Figures& subject = figures[0];

@@ -53,6 +53,25 @@ int milliseconds(std::chrono::steady_clock::duration duration)
     return static_cast<int>(std::clamp<long long>(count + 1, 0, 60000));
 }
 
+std::string microseconds(Clock::duration duration)
+{
+    return std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(duration).count()) + " us";
+}
+
+void logStreamStatistics(const SimulatorServer& server)
+{
+    for (std::size_t i = 0; i < server.deviceCount(); ++i) {
+        const StreamStatistics stats = server.streamStatistics(i);
+        const Clock::duration meanOverrun =
+            stats.framesSent ? stats.totalFrameOverrun / static_cast<long>(stats.framesSent) : Clock::duration{};
+        log(formatIpv4(server.deviceAddress(i)) + ": " + std::to_string(stats.framesSent) + " frames, " +
+            std::to_string(stats.packetsSent) + " packets, " + std::to_string(stats.packetsResent) + " resent, " +
+            std::to_string(stats.packetsDropped) + " dropped, " + std::to_string(stats.sendFailures) +
+            " failed sends; frames later than their wire time by " + microseconds(meanOverrun) + " on average, " +
+            microseconds(stats.worstFrameOverrun) + " at worst");
+    }
+}
+
 int serve(const ProgramOptions& options)
 {
     // Block the signals before any thread starts, so only the signal descriptor sees them.
@@ -169,20 +188,12 @@ int serve(const ProgramOptions& options)
         }
         if (Clock::now() >= nextStatistics) {
             nextStatistics = Clock::now() + kStatisticsPeriod;
-            if (options.verbose) {
-                for (std::size_t i = 0; i < server.deviceCount(); ++i) {
-                    const StreamStatistics stats = server.streamStatistics(i);
-                    log(formatIpv4(server.deviceAddress(i)) + ": " + std::to_string(stats.framesSent) + " frames, " +
-                        std::to_string(stats.packetsSent) + " packets, " + std::to_string(stats.packetsResent) +
-                        " resent, " + std::to_string(stats.packetsDropped) + " dropped, " +
-                        std::to_string(stats.sendFailures) + " failed sends, worst frame " +
-                        std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(
-                                           stats.worstFrameOverrun).count()) +
-                        " us late");
-                }
-            }
+            if (options.verbose)
+                logStreamStatistics(server);
         }
     }
+    if (options.verbose)
+        logStreamStatistics(server); // the whole run's figures
     // Devices (and the holds of replayed cameras) end with the server.
     server.stop();
     storeReplay.reset();
