@@ -106,6 +106,12 @@ DeviceSelection SelectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, c
 
 int RunCollect(const Request& request, const Console& console)
 {
+    // From the start, so that a stop while devices are being listed also
+    // ends with the stop status.
+    int interruptedBy = 0;
+    StopSignals stopSignals;
+    QObject::connect(&stopSignals, &StopSignals::Requested, [&](int number) { interruptedBy = number; });
+
     // Folders of jobs that a killed program left; running jobs' stay.
     const QString collectionRoot = GetVirtualCameraRoot();
     for (const QString& leftover : collect::SweepAbandonedStagingFolders(collectionRoot))
@@ -154,19 +160,18 @@ int RunCollect(const Request& request, const Console& console)
                         .arg(QString::fromLatin1(collect::kIgnoreListPath), QDir::currentPath(),
                              QCoreApplication::applicationDirPath()));
 
+    QCoreApplication::processEvents();
+    if (interruptedBy != 0)
+        return Refuse(request, console, kExitInterrupted, QStringLiteral("stopped before any job started"));
+
     CollectSession session(collectionRoot);
     const ProgressView::Mode mode = request.json           ? ProgressView::Mode::Silent
                                     : console.OutIsTerminal() ? ProgressView::Mode::Terminal
                                                               : ProgressView::Mode::Plain;
     ProgressView view(console, mode);
     QEventLoop loop;
-    int interruptedBy = 0;
-    StopSignals stopSignals;
     QObject::connect(&session, &CollectSession::AllEnded, &loop, &QEventLoop::quit, Qt::QueuedConnection);
-    QObject::connect(&stopSignals, &StopSignals::Requested, &session, [&](int number) {
-        interruptedBy = number;
-        session.StopAll();
-    });
+    QObject::connect(&stopSignals, &StopSignals::Requested, &session, [&] { session.StopAll(); });
 
     if (!ready.isEmpty()) {
         session.Start(ready);

@@ -53,7 +53,8 @@ public:
     // end without waiting for them.
     bool HasAbandonedJobs() const;
 
-    static constexpr int kStopWaitMs = 800;
+    // With the rest of a stop, well within a second.
+    static constexpr int kStopWaitMs = 500;
 
     const QVector<JobState>& Jobs() const { return m_vecJobs; }
     bool IsRunning() const;
