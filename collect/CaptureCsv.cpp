@@ -19,24 +19,19 @@ QByteArray CsvRowOf(quint32 frameNumber, XQ_CODEREADER_FRAME_INFO& frame)
     if (frame.nCodeNum > kMaxCodesPerRow)
         frame.nCodeNum = kMaxCodesPerRow;
 
-    // TriggerIndex is always 1; PicPath is the bare file name.
-    QString row = QStringLiteral("%1,%2,%3.jpg").arg(1).arg(frameNumber).arg(frameNumber);
+    // TriggerIndex is always 1; PicPath is the bare file name. Joined, not
+    // filled in with arg(): a "%1" in a code text must stay text.
+    const QString number = QString::number(frameNumber);
+    QString row = QStringLiteral("1,") + number + QLatin1Char(',') + number + QStringLiteral(".jpg");
     for (unsigned int i = 0; i < frame.nCodeNum; ++i) {
         const XQ_CODEREADER_CODE_INFO& code = frame.stCodeInfo[i];
         const QString text = QString::fromUtf8(code.chCode, static_cast<int>(strnlen(code.chCode, sizeof code.chCode)));
-        const XQ_CODEREADER_POINT* corner = code.stCornerPt;
-        row = QStringLiteral("%1,%2,%3,%4.%5.%6.%7.%8.%9.%10.%11")
-                  .arg(row)
-                  .arg(text)
-                  .arg(SymbologyName(code.nSymbology))
-                  .arg(corner[0].nX)
-                  .arg(corner[0].nY)
-                  .arg(corner[1].nX)
-                  .arg(corner[1].nY)
-                  .arg(corner[2].nX)
-                  .arg(corner[2].nY)
-                  .arg(corner[3].nX)
-                  .arg(corner[3].nY);
+        row += QLatin1Char(',') + text + QLatin1Char(',') + SymbologyName(code.nSymbology) + QLatin1Char(',');
+        for (int p = 0; p < 4; ++p) {
+            row += QString::number(code.stCornerPt[p].nX) + QLatin1Char('.') + QString::number(code.stCornerPt[p].nY);
+            if (p < 3)
+                row += QLatin1Char('.');
+        }
     }
     row += QStringLiteral("\r\n");
     return row.toUtf8();

@@ -184,6 +184,9 @@ void TestCollectHelpers::csvBytes()
          "1,12,12.jpg,a,DM,1.2.3.4.5.6.7.8,b,EAN13,0.0.0.0.0.0.0.0,c,CODE128,10.20.30.40.50.60.70.80,"
          "d,NONE,1.1.1.1.1.1.1.1,e,MicroQR,2.2.2.2.2.2.2.2,f,MicroPDF417,3.3.3.3.3.3.3.3\r\n"},
         {2, {{"X", 8, {-3, -40, INT_MAX, 0, INT_MIN, 5, 6, -7}}}, "1,2,2.jpg,X,EAN8,-3.-40.2147483647.0.-2147483648.5.6.-7\r\n"},
+        // Code texts are text, never placeholders.
+        {5, {{"%1%2", 8, {1, 2, 3, 4, 5, 6, 7, 8}}, {"%11", 8, {0, 0, 0, 0, 0, 0, 0, 0}}},
+         "1,5,5.jpg,%1%2,EAN8,1.2.3.4.5.6.7.8,%11,EAN8,0.0.0.0.0.0.0.0\r\n"},
     };
     for (const auto& c : cases)
         QCOMPARE(collect::CsvRowOf(c.frame, *FrameWith(c.codes)), c.row);
