@@ -15,6 +15,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
@@ -68,6 +69,25 @@ QString SerialsText(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
         if (collect::IsListedCodeReader(record))
             serials << Printable(collect::DeviceText(record.stGigE.chSerialNumber));
     return serials.isEmpty() ? QStringLiteral("none") : serials.join(QStringLiteral(", "));
+}
+
+// The jobs log what is wrong with the ignore list; say it here too, as
+// every job then reads features it was meant to skip.
+void WarnAboutIgnoreList(const Console& console)
+{
+    QFile file(QString::fromLatin1(collect::kIgnoreListPath));
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    const QString name = QFileInfo(file).absoluteFilePath();
+    const collect::IgnoreListContent content = collect::ParseIgnoreList(file.readAll());
+    QStringList problems;
+    for (const QString& skipped : content.skippedElements)
+        problems << QStringLiteral("IgnoreNodes ") + skipped + QStringLiteral(" is not a string; left out");
+    if (content.outcome == collect::IgnoreListContent::Outcome::NotJson)
+        problems << QStringLiteral("not JSON (") + content.parseError + QStringLiteral("); every feature is read");
+    for (const QString& problem : problems)
+        console.Err(QStringLiteral("quorvex-cli: warning: ") + Printable(name) + QStringLiteral(": ") + Printable(problem)
+                    + QLatin1Char('\n'));
 }
 
 } // namespace
@@ -159,6 +179,7 @@ int RunCollect(const Request& request, const Console& console)
                                    "the shipped ignore list\n")
                         .arg(QString::fromLatin1(collect::kIgnoreListPath), QDir::currentPath(),
                              QCoreApplication::applicationDirPath()));
+    WarnAboutIgnoreList(console);
 
     QCoreApplication::processEvents();
     if (interruptedBy != 0)
