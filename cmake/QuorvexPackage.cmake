@@ -34,6 +34,13 @@ The package holds the desktop tool, its command-line front end quorvex-cli,
 the GigE Vision device simulator quorvex-simulator (demo code readers and the
 store's virtual cameras on loopback addresses), and a systemd user unit that
 keeps the store's cameras served.")
+# The package's architecture, as Debian names it (amd64, arm64, ...).
+execute_process(COMMAND dpkg --print-architecture OUTPUT_VARIABLE QUORVEX_DEB_ARCH
+  OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+if(NOT QUORVEX_DEB_ARCH)
+  set(QUORVEX_DEB_ARCH "${CMAKE_SYSTEM_PROCESSOR}")
+endif()
+set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE "${QUORVEX_DEB_ARCH}")
 set(CPACK_GENERATOR "DEB")
 set(CPACK_PACKAGING_INSTALL_PREFIX "/usr")
 set(CPACK_STRIP_FILES ON)
