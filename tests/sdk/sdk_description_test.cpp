@@ -100,8 +100,9 @@ TEST(DescriptionUrl, onlyTheDevicesOwnMemoryWithinTheCapIsAccepted)
         std::string reason;
         const auto place = xq::parseLocalUrl(c.url, reason);
         EXPECT_EQ(place.has_value(), c.accepted) << c.url << ": " << reason;
-        if (!c.accepted)
+        if (!c.accepted) {
             EXPECT_FALSE(reason.empty()) << c.url;
+        }
     }
     std::string reason;
     const auto place = xq::parseLocalUrl("local:QVX.zip;0x10000;0x2A4F?SchemaVersion=1.1.0", reason);

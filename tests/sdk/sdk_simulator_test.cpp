@@ -409,8 +409,9 @@ TEST_F(Simulator, aFrameWaitEndsWhenAnotherThreadStopsOrReleasesTheHandle)
         EXPECT_EQ(release ? XQ_CODEREADER_DestroyHandle(reader) : XQ_CODEREADER_StopGrabbing(reader), XQ_OK);
         ASSERT_EQ(waiting.wait_for(3s), std::future_status::ready) << (release ? "release" : "stop");
         EXPECT_EQ(waiting.get(), XQ_ERR_CANCELLED);
-        if (!release)
+        if (!release) {
             EXPECT_EQ(XQ_CODEREADER_DestroyHandle(reader), XQ_OK);
+        }
     }
 }
 
