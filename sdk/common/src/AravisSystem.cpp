@@ -1,5 +1,7 @@
 #include "AravisSystem.h"
 
+#include "DescriptionCheck.h"
+
 #include <arv.h>
 #include <dlfcn.h>
 
@@ -67,6 +69,24 @@ arv_dom_document_append_from_memory(ArvDomDocument* document, ArvDomNode* node, 
         return;
     const std::lock_guard<std::mutex> lock(*xq_sdk_xml_parse_lock());
     parse(document, node, buffer, size, error);
+}
+
+// Aravis's zip reader follows every offset of the archive unchecked. The SDK
+// checks a description before opening, but Aravis reads it again, and a
+// device may answer differently then: checked here once more on the bytes
+// Aravis holds, a bad archive becomes one without members, which Aravis
+// reports as an invalid format (the open then fails instead of crashing).
+extern "C" __attribute__((visibility("default"))) ArvZip* arv_zip_new(const void* buffer, size_t size)
+{
+    using ZipNew = ArvZip* (*)(const void*, size_t);
+    static const auto real = aravisEntry<ZipNew>("arv_zip_new");
+    if (!real)
+        return nullptr;
+    std::string reason;
+    if (xq::isSafeZippedDescription(static_cast<const std::uint8_t*>(buffer), size, xq::kMaxDescriptionBytes, reason))
+        return real(buffer, size);
+    static const unsigned char noArchive[4] = {0, 0, 0, 0};
+    return real(noArchive, sizeof noArchive);
 }
 
 namespace xq {

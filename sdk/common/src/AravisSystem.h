@@ -1,4 +1,5 @@
-// Process-wide state around Aravis's globals.
+// Process-wide state around Aravis's globals, and the Aravis entries the
+// SDK wraps.
 //
 // What Aravis 0.8 shares between threads without a lock of its own:
 // - the interface objects and their device lists, which discovery rebuilds
@@ -12,6 +13,8 @@
 //   in this library, so every call in the process, Aravis's own included,
 //   passes a lock that covers nothing but the parse, never the download
 //   before it.
+// Aravis's zip reader (arv_zip_new) is wrapped the same way: an archive
+// that fails DescriptionCheck's rules reaches it as one without members.
 // Both locks are shared by the two SDK libraries (exported weak, so the
 // dynamic linker binds every library to the same definition).
 #pragma once

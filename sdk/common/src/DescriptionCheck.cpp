@@ -50,12 +50,12 @@ std::string_view schemeOf(std::string_view url)
     return colon == std::string_view::npos ? std::string_view() : url.substr(0, colon);
 }
 
-std::uint16_t le16(const std::vector<std::uint8_t>& bytes, std::size_t at)
+std::uint16_t le16(const std::uint8_t* bytes, std::size_t at)
 {
     return static_cast<std::uint16_t>(bytes[at] | (bytes[at + 1] << 8));
 }
 
-std::uint32_t le32(const std::vector<std::uint8_t>& bytes, std::size_t at)
+std::uint32_t le32(const std::uint8_t* bytes, std::size_t at)
 {
     return std::uint32_t{le16(bytes, at)} | (std::uint32_t{le16(bytes, at + 2)} << 16);
 }
@@ -144,9 +144,10 @@ bool isHarmlessSecondUrl(std::string_view second, std::string_view first)
     return second.empty() || second == first || equalsIgnoringCase(schemeOf(second), "http");
 }
 
-bool isSafeZippedDescription(const std::vector<std::uint8_t>& zip, std::size_t maxUnpacked, std::string& reason)
+bool isSafeZippedDescription(const std::uint8_t* zip, std::size_t size, std::size_t maxUnpacked, std::string& reason)
 {
-    const std::size_t size = zip.size();
+    if (!zip)
+        return refuse(reason, "zip: no data");
     if (size < kEndOfDirectorySize + kDirectoryEntrySize + kLocalHeaderSize)
         return refuse(reason, "zip: too short");
     // Aravis takes the last end-of-directory signature it finds scanning
@@ -196,7 +197,7 @@ bool isSafeZippedDescription(const std::vector<std::uint8_t>& zip, std::size_t m
     if (dataOffset + packedSize > directoryOffset)
         return refuse(reason, "zip: member data out of range");
 
-    const std::uint8_t* data = zip.data() + dataOffset;
+    const std::uint8_t* data = zip + dataOffset;
     // Aravis inflates exactly when the packed size is the smaller one.
     if (method == kMethodStored) {
         if (packedSize != unpackedSize)

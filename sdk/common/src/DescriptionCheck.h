@@ -39,6 +39,10 @@ bool isHarmlessSecondUrl(std::string_view second, std::string_view first);
 // A zipped description: exactly one member, stored or deflated, every
 // offset, size and count in range, unpacking to its stated size (at most
 // maxUnpacked) with the stated CRC. Fills reason when refused.
-bool isSafeZippedDescription(const std::vector<std::uint8_t>& zip, std::size_t maxUnpacked, std::string& reason);
+bool isSafeZippedDescription(const std::uint8_t* zip, std::size_t size, std::size_t maxUnpacked, std::string& reason);
+inline bool isSafeZippedDescription(const std::vector<std::uint8_t>& zip, std::size_t maxUnpacked, std::string& reason)
+{
+    return isSafeZippedDescription(zip.data(), zip.size(), maxUnpacked, reason);
+}
 
 } // namespace xq
