@@ -25,7 +25,7 @@ if ! command -v "$CXX" >/dev/null 2>&1; then
 fi
 
 sources="$here/gvcp_fuzz.cpp"
-for f in core/bootstrap_registers.cpp core/control_privilege.cpp core/device_control.cpp core/udp_socket.cpp \
+for f in core/bootstrap_registers.cpp core/control_privilege.cpp core/device_control.cpp core/link_pacer.cpp core/udp_socket.cpp \
          demo/code_frame_source.cpp demo/demo_code_reader.cpp demo/demo_features.cpp demo/feature_registers.cpp \
          demo/feature_table.cpp demo/genicam_writer.cpp; do
   sources="$sources $top/simulator/$f"

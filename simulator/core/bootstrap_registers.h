@@ -6,6 +6,7 @@
 #include "byte_order.h"
 #include "device_model.h"
 #include "gvcp.h"
+#include "stream_actions.h"
 
 #include <array>
 #include <cstdint>
@@ -16,7 +17,7 @@ namespace quorvex::sim {
 class BootstrapRegisters final {
 public:
     static constexpr std::uint32_t kGvcpCapabilities = 0xC0000006; // user name, serial, WRITEMEM, resend
-    static constexpr std::uint32_t kTickFrequency = 1000000000;     // timestamps in nanoseconds
+    static constexpr std::uint32_t kTickFrequency = StreamTarget::kTickFrequency; // timestamps in nanoseconds
 
     BootstrapRegisters(const DeviceIdentity& identity, std::uint32_t ipAddress, const std::string& xmlUrl);
 

@@ -82,6 +82,7 @@ DeviceControl::DeviceControl(std::unique_ptr<DeviceModel> model, std::uint32_t i
             m_bootstrap.setValue(kStreamPacketDelay, setting.value);
         }
     }
+    setLink(m_link);
 }
 
 std::string DeviceControl::xmlUrl() const
@@ -97,6 +98,24 @@ std::string DeviceControl::xmlUrl() const
 void DeviceControl::setStreamSourcePort(std::uint16_t port)
 {
     m_bootstrap.setValue(gvcp::reg::kStreamSourcePort, port);
+}
+
+void DeviceControl::setLink(LinkSpeed link)
+{
+    m_link = link;
+    // An unlimited link reports the fastest a register can say.
+    m_bootstrap.setValue(gvcp::reg::kLinkSpeed, link.unlimited() ? 0xFFFFFFFF : link.megabits());
+    reportTransport();
+}
+
+void DeviceControl::reportTransport()
+{
+    const StreamTarget target = streamTarget();
+    TransportSettings settings;
+    settings.link = m_link;
+    settings.packetSize = target.packetSize;
+    settings.packetGap = target.packetGap();
+    m_model->transportChanged(settings);
 }
 
 void DeviceControl::handle(ByteView datagram, const Peer& sender, Clock::time_point now,
@@ -394,8 +413,10 @@ gvcp::Status DeviceControl::writeBootstrapRegister(std::uint32_t address, std::u
         const std::uint32_t current = m_bootstrap.value(address) & gvcp::packetsize::kValueMask;
         if (m_streaming && size != current)
             return gvcp::status::kBusy;
-        // Firing the test packet is a one-shot request, never stored.
-        m_bootstrap.setValue(address, value & ~gvcp::packetsize::kFireTestPacket);
+        // Firing the test packet is a one-shot request, never stored; pixel
+        // data is single bytes, so there is no byte order to choose.
+        m_bootstrap.setValue(address, value & (gvcp::packetsize::kDoNotFragment | gvcp::packetsize::kValueMask));
+        reportTransport();
         if ((value & gvcp::packetsize::kFireTestPacket) != 0) {
             const StreamTarget target = streamTarget();
             if (target.destination.port != 0 && isLoopback(target.destination.address))
@@ -403,6 +424,10 @@ gvcp::Status DeviceControl::writeBootstrapRegister(std::uint32_t address, std::u
         }
         return gvcp::status::kSuccess;
     }
+    case kStreamPacketDelay:
+        m_bootstrap.setValue(address, value);
+        reportTransport();
+        return gvcp::status::kSuccess;
     case kStreamDestination:
         // Streams never leave the machine.
         if (value != 0 && !isLoopback(value))
@@ -444,6 +469,7 @@ StreamTarget DeviceControl::streamTarget() const
     target.destination.port = static_cast<std::uint16_t>(m_bootstrap.value(gvcp::reg::kStreamPort));
     target.packetSize = m_bootstrap.value(gvcp::reg::kStreamPacketSize) & gvcp::packetsize::kValueMask;
     target.packetDelayTicks = m_bootstrap.value(gvcp::reg::kStreamPacketDelay);
+    target.doNotFragment = (m_bootstrap.value(gvcp::reg::kStreamPacketSize) & gvcp::packetsize::kDoNotFragment) != 0;
     return target;
 }
 

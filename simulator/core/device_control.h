@@ -30,6 +30,8 @@ public:
     std::uint32_t ipAddress() const { return m_ipAddress; }
     std::string xmlUrl() const;
     void setStreamSourcePort(std::uint16_t port);
+    // The device's emulated link: its speed register and the rate the model reports.
+    void setLink(LinkSpeed link);
 
     // Handles one datagram sent to the device's own address. reply is
     // cleared and filled with the answer, or left empty for none.
@@ -69,6 +71,7 @@ private:
     // Tells the model when control starts or ends.
     void reportControl();
     StreamTarget streamTarget() const;
+    void reportTransport();
     void updateStreaming(StreamActions& actions, bool restart = false);
 
     std::unique_ptr<DeviceModel> m_model;
@@ -80,6 +83,7 @@ private:
     bool m_streaming = false;
     bool m_reportedControl = false;
     Peer m_sender;
+    LinkSpeed m_link;
 };
 
 } // namespace quorvex::sim

@@ -6,6 +6,7 @@
 
 #include "byte_order.h"
 #include "gvcp.h"
+#include "link_pacer.h"
 
 #include <array>
 #include <cstdint>
@@ -67,6 +68,13 @@ public:
     virtual void render(std::uint64_t frameNumber, const FrameFormat& format, std::vector<std::uint8_t>& image) = 0;
 };
 
+// How the device's frames travel: what limits the rate it can stream at.
+struct TransportSettings final {
+    LinkSpeed link;
+    std::uint32_t packetSize = gvcp::packetsize::kDefault; // IP datagram bytes
+    Clock::duration packetGap{};                           // the packet delay, as time
+};
+
 // A bootstrap register value a device starts with instead of the default.
 struct BootstrapSetting final {
     std::uint32_t address = 0;
@@ -110,6 +118,10 @@ public:
     // Transport settings a client may change (heartbeat time-out, packet
     // size and delay) that this device starts with; others are ignored.
     virtual std::vector<BootstrapSetting> initialBootstrapSettings() const { return {}; }
+
+    // Told at start and whenever the link, packet size or packet delay
+    // changes, so a model can report the frame rate the link carries.
+    virtual void transportChanged(const TransportSettings& /*settings*/) {}
 
     // Told when a client gains control of the device and when control ends
     // (released, heartbeat lapsed); models that mark a file as in use act here.

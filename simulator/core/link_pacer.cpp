@@ -1,5 +1,7 @@
 #include "link_pacer.h"
 
+#include "gvcp.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -72,6 +74,22 @@ Clock::duration wireTime(std::uint64_t bytes, const LinkSpeed& speed)
         return Clock::duration::zero();
     const auto nanoseconds = static_cast<std::int64_t>(bytes * 8 * 1'000'000'000 / speed.bitsPerSecond);
     return std::chrono::duration_cast<Clock::duration>(std::chrono::nanoseconds(nanoseconds));
+}
+
+Clock::duration frameWireTime(std::size_t imageBytes, std::uint32_t packetSize, Clock::duration gap,
+                              const LinkSpeed& speed)
+{
+    const std::size_t perPacket = packetSize - gvcp::packetsize::kOverhead;
+    const std::size_t fullPackets = imageBytes / perPacket;
+    const std::size_t rest = imageBytes % perPacket;
+    const std::uint64_t headers = gvcp::packetsize::kIpUdpOverhead;
+    Clock::duration total = wireTime(wireBytes(headers + gvsp::kLeaderPacketSize), speed) +
+                            wireTime(wireBytes(headers + gvsp::kTrailerPacketSize), speed) +
+                            static_cast<Clock::rep>(fullPackets) * wireTime(wireBytes(packetSize), speed);
+    if (rest > 0)
+        total += wireTime(wireBytes(gvcp::packetsize::kOverhead + rest), speed);
+    const std::size_t packets = fullPackets + (rest > 0 ? 1 : 0) + 2;
+    return total + static_cast<Clock::rep>(packets) * gap;
 }
 
 Clock::time_point LinkPacer::nextDeparture(Clock::time_point now)

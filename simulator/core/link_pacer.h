@@ -6,6 +6,7 @@
 #include "peer.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -38,6 +39,12 @@ struct LinkLoss final {
 std::uint64_t wireBytes(std::uint64_t ipBytes);
 // How long bytes of wire take at speed (zero when unlimited).
 Clock::duration wireTime(std::uint64_t wireBytes, const LinkSpeed& speed);
+
+// How long a frame of imageBytes takes on the link in GVSP packets of
+// packetSize (IP datagram) bytes, leader and trailer included, with gap
+// after each packet.
+Clock::duration frameWireTime(std::size_t imageBytes, std::uint32_t packetSize, Clock::duration gap,
+                              const LinkSpeed& speed);
 
 class LinkPacer final {
 public:

@@ -34,6 +34,7 @@ SimulatorServer::ServedDevice::ServedDevice(std::unique_ptr<DeviceModel> model, 
     loss.seed ^= address; // each device loses other packets
     stream = std::make_unique<StreamChannel>(UdpSocket::bind(address, 0), std::move(source), options.link, loss);
     control.setStreamSourcePort(stream->sourcePort());
+    control.setLink(options.link);
 }
 
 SimulatorServer::SimulatorServer(ServerOptions options) : m_options(options)

@@ -12,9 +12,19 @@
 namespace quorvex::sim {
 
 struct StreamTarget final {
+    // Timestamp ticks per second: the packet delay is counted in them.
+    static constexpr std::uint64_t kTickFrequency = 1'000'000'000;
+
     Peer destination;
     std::uint32_t packetSize = 0;       // IP datagram size, as in the packet-size register
-    std::uint32_t packetDelayTicks = 0; // pause after each packet, in nanoseconds
+    std::uint32_t packetDelayTicks = 0; // extra gap after each packet, in timestamp ticks
+    bool doNotFragment = false;         // packets larger than the path are lost, not split
+
+    Clock::duration packetGap() const
+    {
+        return std::chrono::duration_cast<Clock::duration>(
+            std::chrono::nanoseconds(std::uint64_t{packetDelayTicks} * 1'000'000'000 / kTickFrequency));
+    }
 };
 
 struct ResendRequest final {

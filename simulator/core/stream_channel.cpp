@@ -1,6 +1,5 @@
 #include "stream_channel.h"
 
-#include "bootstrap_registers.h"
 #include "byte_order.h"
 #include "gvcp.h"
 
@@ -18,7 +17,8 @@ namespace quorvex::sim {
 namespace {
 
 constexpr std::size_t kBatch = 64;
-constexpr auto kWakeQuantum = std::chrono::microseconds(40);
+constexpr auto kWakeQuantum = std::chrono::microseconds(100);
+constexpr std::uint32_t kPathMtu = 9000;
 // A resend request may not keep the thread busy for more than a frame's worth.
 constexpr std::uint32_t kMaxResendPackets = 4096;
 
@@ -272,6 +272,10 @@ void StreamChannel::serveResends()
 
 void StreamChannel::sendTestPacket(const StreamTarget& target)
 {
+    // The emulated path carries jumbo frames; a larger test packet that may
+    // not be fragmented never arrives, which is how a client finds the size.
+    if (target.doNotFragment && target.packetSize > kPathMtu)
+        return;
     // Only the size matters to the receiver; the content is ignored.
     const std::vector<std::uint8_t> packet(target.packetSize - gvcp::packetsize::kIpUdpOverhead, 0);
     m_socket.sendTo(target.destination, packet.data(), packet.size());
@@ -294,9 +298,7 @@ Clock::duration StreamChannel::sendPackets(const SentFrame& frame, const StreamT
     const std::uint32_t trailerId = payloadPackets + 1;
     const std::uint32_t perPacket = dataPerPacket(frame.packetSize);
     const sockaddr_in destination = toSockaddr(target.destination);
-    // The packet delay is counted in timestamp ticks.
-    const Clock::duration gap = std::chrono::duration_cast<Clock::duration>(std::chrono::nanoseconds(
-        std::uint64_t{target.packetDelayTicks} * 1'000'000'000 / BootstrapRegisters::kTickFrequency));
+    const Clock::duration gap = target.packetGap();
 
     std::array<mmsghdr, kBatch> messages{};
     std::array<std::array<iovec, 2>, kBatch> vectors{};

@@ -90,9 +90,15 @@ void DemoCodeReader::updateDerivedValues()
     m_registers.setInteger("PixelSize", colour ? 24 : 8);
     // Free running is limited by the exposure, or by the set rate when enabled.
     const double exposureLimit = std::min(1000.0, 1.0e6 / m_registers.floating("ExposureTime"));
-    const double rate = m_registers.integer("AcquisitionFrameRateEnable") != 0
-                            ? std::min(exposureLimit, m_registers.floating("AcquisitionFrameRate"))
-                            : std::min(exposureLimit, 60.0);
+    // ... and by the link: a frame cannot start before the last one left.
+    const auto wire = std::chrono::duration<double>(
+        frameWireTime(static_cast<std::size_t>(width * height * (colour ? 3 : 1)), m_transport.packetSize,
+                      m_transport.packetGap, m_transport.link));
+    const double linkLimit = wire.count() > 0 ? 1.0 / wire.count() : 1000.0;
+    const double rate = std::min({exposureLimit, linkLimit,
+                                  m_registers.integer("AcquisitionFrameRateEnable") != 0
+                                      ? m_registers.floating("AcquisitionFrameRate")
+                                      : 60.0});
     m_registers.setFloating("ResultingFrameRate", rate);
     const auto uptime = std::chrono::steady_clock::now() - m_poweredUp;
     m_registers.setInteger("DeviceUptime", std::chrono::duration_cast<std::chrono::seconds>(uptime).count());
@@ -203,6 +209,12 @@ AcquisitionSetup DemoCodeReader::acquisitionSetup() const
     setup.externallyTriggered = triggered && !software;
     setup.framesPerSecond = m_registers.floating("ResultingFrameRate");
     return setup;
+}
+
+void DemoCodeReader::transportChanged(const TransportSettings& settings)
+{
+    m_transport = settings;
+    updateDerivedValues();
 }
 
 std::unique_ptr<FrameSource> DemoCodeReader::createFrameSource() const

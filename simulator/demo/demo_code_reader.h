@@ -32,6 +32,7 @@ public:
     AcquisitionSetup acquisitionSetup() const override;
     void setAcquisitionActive(bool active) override { m_acquisitionActive = active; }
     std::unique_ptr<FrameSource> createFrameSource() const override;
+    void transportChanged(const TransportSettings& settings) override;
 
     const FeatureTable& features() const { return *m_table; }
     const FeatureRegisters& registers() const { return m_registers; }
@@ -48,6 +49,7 @@ private:
     std::string m_xml;
     std::array<std::optional<FeatureRegisters::Snapshot>, 3> m_userSets;
     bool m_acquisitionActive = false;
+    TransportSettings m_transport;
     std::chrono::steady_clock::time_point m_poweredUp;
 };
 

@@ -307,12 +307,29 @@ void transportLayer(FeatureTable& t)
         .at(kControlChannelPrivilege, 4);
     t.integer("GevStreamChannelCount", "TransportLayerControl", 1, 0, 4).readOnly().expert().at(kStreamChannelCount, 4);
     t.integer("GevSCPHostPort", "TransportLayerControl", 0, 0, 65535).expert().at(kStreamPort, 4);
+    // Packet size and its flags share one register, as on every device.
     t.integer("GevSCPSPacketSize", "TransportLayerControl", 1500, gvcp::packetsize::kMinimum,
               gvcp::packetsize::kMaximum, 4)
         .units("B")
         .expert()
-        .at(kStreamPacketSize, 4);
-    t.integer("GevSCPD", "TransportLayerControl", 0, 0, 1000000).units("ns").expert().at(kStreamPacketDelay, 4);
+        .at(kStreamPacketSize, 4)
+        .bits(16, 31);
+    t.boolean("GevSCPSFireTestPacket", "TransportLayerControl", false)
+        .guru()
+        .tip("Sends one test packet of the packet size, to find the size the path carries.")
+        .at(kStreamPacketSize, 4)
+        .bits(0, 0);
+    t.boolean("GevSCPSDoNotFragment", "TransportLayerControl", false)
+        .guru()
+        .tip("Packets larger than the path carries are lost rather than fragmented.")
+        .at(kStreamPacketSize, 4)
+        .bits(1, 1);
+    t.integer("GevSCPD", "TransportLayerControl", 0, 0, 1000000)
+        .expert()
+        .tip("Extra delay after each stream packet, in timestamp ticks.")
+        .at(kStreamPacketDelay, 4);
+    t.integer("GevLinkSpeed", "TransportLayerControl", 1000, 0, 0xFFFFFFFF).readOnly().expert().units("Mbps")
+        .at(kLinkSpeed, 4);
     t.integer("GevSCDA", "TransportLayerControl", 0, 0, 0xFFFFFFFF).expert().at(kStreamDestination, 4);
     t.integer("GevSCSP", "TransportLayerControl", 0, 0, 65535).readOnly().expert().at(kStreamSourcePort, 4);
 }

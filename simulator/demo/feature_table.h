@@ -41,6 +41,10 @@ struct FeatureDefinition final {
     std::uint32_t length = 4;
     bool fixedAddress = false;
     bool isSigned = false;
+    // A field of a big-endian register, bits counted from its most
+    // significant one (0); -1 when the feature has the whole register.
+    int msb = -1;
+    int lsb = -1;
 
     std::int64_t minimum = 0;
     std::int64_t maximum = 0;
@@ -80,6 +84,10 @@ struct FeatureDefinition final {
     FeatureDefinition& notInUserSet() { inUserSet = false; return *this; }
     FeatureDefinition& signedValue() { isSigned = true; return *this; }
     FeatureDefinition& executes(std::int64_t value) { commandValue = value; return *this; }
+    FeatureDefinition& bits(int mostSignificant, int leastSignificant)
+    {
+        msb = mostSignificant; lsb = leastSignificant; return *this;
+    }
 
     bool hasRegister() const { return type != FeatureType::Category; }
     std::int64_t entryValue(const std::string& entryName) const; // -1 when absent

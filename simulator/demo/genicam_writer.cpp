@@ -27,7 +27,7 @@ const std::set<std::string>& standardNames()
         "GevCurrentIPAddress", "GevCurrentSubnetMask", "GevCurrentDefaultGateway", "GevMACAddress",
         "GevPersistentIPAddress", "GevHeartbeatTimeout", "GevTimestampTickFrequency", "GevTimestampControlLatch",
         "GevTimestampValue", "GevCCP", "GevStreamChannelCount", "GevSCPHostPort", "GevSCPSPacketSize", "GevSCPD",
-        "GevSCDA", "GevSCSP", "GevLinkSpeed"};
+        "GevSCDA", "GevSCSP", "GevLinkSpeed", "GevSCPSFireTestPacket", "GevSCPSDoNotFragment"};
     return names;
 }
 
@@ -134,12 +134,18 @@ private:
 
     void intRegister(const FeatureDefinition& definition)
     {
-        m_out << "  <IntReg Name=\"" << registerNodeName(definition.name) << "\">\n"
+        const bool masked = definition.msb >= 0;
+        const char* element = masked ? "MaskedIntReg" : "IntReg";
+        m_out << "  <" << element << " Name=\"" << registerNodeName(definition.name) << "\">\n"
               << "    <Visibility>Invisible</Visibility>\n";
         registerBody(definition);
+        if (masked && definition.msb == definition.lsb)
+            m_out << "    <Bit>" << definition.lsb << "</Bit>\n";
+        else if (masked)
+            m_out << "    <LSB>" << definition.lsb << "</LSB>\n    <MSB>" << definition.msb << "</MSB>\n";
         m_out << "    <Sign>" << (definition.isSigned ? "Signed" : "Unsigned") << "</Sign>\n"
               << "    <Endianess>BigEndian</Endianess>\n";
-        close("IntReg");
+        close(element);
     }
 
     void writeCategory(const FeatureDefinition& definition)

@@ -272,3 +272,43 @@ TEST_F(DeviceControlTest, writeMemory_acceptsUnalignedStringsAndWholeNumbersOnly
 }
 
 } // namespace
+
+// What the stream controls promise: the link's speed, the rate it can
+// carry, the packet size's own flags (the test packet fired once, not
+// fragmenting kept) and the packet delay in timestamp ticks.
+TEST_F(DeviceControlTest, streamControls_followTheEmulatedLink)
+{
+    const auto frameRate = [&] {
+        const auto ack = send(readMem(featureAddress("ResultingFrameRate"), 8));
+        std::uint64_t bits = 0;
+        for (int i = 0; i < 8; ++i)
+            bits = bits << 8 | ack.at(12 + i);
+        double rate = 0;
+        std::memcpy(&rate, &bits, sizeof rate);
+        return rate;
+    };
+    EXPECT_EQ(ackWord(send(readReg(gvcp::reg::kLinkSpeed)), 0), 1000u);
+    EXPECT_DOUBLE_EQ(frameRate(), 60.0); // 1280x1024 takes 10.8 ms at 1 Gb/s
+    m_control.setLink(LinkSpeed{100'000'000});
+    EXPECT_EQ(ackWord(send(readReg(gvcp::reg::kLinkSpeed)), 0), 100u);
+    const double at100M = 1.0 / 0.1102; // 896 packets of 1538 bytes on the wire
+    EXPECT_NEAR(frameRate(), at100M, 0.05);
+
+    takeControl();
+    ASSERT_EQ(statusOf(writeReg(gvcp::reg::kStreamDestination, 0x7F000001)), gvcp::status::kSuccess);
+    ASSERT_EQ(statusOf(writeReg(gvcp::reg::kStreamPort, 45000)), gvcp::status::kSuccess);
+    const std::uint32_t flags = gvcp::packetsize::kFireTestPacket | gvcp::packetsize::kDoNotFragment | 0x20000000;
+    ASSERT_EQ(statusOf(writeReg(gvcp::reg::kStreamPacketSize, flags | 8000)), gvcp::status::kSuccess);
+    ASSERT_TRUE(m_actions.testPacket);
+    EXPECT_TRUE(m_actions.testPacket->doNotFragment);
+    EXPECT_EQ(m_actions.testPacket->packetSize, 8000u);
+    EXPECT_EQ(ackWord(send(readReg(gvcp::reg::kStreamPacketSize)), 0), gvcp::packetsize::kDoNotFragment | 8000u);
+    // Fewer, larger packets: a little more of the link is left for pixels.
+    EXPECT_GT(frameRate(), at100M + 0.3);
+
+    ASSERT_EQ(statusOf(writeReg(gvcp::reg::kStreamPacketDelay, 250000)), gvcp::status::kSuccess);
+    ASSERT_EQ(statusOf(writeReg(featureAddress("AcquisitionStart"), 1)), gvcp::status::kSuccess);
+    ASSERT_TRUE(m_actions.start);
+    EXPECT_EQ(m_actions.start->target.packetGap(), std::chrono::microseconds(250));
+    EXPECT_LT(frameRate(), 7.0); // 166 packets, each 250 us apart
+}
