@@ -16,7 +16,11 @@ namespace quorvex::sim {
 
 class BootstrapRegisters final {
 public:
-    static constexpr std::uint32_t kGvcpCapabilities = 0xC0000006; // user name, serial, WRITEMEM, resend
+    // Only what the device does: user-defined name and serial number
+    // registers, the link speed register, several registers in one READREG
+    // or WRITEREG (concatenation), WRITEMEM and packet resend. No events,
+    // pending acks, actions, heartbeat disable or test data.
+    static constexpr std::uint32_t kGvcpCapabilities = 0x80000000 | 0x40000000 | 0x10000000 | 0x4 | 0x2 | 0x1;
     static constexpr std::uint32_t kTickFrequency = StreamTarget::kTickFrequency; // timestamps in nanoseconds
 
     BootstrapRegisters(const DeviceIdentity& identity, std::uint32_t ipAddress, const std::string& xmlUrl);

@@ -428,6 +428,10 @@ gvcp::Status DeviceControl::writeBootstrapRegister(std::uint32_t address, std::u
         m_bootstrap.setValue(address, value);
         reportTransport();
         return gvcp::status::kSuccess;
+    case kGvcpConfiguration:
+        // Heartbeat disable and pending acks are not offered, so they stay off.
+        m_bootstrap.setValue(address, 0);
+        return gvcp::status::kSuccess;
     case kStreamDestination:
         // Streams never leave the machine.
         if (value != 0 && !isLoopback(value))

@@ -77,13 +77,21 @@ TEST_F(DeviceControlTest, discovery_answersWithTheBootstrapIdentity_onUnicastAnd
 // the device at once.
 TEST_F(DeviceControlTest, bootstrapRegisters_haveTheValuesClientsRely)
 {
+    // Capabilities claim only what the device does: no events (no message
+    // channel), no pending acks, heartbeat disable or test data.
+    takeControl();
+    ASSERT_EQ(statusOf(writeReg(gvcp::reg::kGvcpConfiguration, 0x3)), gvcp::status::kSuccess);
     const auto ack = send(command(gvcp::command::kReadReg, 7,
                                   words({gvcp::reg::kStreamChannelCount, gvcp::reg::kHeartbeatTimeout,
-                                         gvcp::reg::kStreamSourcePort})));
-    ASSERT_EQ(ackLength(ack), 12);
+                                         gvcp::reg::kStreamSourcePort, gvcp::reg::kGvcpCapability,
+                                         gvcp::reg::kMessageChannelCount, gvcp::reg::kGvcpConfiguration})));
+    ASSERT_EQ(ackLength(ack), 24);
     EXPECT_EQ(ackWord(ack, 0), 1u);
     EXPECT_EQ(ackWord(ack, 1), 3000u);
     EXPECT_EQ(ackWord(ack, 2), 40000u);
+    EXPECT_EQ(ackWord(ack, 3), 0xD0000007u);
+    EXPECT_EQ(ackWord(ack, 4), 0u);
+    EXPECT_EQ(ackWord(ack, 5), 0u);
 }
 
 TEST_F(DeviceControlTest, readCounter_countsEveryReadCommandOnce_bootstrapAndDescriptionIncluded)
