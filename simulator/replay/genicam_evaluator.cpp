@@ -204,6 +204,17 @@ std::optional<double> GenicamEvaluator::floating(const std::string& feature) con
     return value;
 }
 
+bool GenicamEvaluator::setFloating(const std::string& feature, double value)
+{
+    const std::lock_guard<std::mutex> lock(aravisLock());
+    ArvGcNode* node = d->node(feature);
+    if (!node || !ARV_IS_GC_FLOAT(node))
+        return false;
+    ErrorSlot error;
+    arv_gc_float_set_value(ARV_GC_FLOAT(node), value, error.out());
+    return !error.failed();
+}
+
 std::optional<bool> GenicamEvaluator::boolean(const std::string& feature) const
 {
     const std::lock_guard<std::mutex> lock(aravisLock());

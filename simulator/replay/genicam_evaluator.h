@@ -49,6 +49,9 @@ public:
     std::optional<bool> boolean(const std::string& feature) const;
     std::optional<std::string> enumerationEntry(const std::string& feature) const;
     std::optional<std::int64_t> enumerationValue(const std::string& feature) const;
+    // Writes a float feature's register in the image, read-only ones too;
+    // false when the feature has no register to hold the value.
+    bool setFloating(const std::string& feature, double value);
 
 private:
     struct Private;

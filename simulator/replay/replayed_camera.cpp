@@ -80,6 +80,8 @@ std::unique_ptr<ReplayedCamera> ReplayedCamera::load(const store::StoreCamera& c
     replay->m_acquisitionStart = replay->m_genicam->registerOf("AcquisitionStart");
     replay->m_acquisitionStop = replay->m_genicam->registerOf("AcquisitionStop");
     replay->m_triggerSoftware = replay->m_genicam->registerOf("TriggerSoftware");
+    replay->m_collectedFrameRate = replay->m_genicam->floating("ResultingFrameRate");
+    replay->m_resultingFrameRate = replay->m_genicam->registerOf("ResultingFrameRate");
     if (!replay->m_acquisitionStart)
         note("the description has no AcquisitionStart register: no frames will be sent");
 
@@ -131,6 +133,8 @@ std::string ReplayedCamera::genicamFileName() const
 
 gvcp::Status ReplayedCamera::readMemory(std::uint32_t address, MutableByteView out)
 {
+    if (m_resultingFrameRate && m_resultingFrameRate->overlaps(address, out.size))
+        updateResultingFrameRate();
     m_image->read(address, out.data, out.size);
     return gvcp::status::kSuccess;
 }
@@ -196,12 +200,32 @@ AcquisitionSetup ReplayedCamera::acquisitionSetup() const
     if (!rate)
         rate = m_genicam->floating("AcquisitionFrameRate");
     setup.framesPerSecond = rate && std::isfinite(*rate) ? std::clamp(*rate, 0.1, 1000.0) : 10.0;
+    setup.framesPerSecond = std::min(setup.framesPerSecond, linkFrameRate());
     return setup;
 }
 
 std::unique_ptr<FrameSource> ReplayedCamera::createFrameSource() const
 {
     return std::make_unique<JpegFrameSource>(m_images);
+}
+
+double ReplayedCamera::linkFrameRate() const
+{
+    const auto wire = std::chrono::duration<double>(
+        frameWireTime(frameFormat().imageSize(), m_transport.packetSize, m_transport.packetGap, m_transport.link));
+    return wire.count() > 0 ? 1.0 / wire.count() : 1000.0;
+}
+
+void ReplayedCamera::updateResultingFrameRate()
+{
+    // A rate the device computes (no register of its own) is left as it is.
+    if (m_collectedFrameRate && std::isfinite(*m_collectedFrameRate))
+        m_genicam->setFloating("ResultingFrameRate", std::min(*m_collectedFrameRate, linkFrameRate()));
+}
+
+void ReplayedCamera::transportChanged(const TransportSettings& settings)
+{
+    m_transport = settings;
 }
 
 std::vector<BootstrapSetting> ReplayedCamera::initialBootstrapSettings() const

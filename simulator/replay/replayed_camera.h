@@ -45,6 +45,7 @@ public:
     std::unique_ptr<FrameSource> createFrameSource() const override;
     void controlChanged(bool controlled) override;
     std::vector<BootstrapSetting> initialBootstrapSettings() const override;
+    void transportChanged(const TransportSettings& settings) override;
 
     const store::StoreCamera& storeCamera() const { return m_camera; }
     const std::vector<std::string>& images() const { return m_images; }
@@ -53,6 +54,10 @@ public:
 private:
     ReplayedCamera(store::StoreCamera camera, LogSink log);
     FrameFormat frameFormat() const;
+    // The rate the link carries for the current frame format.
+    double linkFrameRate() const;
+    // ResultingFrameRate as collected, lowered to what the link carries.
+    void updateResultingFrameRate();
 
     store::StoreCamera m_camera;
     LogSink m_log;
@@ -66,6 +71,9 @@ private:
     std::optional<RegisterRange> m_triggerSoftware;
     std::vector<std::string> m_images;
     JpegSize m_imageSize; // of the first usable image
+    TransportSettings m_transport;
+    std::optional<double> m_collectedFrameRate;      // ResultingFrameRate as the collection read it
+    std::optional<RegisterRange> m_resultingFrameRate; // its register
     store::CameraHold m_hold;
 };
 

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -66,6 +67,17 @@ inline std::vector<std::uint8_t> big32(std::uint32_t value)
             static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value)};
 }
 
+// A double as a big-endian float register holds it.
+inline std::vector<std::uint8_t> big64(double value)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    std::vector<std::uint8_t> bytes(8);
+    for (int i = 7; i >= 0; --i, bits >>= 8)
+        bytes[static_cast<std::size_t>(i)] = static_cast<std::uint8_t>(bits);
+    return bytes;
+}
+
 // One recorded access of a dump.
 struct DumpEvent final {
     char kind = 'R';
@@ -116,6 +128,7 @@ inline void writeCamera(const fs::path& store, const std::string& group, const C
         {'R', 0, demoAddress("Height"), big32(files.height)},
         {'R', 0, demoAddress("PixelFormat"), big32(files.colour ? gvsp::kPixelRgb8 : gvsp::kPixelMono8)},
         {'R', 0, demoAddress("PayloadSize"), big32(files.width * files.height * (files.colour ? 3 : 1))},
+        {'R', 0, demoAddress("ResultingFrameRate"), big64(60.0)},
         {'R', 0, demoAddress("TriggerMode"), big32(0)},
         {'R', 0, demoAddress("TriggerSource"), big32(7)},
         {'R', 0, gvcp::reg::kStreamPacketSize, big32(1400)},

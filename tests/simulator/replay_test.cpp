@@ -233,6 +233,31 @@ TEST_F(ReplayedCameraTest, writesAreKept_andCommandsAreRecognisedByTheirRegister
     EXPECT_EQ(settings[0].value, 1400u);
 }
 
+// The collected rate holds until the link cannot carry it: then
+// ResultingFrameRate says what it can, and the stream keeps to it.
+TEST_F(ReplayedCameraTest, resultingFrameRate_isLimitedByTheLink)
+{
+    std::string error;
+    const auto camera = load(error);
+    ASSERT_TRUE(camera) << error;
+    const auto resultingRate = [&] {
+        std::array<std::uint8_t, 8> bytes{};
+        camera->readMemory(demoAddress("ResultingFrameRate"), {bytes.data(), bytes.size()});
+        const std::uint64_t bits = std::uint64_t{readBig32(bytes.data())} << 32 | readBig32(bytes.data() + 4);
+        double rate = 0;
+        std::memcpy(&rate, &bits, sizeof rate);
+        return rate;
+    };
+    TransportSettings transport;
+    transport.packetSize = 1400;
+    camera->transportChanged(transport);
+    EXPECT_DOUBLE_EQ(resultingRate(), 60.0);
+    transport.link = LinkSpeed{1'000'000}; // 64x48 in three packets and the leader and trailer: 28 ms
+    camera->transportChanged(transport);
+    EXPECT_NEAR(resultingRate(), 35.8, 0.5);
+    EXPECT_NEAR(camera->acquisitionSetup().framesPerSecond, 35.8, 0.5);
+}
+
 TEST_F(ReplayedCameraTest, controlHoldsTheRegisterFile_untilReleasedOrLapsed)
 {
     std::string error;
