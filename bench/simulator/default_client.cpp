@@ -1,9 +1,6 @@
 #include "default_client.h"
 
 #include <arv.h>
-#include <linux/capability.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -105,17 +102,6 @@ double percentile(std::vector<double> values, double fraction)
 }
 
 } // namespace
-
-void receiveLikeAnOrdinaryUser()
-{
-    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-    __user_cap_data_struct capabilities[2]{};
-    if (syscall(SYS_capget, &header, capabilities) != 0)
-        return;
-    for (__u32* set : {&capabilities[0].effective, &capabilities[0].permitted, &capabilities[0].inheritable})
-        *set &= ~(1u << CAP_NET_RAW);
-    syscall(SYS_capset, &header, capabilities);
-}
 
 double frameWireSeconds(std::uint64_t payload, std::uint32_t packetSize, double bitsPerSecond)
 {

@@ -22,10 +22,6 @@ struct DefaultClientFigures final {
     double pacingErrorP90 = 0;
 };
 
-// Drops the capability that lets Aravis open a packet socket, so that this
-// process receives as an ordinary user's client does.
-void receiveLikeAnOrdinaryUser();
-
 // How long a frame of payload bytes takes on a link of bitsPerSecond in
 // GVSP packets of packetSize (IP datagram) bytes, Ethernet framing included.
 double frameWireSeconds(std::uint64_t payload, std::uint32_t packetSize, double bitsPerSecond);

@@ -10,6 +10,7 @@
 //   simulator_bench --default-client [--seconds S] [--size WxH] [--link BPS] ADDRESS...
 
 #include "default_client.h"
+#include "ordinary_user.h"
 
 #include <arv.h>
 
@@ -254,7 +255,7 @@ double ratio(double a, double b) { return b > 0 ? a / b : 0.0; }
 
 int measureDefaultClients(const std::vector<std::string>& addresses, const Settings& settings)
 {
-    bench::receiveLikeAnOrdinaryUser();
+    quorvex::sim::test::receiveLikeAnOrdinaryUser();
     const auto figures = bench::measureDefaultClients(addresses, settings.seconds, settings.width, settings.height,
                                                       settings.linkBitsPerSecond);
     std::uint64_t complete = 0, frames = 0;

@@ -75,9 +75,10 @@ DeviceControl::DeviceControl(std::unique_ptr<DeviceModel> model, std::uint32_t i
             m_bootstrap.setValue(kHeartbeatTimeout, m_privilege.heartbeatTimeoutMs());
         } else if (setting.address == kStreamPacketSize) {
             const std::uint32_t size = setting.value & gvcp::packetsize::kValueMask;
+            // The size and 'do not fragment', as a client left them.
             if (size >= gvcp::packetsize::kMinimum && size <= gvcp::packetsize::kMaximum)
-                m_bootstrap.setValue(kStreamPacketSize,
-                                     (m_bootstrap.value(kStreamPacketSize) & ~gvcp::packetsize::kValueMask) | size);
+                m_bootstrap.setValue(kStreamPacketSize, setting.value & (gvcp::packetsize::kDoNotFragment |
+                                                                         gvcp::packetsize::kValueMask));
         } else if (setting.address == kStreamPacketDelay) {
             m_bootstrap.setValue(kStreamPacketDelay, setting.value);
         }

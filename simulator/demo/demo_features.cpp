@@ -308,6 +308,8 @@ void transportLayer(FeatureTable& t)
     t.integer("GevStreamChannelCount", "TransportLayerControl", 1, 0, 4).readOnly().expert().at(kStreamChannelCount, 4);
     t.integer("GevSCPHostPort", "TransportLayerControl", 0, 0, 65535).expert().at(kStreamPort, 4);
     // Packet size and its flags share one register, as on every device.
+    // Clients set 'do not fragment' (bit 1) themselves while probing; it is
+    // theirs, like the destination, so the description leaves it out.
     t.integer("GevSCPSPacketSize", "TransportLayerControl", 1500, gvcp::packetsize::kMinimum,
               gvcp::packetsize::kMaximum, 4)
         .units("B")
@@ -319,11 +321,6 @@ void transportLayer(FeatureTable& t)
         .tip("Sends one test packet of the packet size, to find the size the path carries.")
         .at(kStreamPacketSize, 4)
         .bits(0, 0);
-    t.boolean("GevSCPSDoNotFragment", "TransportLayerControl", false)
-        .guru()
-        .tip("Packets larger than the path carries are lost rather than fragmented.")
-        .at(kStreamPacketSize, 4)
-        .bits(1, 1);
     t.integer("GevSCPD", "TransportLayerControl", 0, 0, 1000000)
         .expert()
         .tip("Extra delay after each stream packet, in timestamp ticks.")

@@ -27,7 +27,7 @@ const std::set<std::string>& standardNames()
         "GevCurrentIPAddress", "GevCurrentSubnetMask", "GevCurrentDefaultGateway", "GevMACAddress",
         "GevPersistentIPAddress", "GevHeartbeatTimeout", "GevTimestampTickFrequency", "GevTimestampControlLatch",
         "GevTimestampValue", "GevCCP", "GevStreamChannelCount", "GevSCPHostPort", "GevSCPSPacketSize", "GevSCPD",
-        "GevSCDA", "GevSCSP", "GevLinkSpeed", "GevSCPSFireTestPacket", "GevSCPSDoNotFragment"};
+        "GevSCDA", "GevSCSP", "GevLinkSpeed", "GevSCPSFireTestPacket"};
     return names;
 }
 

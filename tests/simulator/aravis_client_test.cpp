@@ -4,6 +4,7 @@
 
 #include "decode_helpers.h"
 #include "gvcp_client.h"
+#include "ordinary_user.h"
 #include "replay_fixture.h"
 #include "simulator_fixture.h"
 #include "store_replay.h"
@@ -14,9 +15,6 @@
 #include <chrono>
 #include <cmath>
 #include <functional>
-#include <linux/capability.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 #include <vector>
 #include <string>
 #include <thread>
@@ -427,20 +425,6 @@ TEST_F(AravisClient, malformedPackets_leaveTheDeviceServing)
 
 namespace {
 
-// The test runs as root of its own namespace, where Aravis would receive
-// through a packet socket; an ordinary user's client cannot, and gets the
-// plain socket receiver instead. Without the capability, so does this one.
-void receiveLikeAnOrdinaryUser()
-{
-    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-    __user_cap_data_struct capabilities[2]{};
-    if (syscall(SYS_capget, &header, capabilities) != 0)
-        return;
-    for (__u32* set : {&capabilities[0].effective, &capabilities[0].permitted, &capabilities[0].inheritable})
-        *set &= ~(1u << CAP_NET_RAW);
-    syscall(SYS_capset, &header, capabilities);
-}
-
 enum class DeviceKind { DemoReader, ReplayedCamera };
 enum class Scenario { Continuous, SingleFrame, FiveTriggers, StartStopCycles };
 
@@ -508,23 +492,24 @@ std::vector<Arrival> popFrames(ArvStream* stream, int count, std::chrono::millis
 // arrive complete, in order, also over a link that loses packets.
 TEST_F(AravisClient, untunedClient_getsEveryFrameComplete)
 {
-    receiveLikeAnOrdinaryUser();
-    const std::vector<UntunedCase> cases{
-        {"demo, continuous", DeviceKind::DemoReader, Scenario::Continuous, 0.0},
-        {"demo, single frame", DeviceKind::DemoReader, Scenario::SingleFrame, 0.0},
-        {"demo, five triggers", DeviceKind::DemoReader, Scenario::FiveTriggers, 0.0},
-        {"demo, start/stop", DeviceKind::DemoReader, Scenario::StartStopCycles, 0.0},
-        {"demo, 1 % lost", DeviceKind::DemoReader, Scenario::Continuous, 0.01},
-        {"demo, 5 % lost", DeviceKind::DemoReader, Scenario::Continuous, 0.05},
-        {"replayed, continuous", DeviceKind::ReplayedCamera, Scenario::Continuous, 0.0},
-        {"replayed, single frame", DeviceKind::ReplayedCamera, Scenario::SingleFrame, 0.0},
-        {"replayed, five triggers", DeviceKind::ReplayedCamera, Scenario::FiveTriggers, 0.0},
-        {"replayed, start/stop", DeviceKind::ReplayedCamera, Scenario::StartStopCycles, 0.0},
-        {"replayed, 1 % lost", DeviceKind::ReplayedCamera, Scenario::Continuous, 0.01},
-        {"replayed, 5 % lost", DeviceKind::ReplayedCamera, Scenario::Continuous, 0.05},
+    test::receiveLikeAnOrdinaryUser();
+    // Each scenario against each kind of device.
+    const std::vector<UntunedCase> scenarios{
+        {"continuous", DeviceKind::DemoReader, Scenario::Continuous, 0.0},
+        {"single frame", DeviceKind::DemoReader, Scenario::SingleFrame, 0.0},
+        {"five triggers", DeviceKind::DemoReader, Scenario::FiveTriggers, 0.0},
+        {"start/stop", DeviceKind::DemoReader, Scenario::StartStopCycles, 0.0},
+        {"1 % lost", DeviceKind::DemoReader, Scenario::Continuous, 0.01},
+        {"5 % lost", DeviceKind::DemoReader, Scenario::Continuous, 0.05},
     };
+    std::vector<UntunedCase> cases;
+    for (const DeviceKind kind : {DeviceKind::DemoReader, DeviceKind::ReplayedCamera})
+        for (UntunedCase c : scenarios) {
+            c.kind = kind;
+            cases.push_back(c);
+        }
     for (const UntunedCase& c : cases) {
-        SCOPED_TRACE(c.name);
+        SCOPED_TRACE(std::string(c.kind == DeviceKind::DemoReader ? "demo reader, " : "replayed camera, ") + c.name);
         const ServedDevice served = serve(c.kind, c.loss);
         GObjectPtr<ArvDevice> device(open("127.0.0.2"));
         ASSERT_TRUE(device.get());
