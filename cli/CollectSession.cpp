@@ -77,6 +77,13 @@ void CollectSession::StartJob(int nIndex)
             Qt::QueuedConnection);
     connect(thread.get(), &QCollectInfoThread::SigDeviceCollectFinish, this, &CollectSession::OnFinish,
             Qt::QueuedConnection);
+    // Some failures end a job without a word (no device listed by the
+    // camera SDK); this arrives after anything the job reported.
+    connect(thread.get(), &QThread::finished, this, [this, serial = job.serial] {
+        const int index = RunningJobOf(serial);
+        if (index >= 0)
+            EndJob(index, JobOutcome::Failed, QStringLiteral("the job ended without a result"));
+    }, Qt::QueuedConnection);
     thread->start(QThread::InheritPriority);
     m_mapThreads[job.serial] = std::move(thread);
     emit JobChanged(nIndex);
@@ -91,11 +98,12 @@ void CollectSession::StopAll(int nWaitMs)
             emit JobChanged(i);
         }
     }
-    // Every job is asked at once; they share one bounded wait.
-    for (const auto& entry : m_mapThreads) {
+    // Every job is asked at once, so that none starts another device call
+    // that a release would wait for; then they share one bounded wait.
+    for (const auto& entry : m_mapThreads)
         entry.second->RequestStop();
+    for (const auto& entry : m_mapThreads)
         entry.second->ReleaseDevices();
-    }
     const QDeadlineTimer deadline(nWaitMs);
     for (int i = 0; i < m_vecJobs.size(); ++i) {
         if (m_vecJobs[i].outcome != JobOutcome::Running)

@@ -222,7 +222,8 @@ bool QCollectInfoThread::CollectImageInfo()
     m_strModelName = strModelName;
 
     const QString strRoot = GetVirtualCameraRoot();
-    if (!QFileInfo(strRoot).isDir() && !QDir().mkdir(strRoot) && !QFileInfo(strRoot).isDir())
+    // The whole path: a per-user root may lie below folders not made yet.
+    if (!QFileInfo(strRoot).isDir() && !QDir().mkpath(strRoot) && !QFileInfo(strRoot).isDir())
         return FailJob(kCreateFileFailed, QStringLiteral("cannot make ") + strRoot, false);
     for (const QString& strLeftover : collect::SweepAbandonedStagingFolders(strRoot))
         qInfo().noquote() << "removed the folder of an ended job:" << strLeftover;

@@ -139,10 +139,10 @@ void QVirtualCamMainWidget::StopAllCollect()
         return;
     // All jobs are asked at once and share one bounded wait. Files are
     // removed only after a job has ended, so none is cut from under a job.
-    for (QCollectInfoThread* pThread : qAsConst(m_mapCollectThread)) {
+    for (QCollectInfoThread* pThread : qAsConst(m_mapCollectThread))
         pThread->RequestStop();
+    for (QCollectInfoThread* pThread : qAsConst(m_mapCollectThread))
         pThread->ReleaseDevices();
-    }
     const QDeadlineTimer deadline(kStopWaitMs);
     for (auto it = m_mapCollectThread.begin(); it != m_mapCollectThread.end(); ++it) {
         QCollectInfoThread* const pThread = it.value();
