@@ -53,6 +53,9 @@ set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${QUORVEX_HOMEPAGE}")
 # Libraries from the binaries (dpkg-shlibdeps); the suite's own libraries are
 # found beside the programs through their RPATH.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# Loaded as a Qt plugin, so no binary names it: the widget theme's title-bar,
+# check-box and message icons are SVG.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libqt5svg5")
 # Chinese text needs a CJK font; the help button opens the manual through
 # xdg-open; the simulator's network tests and the service need nothing more.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-wqy-microhei, xdg-utils")
