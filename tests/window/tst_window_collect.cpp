@@ -73,13 +73,13 @@ private:
 
 void WindowCollectTest::init()
 {
-    // The tool reads the ignore list it ships from its working folder.
-    QDir().mkpath("Config");
-    QFile::remove("Config/Config.json");
-    QVERIFY(QFile::copy(QUORVEX_SOURCE_DIR "/resources/config/Config.json", "Config/Config.json"));
     QDir(CollectionRoot()).removeRecursively();
     // The suite ships a "common" folder; a job makes only the last level.
-    QVERIFY(QDir().mkpath(SuiteRoot() + "/common"));
+    QVERIFY(QDir().mkpath(SuiteRoot() + "/common/Config"));
+    // The tool reads the ignore list it ships from its working folder.
+    QVERIFY(QDir::setCurrent(SuiteRoot() + "/common"));
+    QFile::remove("Config/Config.json");
+    QVERIFY(QFile::copy(QUORVEX_SOURCE_DIR "/resources/config/Config.json", "Config/Config.json"));
 }
 
 void WindowCollectTest::cleanup()
