@@ -36,6 +36,10 @@ struct StreamStatistics final {
 
 class StreamChannel final {
 public:
+    // Frames kept for packet resend: enough for a client to ask for a
+    // frame's lost packets while the next few leave back to back.
+    static constexpr std::size_t kHeldFrames = 4;
+
     StreamChannel(UdpSocket socket, std::unique_ptr<FrameSource> source, LinkSpeed link = {}, LinkLoss loss = {});
     ~StreamChannel();
     StreamChannel(const StreamChannel&) = delete;
@@ -96,7 +100,7 @@ private:
     // Owned by the stream thread only.
     std::uint64_t m_frameNumber = 0;
     std::uint16_t m_blockId = 0;
-    std::array<SentFrame, 2> m_history;
+    std::array<SentFrame, kHeldFrames> m_history;
     std::size_t m_newest = 0;
     SentFrame m_prepared; // blockId is unused; preparedNumber says which frame it is
     std::uint64_t m_preparedNumber = 0;

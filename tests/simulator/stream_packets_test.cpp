@@ -133,9 +133,9 @@ TEST_F(StreamPackets, packetResend_sendsHeldPacketsAgain_andRefusesForgottenFram
     }
     EXPECT_EQ(resent, (std::vector<std::uint32_t>{3, 4, 5}));
 
-    // Two more frames push the first one out of the device's memory.
-    triggerFrame();
-    triggerFrame();
+    // Newer frames push the first one out of the device's memory.
+    for (std::size_t frame = 0; frame < StreamChannel::kHeldFrames; ++frame)
+        triggerFrame();
     m_receiver.send(kDevice, test::command(gvcp::command::kPacketResend, 2, test::words({block, 1, 1}), 0));
     const auto refusal = m_receiver.receive(300ms);
     ASSERT_TRUE(refusal);
