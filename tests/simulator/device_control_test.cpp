@@ -320,3 +320,14 @@ TEST_F(DeviceControlTest, streamControls_followTheEmulatedLink)
     EXPECT_EQ(m_actions.start->target.packetGap(), std::chrono::microseconds(250));
     EXPECT_LT(frameRate(), 7.0); // 166 packets, each 250 us apart
 }
+
+TEST(LinkSpeedTest, parsesTheSpeedsUsersWrite)
+{
+    const std::vector<std::pair<std::string, std::string>> speeds{
+        {"100M", "100 Mb/s"}, {"1G", "1 Gb/s"}, {"2.5G", "2.5 Gb/s"}, {"10g", "10 Gb/s"},
+        {"1000000000", "1 Gb/s"}, {"unlimited", "unlimited"}, {"", ""}, {"0.5M", ""}, {"1.G", ""}, {"1T", ""}};
+    for (const auto& [text, shown] : speeds) {
+        const std::optional<LinkSpeed> speed = LinkSpeed::parse(text);
+        EXPECT_EQ(speed ? speed->text() : std::string(), shown) << text;
+    }
+}

@@ -119,8 +119,9 @@ TEST_F(SimulatorProgram, help_documentsEveryOption)
     ASSERT_TRUE(program.started());
     EXPECT_EQ(program.waitForExit(5s), 0);
     // Each option starts a line of its own (--first-index once ran into --store's text).
-    for (const char* option : {"--demo", "--store", "--first-index", "--hostile", "--base-address", "--port", "--no-broadcast",
-                               "--print-xml", "--verbose", "--version", "--help"})
+    for (const char* option : {"--demo", "--store", "--first-index", "--hostile", "--base-address", "--port", "--link-speed",
+                               "--drop-packets", "--drop-seed", "--no-broadcast", "--print-xml", "--verbose", "--version",
+                               "--help"})
         EXPECT_TRUE(std::regex_search(program.errors(), std::regex(std::string("\n +(-[a-z], )?") + option + " ")))
             << option;
 }
@@ -141,6 +142,10 @@ TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
         {{"--hostile", "file-url=etc/passwd"}, "absolute path"},
         {{"--hostile", "vanish=-1"}, "--hostile vanish="},
         {{"--hostile", "bad-zip=1"}, "takes no value"},
+        {{"--link-speed", "fast"}, "--link-speed needs a speed"},
+        {{"--link-speed", "1.5.5G"}, "--link-speed needs a speed"},
+        {{"--drop-packets", "60%"}, "--drop-packets needs a fraction"},
+        {{"--drop-seed", "x"}, "--drop-seed needs a number"},
     };
     for (const auto& [arguments, message] : cases) {
         Program program(arguments);
