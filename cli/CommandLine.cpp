@@ -136,12 +136,15 @@ QString UsageText(Command command)
             "\n"
             "Collects the named code readers, or every listed one, all at the same time:\n"
             "images with their codes, the GenICam description, register dumps and the\n"
-            "feature tree, into <suite>/common/VirtualCamera/<model>. Shows one progress\n"
-            "bar per device on a terminal, plain lines otherwise. A device held by another\n"
-            "client is skipped and reported; a failed job leaves no files behind.\n"
+            "feature tree, into <suite>/common/VirtualCamera/<model> (for an installed or\n"
+            "read-only suite: <user data>/VirtualCamera/<model>; each folder is printed).\n"
+            "Shows one progress bar per device on a terminal, plain lines otherwise. A\n"
+            "device held by another client is skipped and reported. A collection replaces\n"
+            "the model's earlier one only when it finished well; a failed or stopped job\n"
+            "removes only what it wrote itself.\n"
             "Reads the ignore list ./Config/Config.json from the working directory, like\n"
             "the tool: run it from its own folder to use the shipped list.\n"
-            "Ctrl-C stops every job and removes what they wrote.\n");
+            "Ctrl-C or SIGTERM stops every job within a second; earlier collections stay.\n");
     case Command::Add:
         return QStringLiteral(
             "usage: quorvex-cli [--json] add MODEL\n"

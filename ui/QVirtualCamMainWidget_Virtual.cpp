@@ -35,11 +35,15 @@ constexpr int kModelRole = Qt::UserRole + 3;
 void QVirtualCamMainWidget::InitComBoboxInfo()
 {
     bool bRootExists = false;
-    const QStringList models = VirtualStore::ListCollectedModels(GetVirtualCameraRoot(), bRootExists);
+    const QString strRoot = GetVirtualCameraRoot();
+    const QStringList models = VirtualStore::ListCollectedModels(strRoot, bRootExists);
     if (!bRootExists)
         qInfo() << "File is not exist.";
-    if (m_pVirtualComboBox)
+    if (m_pVirtualComboBox) {
         m_pVirtualComboBox->addItems(models);
+        // An installed suite keeps collections per user: say where.
+        m_pVirtualComboBox->setToolTip(tr("Collections are kept in %1").arg(QDir::cleanPath(strRoot)));
+    }
 }
 
 void QVirtualCamMainWidget::InitVirtualCameraList()

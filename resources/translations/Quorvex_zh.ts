@@ -135,6 +135,10 @@
         <translation>删除</translation>
     </message>
     <message>
+        <source>Collections are kept in %1</source>
+        <translation>采集结果保存在 %1</translation>
+    </message>
+    <message>
         <source>Copying the collected files failed. The virtual camera was not created!</source>
         <translation>复制采集文件失败，未创建虚拟相机！</translation>
     </message>
