@@ -14,9 +14,13 @@ namespace {
 constexpr std::uint64_t kEthernetHeader = 14 + 4;
 constexpr std::uint64_t kEthernetMinimumFrame = 64;
 constexpr std::uint64_t kPreambleAndGap = 8 + 12;
-// The longest stretch a held-up sender may send at full speed to catch up.
-// Short enough for a default receive buffer at 1 Gb/s (about 16 packets).
-constexpr auto kMaxCatchUp = std::chrono::microseconds(200);
+// Bytes a sender lets become due before it wakes to send them: a sixth of
+// a default 208 KiB receive buffer, counting the kernel's overhead on each
+// packet. Twice that, the most a held-up sender catches up at once, still
+// leaves the receiver two thirds of its buffer.
+constexpr std::uint64_t kWakeBytes = 24 * 1024;
+// Below this a sleep is mostly timer overhead.
+constexpr auto kMinimumWakeLag = std::chrono::microseconds(100);
 
 } // namespace
 
@@ -92,10 +96,16 @@ Clock::duration frameWireTime(std::size_t imageBytes, std::uint32_t packetSize, 
     return total + static_cast<Clock::rep>(packets) * gap;
 }
 
+LinkPacer::LinkPacer(LinkSpeed speed)
+    : m_speed(speed), m_wakeLag(std::max<Clock::duration>(kMinimumWakeLag, wireTime(kWakeBytes, speed)))
+{
+}
+
 Clock::time_point LinkPacer::nextDeparture(Clock::time_point now)
 {
-    if (m_free < now - kMaxCatchUp)
-        m_free = now - kMaxCatchUp;
+    const Clock::duration maxCatchUp = 2 * m_wakeLag;
+    if (m_free < now - maxCatchUp)
+        m_free = now - maxCatchUp;
     return m_free;
 }
 

@@ -48,20 +48,27 @@ Clock::duration frameWireTime(std::size_t imageBytes, std::uint32_t packetSize, 
 
 class LinkPacer final {
 public:
-    explicit LinkPacer(LinkSpeed speed) : m_speed(speed) {}
+    explicit LinkPacer(LinkSpeed speed);
 
     const LinkSpeed& speed() const { return m_speed; }
+    // How far behind its packets a sender may wake: the link's time for a
+    // burst of packets that fills a fraction of a default receive buffer,
+    // so each wake-up (a timer, a system call, the receiver woken) carries
+    // many packets, yet no burst swamps a receiver.
+    Clock::duration wakeLag() const { return m_wakeLag; }
     // Starts a run of packets: an idle link is free from now on.
     void begin(Clock::time_point now) { m_free = std::max(m_free, now); }
     // When the next packet may leave, given the time now. A sender that was
     // held up for long (preempted) may catch up only a short stretch at
-    // full speed, so a receiver never sees a burst much longer than that.
+    // full speed (twice the wake lag), so a receiver never sees a burst much
+    // longer than that.
     Clock::time_point nextDeparture(Clock::time_point now);
     // Books a packet of ipBytes plus a gap after it on the link.
     void book(std::uint64_t ipBytes, Clock::duration gapAfter);
 
 private:
     LinkSpeed m_speed;
+    Clock::duration m_wakeLag;
     Clock::time_point m_free{};
 };
 

@@ -17,7 +17,6 @@ namespace quorvex::sim {
 namespace {
 
 constexpr std::size_t kBatch = 64;
-constexpr auto kWakeQuantum = std::chrono::microseconds(100);
 constexpr std::uint32_t kPathMtu = 9000;
 // A resend request may not keep the thread busy for more than a frame's worth.
 constexpr std::uint32_t kMaxResendPackets = 4096;
@@ -317,10 +316,10 @@ Clock::duration StreamChannel::sendPackets(const SentFrame& frame, const StreamT
         const Clock::time_point now = Clock::now();
         const Clock::time_point due = m_pacer.nextDeparture(now);
         if (due > now) {
-            // Each wake-up costs the machine more than a packet does; waking a
-            // little late lets several leave at once, still within 50 us of
-            // their time.
-            sleepUntil(due + kWakeQuantum);
+            // Each wake-up costs the machine far more than a packet does
+            // (timer, system call, context switches here and at the
+            // receiver); waking late by the pacer's lag lets a burst leave at once.
+            sleepUntil(due + m_pacer.wakeLag());
             continue;
         }
         // Every packet the link would have let go by now leaves in one call.
