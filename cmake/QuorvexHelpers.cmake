@@ -3,6 +3,9 @@
 # Warnings on everywhere; sanitizers on request.
 macro(quorvex_common_flags)
   add_compile_options(-Wall -Wextra)
+  if(QUORVEX_WARNINGS_AS_ERRORS)
+    add_compile_options(-Werror)
+  endif()
   if(QUORVEX_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=address,undefined)
