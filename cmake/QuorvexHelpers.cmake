@@ -56,8 +56,9 @@ endfunction()
 # One test executable per unit:
 #   quorvex_add_test(NAME name SOURCES ... [LIBS ...] [QT] [GTEST] [NETNS] [XVFB]
 #                    [TIMEOUT seconds] [ENV VAR=value ...] [LABELS ...])
-# QT     links QtTest and runs on the offscreen platform.
-# GTEST  links GoogleTest's main.
+# QT     links QtTest (signal spies, simulated input) and runs on the
+#        offscreen platform.
+# GTEST  links GoogleTest; with QT its entry point creates a QApplication.
 # NETNS  runs the test inside a private network namespace with only loopback up.
 # XVFB   runs the test on a virtual X display of its own (platform xcb).
 # Every test gets its own home: XDG folders and the tool's folder overrides
@@ -77,7 +78,9 @@ function(quorvex_add_test)
     target_link_libraries(${T_NAME} PRIVATE Qt5::Test)
     set_target_properties(${T_NAME} PROPERTIES AUTOMOC ON)
   endif()
-  if(T_GTEST)
+  if(T_GTEST AND T_QT)
+    target_link_libraries(${T_NAME} PRIVATE quorvex_qt_gtest_main)
+  elseif(T_GTEST)
     find_package(GTest REQUIRED)
     target_link_libraries(${T_NAME} PRIVATE GTest::gtest GTest::gtest_main)
   endif()
