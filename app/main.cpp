@@ -69,7 +69,7 @@ int main(int argc, char* argv[])
     }
     // A job that did not end within the window's wait ends with the
     // process; tearing down the libraries under it could hang or crash.
-    if (QCollectInfoThread::RunningJobCount() > 0)
+    if (QCollectInfoThread::runningJobCount() > 0)
         std::_Exit(ret);
     return ret;
 }

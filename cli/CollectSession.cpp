@@ -101,7 +101,7 @@ void CollectSession::StopAll(int nWaitMs)
     // Every job is asked at once, so that none starts another device call
     // that a release would wait for; then they share one bounded wait.
     for (const auto& entry : m_mapThreads)
-        entry.second->RequestStop();
+        entry.second->requestStop();
     for (const auto& entry : m_mapThreads)
         entry.second->ReleaseDevices();
     const QDeadlineTimer deadline(nWaitMs);

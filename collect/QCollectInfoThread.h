@@ -8,6 +8,7 @@
 #include "XQCameraControl.h"
 #include "XqCodeReaderCtrl.h"
 
+#include <QByteArray>
 #include <QSet>
 #include <QString>
 #include <QThread>
@@ -19,6 +20,9 @@
 namespace collect {
 class NodeListPool;
 class StagingFolder;
+}
+namespace collect::job {
+struct LogSite;
 }
 
 class QCollectInfoThread final : public QThread
@@ -53,10 +57,10 @@ public:
 
     // Asks a running job to end soon (it then fails with "Collect Failed!"
     // and removes its own folder). Any thread may call it.
-    void RequestStop();
+    void requestStop();
 
     // Jobs of the whole process whose run() has not returned.
-    static int RunningJobCount();
+    static int runningJobCount();
 
 signals:
     void SigDeviceCollectProgress(QString strSerialNumber, int nPercent);
@@ -67,20 +71,41 @@ protected:
     void run() override;
 
 private:
+    // Whether a failing step leaves the devices open or releases them.
+    enum class Handles { Keep, Release };
+
+    // Lifecycle and failures (QCollectInfoThread.cpp)
     void PraseJsonConfig();
-    bool CollectImageInfo();
-    void CollectNodeInfo();
-    void TraverseNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode);
-    void TraverseNodeAt(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode, int nDepth,
-                        collect::NodeListPool& lists);
-    void ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* pstNode);
-    void EmitStatus(const char* pSourceText);
+    void emitStatus(const char* statusText);
+    // Logs the status text (with the reason, if any) from where the step
+    // failed, emits it, releases the devices if asked, and returns false.
+    bool failJob(const collect::job::LogSite& site, const char* statusText, const QString& reason, Handles handles);
     // ReleaseDevices() that returns what closing the camera gave: whether
     // the register dumps were written.
-    int ReleaseDevicesClosing();
-    // Logs the message with its reason, emits it and returns false.
-    bool FailJob(const char* pSourceText, const QString& strReason, bool bRelease);
-    bool ReplaceCollection();
+    int releaseDevicesClosing();
+
+    // Images and codes (QCollectInfoThread_Capture.cpp)
+    bool CollectImageInfo();
+    bool openCodeReader();
+    bool captureImages();
+
+    // Feature tree (QCollectInfoThread_Features.cpp)
+    void CollectNodeInfo();
+    // Opens the job's device through the camera SDK; modelBuffer gets the
+    // model name of a GigE record.
+    bool openCamera(QByteArray& modelBuffer);
+    // Loads the default user set and finds the root of the feature tree.
+    bool prepareFeatureWalks(XQ_HANDLE camera, XQ_XML_NODE_FEATURE& root);
+    bool walkBooleans(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& root);
+    bool walkEnumerations(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& root);
+    void TraverseNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& stNode);
+    void traverseNodeAt(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& node, int depth, collect::NodeListPool& lists);
+    void ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* pstNode);
+
+    // The job's folder (QCollectInfoThread_Files.cpp)
+    bool makeJobFolder();
+    bool saveFeatureDescription(XQ_HANDLE camera);
+    bool replaceCollection();
 
     QVector<QString> m_vecBoolNodes;
     QVector<QString> m_vecEnumNodes;
@@ -96,7 +121,8 @@ private:
     std::atomic<bool> m_bStop{false};
     bool m_bRecordNodes = false;
     QSet<QString> m_setIgnoreNodes;
-    QString m_strModelName;
+    // The model name as it names the job's folder and files.
+    QString m_modelName;
     // Held from the first write until run() returns.
-    std::unique_ptr<collect::StagingFolder> m_pStagingFolder;
+    std::unique_ptr<collect::StagingFolder> m_stagingFolder;
 };

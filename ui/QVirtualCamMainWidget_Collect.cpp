@@ -108,7 +108,7 @@ void QVirtualCamMainWidget::RemoveCollectThread(QString serial)
     const auto it = m_mapCollectThread.find(serial);
     if (it != m_mapCollectThread.end()) {
         QCollectInfoThread* pThread = it.value();
-        pThread->RequestStop();
+        pThread->requestStop();
         pThread->ReleaseDevices();
         delete pThread;  // waits until the job's run() has returned
         m_mapCollectThread.erase(it);
@@ -140,7 +140,7 @@ void QVirtualCamMainWidget::StopAllCollect()
     // All jobs are asked at once and share one bounded wait. Files are
     // removed only after a job has ended, so none is cut from under a job.
     for (QCollectInfoThread* pThread : qAsConst(m_mapCollectThread))
-        pThread->RequestStop();
+        pThread->requestStop();
     for (QCollectInfoThread* pThread : qAsConst(m_mapCollectThread))
         pThread->ReleaseDevices();
     const QDeadlineTimer deadline(kStopWaitMs);
