@@ -1,7 +1,7 @@
 #include "CollectCommand.h"
 
 #include "AppFolders.h"
-#include "CollectSession.h"
+#include "CollectJobs.h"
 #include "CommandLine.h"
 #include "Console.h"
 #include "DeviceCommands.h"
@@ -25,6 +25,8 @@
 namespace cli {
 
 namespace {
+
+constexpr int kStopWaitMs = 500;
 
 QString OutcomeName(JobOutcome outcome)
 {
@@ -160,7 +162,7 @@ int RunCollect(const Request& request, const Console& console)
     QVector<XQ_CODEREADER_DEVICE_INFO> ready;
     QJsonArray busyJson;
     for (const XQ_CODEREADER_DEVICE_INFO& record : selection.records) {
-        if (XQ_CODEREADER_IsDeviceAccessible(&record, XQ_ACCESS_EXCLUSIVE)) {
+        if (collect::isFreeToCollect(record)) {
             ready.append(record);
             continue;
         }
@@ -185,27 +187,30 @@ int RunCollect(const Request& request, const Console& console)
     if (interruptedBy != 0)
         return Refuse(request, console, kExitInterrupted, QStringLiteral("stopped before any job started"));
 
-    CollectSession session(collectionRoot);
+    // Readers of one model take turns on its collection folder; jobs of
+    // different models run at once. A stop must end well within a second.
+    collect::CollectJobs jobs(collect::CollectRules{collect::ModelTurns::OneAfterAnother,
+                                                    collect::JobRelease::OnFirstReport, kStopWaitMs});
     const ProgressView::Mode mode = request.json           ? ProgressView::Mode::Silent
                                     : console.OutIsTerminal() ? ProgressView::Mode::Terminal
                                                               : ProgressView::Mode::Plain;
     ProgressView view(console, mode);
     QEventLoop loop;
-    QObject::connect(&session, &CollectSession::AllEnded, &loop, &QEventLoop::quit, Qt::QueuedConnection);
-    QObject::connect(&stopSignals, &StopSignals::Requested, &session, [&] { session.StopAll(); });
+    QObject::connect(&jobs, &collect::CollectJobs::allEnded, &loop, &QEventLoop::quit, Qt::QueuedConnection);
+    QObject::connect(&stopSignals, &StopSignals::Requested, &jobs, [&] { jobs.stopAll(); });
 
     if (!ready.isEmpty()) {
-        session.Start(ready);
-        view.Begin(session.Jobs());
-        QObject::connect(&session, &CollectSession::JobChanged, &session,
-                         [&](int index) { view.Changed(session.Jobs(), index); });
+        jobs.start(ready);
+        view.Begin(jobs.jobs());
+        QObject::connect(&jobs, &collect::CollectJobs::jobChanged, &jobs,
+                         [&](int index) { view.Changed(jobs.jobs(), index); });
         loop.exec();
     }
 
     bool anyFailed = false;
     QJsonArray jobsJson;
     QString summary;
-    for (const JobState& job : session.Jobs()) {
+    for (const JobState& job : jobs.jobs()) {
         anyFailed = anyFailed || job.outcome != JobOutcome::Collected;
         jobsJson.append(JobJson(job));
         if (mode == ProgressView::Mode::Terminal)
@@ -222,7 +227,7 @@ int RunCollect(const Request& request, const Console& console)
     if (interruptedBy != 0) {
         // A job that did not end in time is still using its SDK handles:
         // leave without tearing the libraries down under it.
-        if (session.HasAbandonedJobs())
+        if (jobs.hasAbandonedJobs())
             std::_Exit(kExitInterrupted);
         return kExitInterrupted;
     }

@@ -2,45 +2,20 @@
 
 #include "CommandLine.h"
 #include "Console.h"
-#include "DeviceListing.h"
 #include "ExitCodes.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
 
 #include <algorithm>
-#include <memory>
 
 namespace cli {
 
 QVector<XQ_CODEREADER_DEVICE_INFO> EnumerateDevices(int& sdkError)
 {
-    QVector<XQ_CODEREADER_DEVICE_INFO> records;
-    const auto list = std::make_unique<XQ_CODEREADER_DEVICE_INFO_LIST>();
-    sdkError = XQ_CODEREADER_EnumDevices(list.get(), XQ_TLAYER_GIGE);
-    if (sdkError != XQ_OK)
-        return records;
-    const unsigned int count = std::min<unsigned int>(list->nDeviceNum, XQ_MAX_DEVICE_NUM);
-    for (unsigned int i = 0; i < count; ++i)
-        if (list->pDeviceInfo[i] != nullptr)
-            records.append(*list->pDeviceInfo[i]);
-    return records;
-}
-
-DeviceEntry DescribeDevice(const XQ_CODEREADER_DEVICE_INFO& record)
-{
-    DeviceEntry entry;
-    entry.serial = collect::DeviceText(record.stGigE.chSerialNumber);
-    entry.model = collect::DeviceText(record.stGigE.chModelName);
-    entry.address = collect::IpAddressText(record.stGigE.nCurrentIp);
-    entry.version = collect::DeviceText(record.stGigE.chDeviceVersion);
-    entry.userName = collect::DeviceText(record.stGigE.chUserDefinedName);
-    if (collect::IsListedCodeReader(record))
-        entry.kind = DeviceKind::CodeReader;
-    else if (entry.serial.contains(QLatin1String("Vir")))
-        entry.kind = DeviceKind::VirtualCamera;
-    entry.accessible = XQ_CODEREADER_IsDeviceAccessible(&record, XQ_ACCESS_EXCLUSIVE);
-    return entry;
+    XQ_CODEREADER_DEVICE_INFO_LIST list;
+    sdkError = collect::enumerateDevices(list);
+    return sdkError == XQ_OK ? collect::recordsOf(list) : QVector<XQ_CODEREADER_DEVICE_INFO>();
 }
 
 QString KindName(DeviceKind kind)
@@ -113,7 +88,7 @@ int RunDevices(const Request& request, const Console& console)
 
     QVector<DeviceEntry> entries;
     for (const XQ_CODEREADER_DEVICE_INFO& record : records) {
-        DeviceEntry entry = DescribeDevice(record);
+        DeviceEntry entry = collect::describeDevice(record);
         if (request.all || entry.kind == DeviceKind::CodeReader)
             entries.append(std::move(entry));
     }

@@ -2,6 +2,7 @@
 // Finding devices: the records the code-reader SDK enumerates, described the
 // way the window's device table shows them.
 
+#include "DeviceListing.h"
 #include "XqCodeReaderCtrl.h"
 
 #include <QString>
@@ -14,25 +15,12 @@ namespace cli {
 class Console;
 struct Request;
 
-enum class DeviceKind { CodeReader, VirtualCamera, OtherCamera };
-
-struct DeviceEntry final {
-    QString serial;
-    QString model;
-    QString address;
-    QString version;
-    QString userName;
-    DeviceKind kind = DeviceKind::OtherCamera;
-    bool accessible = false;
-};
+using collect::DeviceEntry;
+using collect::DeviceKind;
 
 // Copies of the records of one enumeration (about a second). sdkError is
 // the SDK's code when it failed, 0 otherwise.
 QVector<XQ_CODEREADER_DEVICE_INFO> EnumerateDevices(int& sdkError);
-
-// The window's listing rule decides the kind; accessibility is asked of the
-// device itself, in the access mode a collection opens it with.
-DeviceEntry DescribeDevice(const XQ_CODEREADER_DEVICE_INFO& record);
 
 QString KindName(DeviceKind kind);
 QJsonObject DeviceJson(const DeviceEntry& entry);

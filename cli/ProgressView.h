@@ -3,7 +3,7 @@
 // device, redrawn in place; otherwise a plain line whenever a device's
 // percentage or state changes, so a log file reads top to bottom.
 
-#include "CollectSession.h"
+#include "CollectJobs.h"
 
 #include <QString>
 #include <QVector>
@@ -11,6 +11,8 @@
 namespace cli {
 
 class Console;
+using collect::JobOutcome;
+using collect::JobState;
 
 // "QD0000A1  QVX-ID2040M  [#########.........]  45%" and the state text.
 QString ProgressLine(const JobState& job, int serialWidth, int modelWidth, int barWidth);

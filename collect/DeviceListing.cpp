@@ -2,6 +2,9 @@
 
 #include "XQInterface.h"
 
+#include <algorithm>
+#include <cstring>
+
 namespace collect {
 
 QString DeviceText(const unsigned char* field)
@@ -18,10 +21,51 @@ QString IpAddressText(unsigned int address)
         .arg(address & 0xFF);
 }
 
+bool isVirtualCameraSerial(const QString& serial)
+{
+    return serial.contains(QLatin1String("Vir"));
+}
+
 bool IsListedCodeReader(const XQ_CODEREADER_DEVICE_INFO& record)
 {
-    return !DeviceText(record.stGigE.chSerialNumber).contains(QLatin1String("Vir"))
+    return !isVirtualCameraSerial(DeviceText(record.stGigE.chSerialNumber))
         && DeviceText(record.stGigE.chModelName).contains(QLatin1String("ID"));
+}
+
+bool isFreeToCollect(const XQ_CODEREADER_DEVICE_INFO& record)
+{
+    return XQ_CODEREADER_IsDeviceAccessible(&record, XQ_ACCESS_EXCLUSIVE);
+}
+
+int enumerateDevices(XQ_CODEREADER_DEVICE_INFO_LIST& list)
+{
+    std::memset(&list, 0, sizeof list);
+    return XQ_CODEREADER_EnumDevices(&list, XQ_TLAYER_GIGE);
+}
+
+QVector<XQ_CODEREADER_DEVICE_INFO> recordsOf(const XQ_CODEREADER_DEVICE_INFO_LIST& list)
+{
+    QVector<XQ_CODEREADER_DEVICE_INFO> records;
+    const unsigned int count = std::min<unsigned int>(list.nDeviceNum, XQ_MAX_DEVICE_NUM);
+    for (unsigned int i = 0; i < count && list.pDeviceInfo[i] != nullptr; ++i)
+        records.append(*list.pDeviceInfo[i]);
+    return records;
+}
+
+DeviceEntry describeDevice(const XQ_CODEREADER_DEVICE_INFO& record)
+{
+    DeviceEntry entry;
+    entry.serial = DeviceText(record.stGigE.chSerialNumber);
+    entry.model = DeviceText(record.stGigE.chModelName);
+    entry.address = IpAddressText(record.stGigE.nCurrentIp);
+    entry.version = DeviceText(record.stGigE.chDeviceVersion);
+    entry.userName = DeviceText(record.stGigE.chUserDefinedName);
+    if (IsListedCodeReader(record))
+        entry.kind = DeviceKind::CodeReader;
+    else if (isVirtualCameraSerial(entry.serial))
+        entry.kind = DeviceKind::VirtualCamera;
+    entry.accessible = isFreeToCollect(record);
+    return entry;
 }
 
 } // namespace collect

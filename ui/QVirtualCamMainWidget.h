@@ -2,10 +2,10 @@
 // The tool's only window: the table of discovered code readers with the
 // collect workflow on the left, the virtual cameras on the right.
 
+#include "CollectJobs.h"
 #include "CustomMainWindow.h"
 #include "XqCodeReaderCtrl.h"
 
-#include <QMap>
 #include <QString>
 #include <QVector>
 
@@ -14,7 +14,6 @@ class CustomLabel;
 class CustomListWidget;
 class CustomPushButton;
 class CustomTableWidget;
-class QCollectInfoThread;
 class QHBoxLayout;
 class QSettings;
 class QSplitter;
@@ -60,6 +59,10 @@ private slots:
     void OnHelpDocClicked();
 
 private:
+    // Columns of the device table; unscoped, as they feed the table's
+    // int-based interface.
+    enum DeviceColumn { kCheckColumn, kModelColumn, kAddressColumn, kVersionColumn, kStatusColumn };
+
     // Device discovery and the device table.
     void InitDeviceTable();
     void FillDeviceRow(int row, const _XQ_CODEREADER_DEVICE_INFO_& record);
@@ -68,7 +71,9 @@ private:
     int FindDeviceRow(QString serial);
     void GetCheckCamera(QVector<_XQ_CODEREADER_DEVICE_INFO_>& out);
 
-    // The collect workflow.
+    // The collect workflow. Quitting waits this long for the jobs; a job
+    // still running then is left to end with the process.
+    static constexpr int kStopWaitMs = 3000;
     void RemoveCollectThread(QString serial);
     void DeleteCollectedFiles(QString serial);
     bool DeleteFileOrFolder(QString path);
@@ -92,7 +97,11 @@ private:
     QVBoxLayout* m_pRightLayout = nullptr;
     QSplitter* m_pSplitter = nullptr;
     QSettings* m_pVirtualCamSettings = nullptr;
-    QMap<QString, QCollectInfoThread*> m_mapCollectThread;
+    // The collection jobs by serial number: the window's only record of
+    // running work. Devices are collected all at once; the window lets go
+    // of a job when it has shown the job's outcome.
+    collect::CollectJobs m_mapCollectThread{
+        collect::CollectRules{collect::ModelTurns::AllAtOnce, collect::JobRelease::ByFrontEnd, kStopWaitMs}};
     CustomPushButton* m_pHelpDocBtn = nullptr;
     CustomLabel* m_pWarningLabel = nullptr;
     _XQ_CODEREADER_DEVICE_INFO_LIST_ m_stDeviceList{};

@@ -10,36 +10,29 @@
 #include <QDebug>
 
 #include <cstdio>
-#include <cstring>
 
 namespace {
 
 constexpr int kSerialRole = Qt::UserRole + 1;
 constexpr int kPlaceholderRows = 13;
 constexpr int kDeviceRowHeight = 38;
-constexpr int kCollectAccessMode = 1;
-
 
 } // namespace
 
 void QVirtualCamMainWidget::InitDeviceTable()
 {
-    std::memset(&m_stDeviceList, 0, sizeof(m_stDeviceList));
-    const int nRet = XQ_CODEREADER_EnumDevices(&m_stDeviceList, 1);
-    if (nRet != 0) {
-        std::printf("Enum Devices fail! nRet [0x%x]\n", static_cast<unsigned int>(nRet));
+    const int ret = collect::enumerateDevices(m_stDeviceList);
+    if (ret != XQ_OK) {
+        std::printf("Enum Devices fail! nRet [0x%x]\n", static_cast<unsigned int>(ret));
         std::fflush(stdout);
         return;
     }
     if (!m_pDeviceTable || m_stDeviceList.nDeviceNum == 0)
         return;
 
-    for (unsigned int i = 0; i < m_stDeviceList.nDeviceNum && i < XQ_MAX_DEVICE_NUM; ++i) {
-        const _XQ_CODEREADER_DEVICE_INFO_* pRecord = m_stDeviceList.pDeviceInfo[i];
-        if (!pRecord)
-            break;
+    for (const _XQ_CODEREADER_DEVICE_INFO_& record : collect::recordsOf(m_stDeviceList)) {
         // Virtual cameras of the store and devices that are no code readers.
-        if (!collect::IsListedCodeReader(*pRecord))
+        if (!collect::IsListedCodeReader(record))
             continue;
 
         const int row = GetDeviceRowCount();
@@ -47,10 +40,10 @@ void QVirtualCamMainWidget::InitDeviceTable()
             m_pDeviceTable->insertRow(row);
             m_pDeviceTable->setRowHeight(row, kDeviceRowHeight);
         }
-        for (int nColumn = 0; nColumn < m_pDeviceTable->columnCount(); ++nColumn)
-            m_pDeviceTable->setItem(row, nColumn, new QTableWidgetItem(0));
-        m_pDeviceTable->setCheckBoxVisible(row, 0, true);
-        FillDeviceRow(row, *pRecord);
+        for (int column = 0; column < m_pDeviceTable->columnCount(); ++column)
+            m_pDeviceTable->setItem(row, column, new QTableWidgetItem(0));
+        m_pDeviceTable->setCheckBoxVisible(row, kCheckColumn, true);
+        FillDeviceRow(row, record);
         if (row == 0)
             m_pDeviceTable->selectRow(0);
     }
@@ -60,63 +53,61 @@ void QVirtualCamMainWidget::FillDeviceRow(int row, const _XQ_CODEREADER_DEVICE_I
 {
     if (!m_pDeviceTable || row < 0 || row >= m_pDeviceTable->rowCount())
         return;
-    if (!XQ_CODEREADER_IsDeviceAccessible(&record, kCollectAccessMode))
-        m_pDeviceTable->setCheckBoxEnable(row, 0, false);
+    const collect::DeviceEntry device = collect::describeDevice(record);
+    if (!device.accessible)
+        m_pDeviceTable->setCheckBoxEnable(row, kCheckColumn, false);
 
-    QTableWidgetItem* pSerialItem = m_pDeviceTable->item(row, 0);
-    if (!pSerialItem)
+    QTableWidgetItem* serialItem = m_pDeviceTable->item(row, kCheckColumn);
+    if (!serialItem)
         return;
-    pSerialItem->setData(kSerialRole, collect::DeviceText(record.stGigE.chSerialNumber));
+    serialItem->setData(kSerialRole, device.serial);
 
-    const QString strModel = collect::DeviceText(record.stGigE.chModelName);
-    if (QTableWidgetItem* pModelItem = m_pDeviceTable->item(row, 1)) {
-        pModelItem->setText(strModel);
-        pModelItem->setToolTip(strModel);
+    if (QTableWidgetItem* modelItem = m_pDeviceTable->item(row, kModelColumn)) {
+        modelItem->setText(device.model);
+        modelItem->setToolTip(device.model);
     }
-    QTableWidgetItem* pIpItem = m_pDeviceTable->item(row, 2);
-    QTableWidgetItem* pVersionItem = m_pDeviceTable->item(row, 3);
-    if (pIpItem && pVersionItem) {
-        const QString strVersion = collect::DeviceText(record.stGigE.chDeviceVersion);
-        pVersionItem->setText(strVersion);
-        pVersionItem->setToolTip(strVersion);
-        if (QTableWidgetItem* pStatusItem = m_pDeviceTable->item(row, 4)) {
-            pStatusItem->setText(QString());
-            m_pDeviceTable->setProgressBarVisible(row, 4, false, 0, 100);
+    QTableWidgetItem* ipItem = m_pDeviceTable->item(row, kAddressColumn);
+    QTableWidgetItem* versionItem = m_pDeviceTable->item(row, kVersionColumn);
+    if (ipItem && versionItem) {
+        versionItem->setText(device.version);
+        versionItem->setToolTip(device.version);
+        if (QTableWidgetItem* statusItem = m_pDeviceTable->item(row, kStatusColumn)) {
+            statusItem->setText(QString());
+            m_pDeviceTable->setProgressBarVisible(row, kStatusColumn, false, 0, 100);
         }
-        const QString strIp = collect::IpAddressText(record.stGigE.nCurrentIp);
-        pIpItem->setText(strIp);
-        pIpItem->setToolTip(strIp);
+        ipItem->setText(device.address);
+        ipItem->setToolTip(device.address);
     }
 }
 
 int QVirtualCamMainWidget::GetDeviceRowCount()
 {
-    int nCount = 0;
+    int count = 0;
     for (int row = 0; m_pDeviceTable && row < m_pDeviceTable->rowCount(); ++row)
-        if (m_pDeviceTable->IsHaveCheckBox(row, 0))
-            ++nCount;
-    return nCount;
+        if (m_pDeviceTable->IsHaveCheckBox(row, kCheckColumn))
+            ++count;
+    return count;
 }
 
 void QVirtualCamMainWidget::FindDeviceInfo(QString serial, _XQ_CODEREADER_DEVICE_INFO_& out)
 {
     for (unsigned int i = 0; i < m_stDeviceList.nDeviceNum && i < XQ_MAX_DEVICE_NUM; ++i) {
-        const _XQ_CODEREADER_DEVICE_INFO_* pRecord = m_stDeviceList.pDeviceInfo[i];
-        if (pRecord && collect::DeviceText(pRecord->stGigE.chSerialNumber) == serial)
-            out = *pRecord;
+        const _XQ_CODEREADER_DEVICE_INFO_* record = m_stDeviceList.pDeviceInfo[i];
+        if (record && collect::DeviceText(record->stGigE.chSerialNumber) == serial)
+            out = *record;
     }
 }
 
 int QVirtualCamMainWidget::FindDeviceRow(QString serial)
 {
     // Row 0 answers for a serial number that no row holds.
-    int nFound = 0;
+    int found = 0;
     for (int row = 0; m_pDeviceTable && row < m_pDeviceTable->rowCount(); ++row) {
-        const QTableWidgetItem* pItem = m_pDeviceTable->item(row, 0);
-        if (!m_pDeviceTable->isRowHidden(row) && pItem && pItem->data(kSerialRole).toString() == serial)
-            nFound = row;
+        const QTableWidgetItem* item = m_pDeviceTable->item(row, kCheckColumn);
+        if (!m_pDeviceTable->isRowHidden(row) && item && item->data(kSerialRole).toString() == serial)
+            found = row;
     }
-    return nFound;
+    return found;
 }
 
 void QVirtualCamMainWidget::GetCheckCamera(QVector<_XQ_CODEREADER_DEVICE_INFO_>& out)
@@ -126,13 +117,13 @@ void QVirtualCamMainWidget::GetCheckCamera(QVector<_XQ_CODEREADER_DEVICE_INFO_>&
     for (int row = 0; row < m_pDeviceTable->rowCount(); ++row) {
         if (m_pDeviceTable->isRowHidden(row))
             continue;
-        const QTableWidgetItem* pItem = m_pDeviceTable->item(row, 0);
-        if (!pItem)
+        const QTableWidgetItem* item = m_pDeviceTable->item(row, kCheckColumn);
+        if (!item)
             break;
-        const QString strSerial = pItem->data(kSerialRole).toString();
-        if (m_pDeviceTable->cellCheckState(row, 0) == Qt::Checked) {
+        const QString serial = item->data(kSerialRole).toString();
+        if (m_pDeviceTable->cellCheckState(row, kCheckColumn) == Qt::Checked) {
             _XQ_CODEREADER_DEVICE_INFO_ record{};
-            FindDeviceInfo(strSerial, record);
+            FindDeviceInfo(serial, record);
             qInfo().noquote() << collect::DeviceText(record.stGigE.chSerialNumber);
             out.append(record);
         }
@@ -143,32 +134,32 @@ void QVirtualCamMainWidget::onCellCheckStateChanged(int nRow, int nColumn)
 {
     Q_UNUSED(nRow);
     Q_UNUSED(nColumn);
-    int nChecked = 0;
+    int checked = 0;
     for (int row = 0; m_pDeviceTable && row < m_pDeviceTable->rowCount(); ++row)
-        if (!m_pDeviceTable->isRowHidden(row) && m_pDeviceTable->cellCheckState(row, 0) == Qt::Checked)
-            ++nChecked;
+        if (!m_pDeviceTable->isRowHidden(row) && m_pDeviceTable->cellCheckState(row, kCheckColumn) == Qt::Checked)
+            ++checked;
     if (m_mapCollectThread.isEmpty())
-        m_pCollectBtn->setEnabled(nChecked >= 1);
+        m_pCollectBtn->setEnabled(checked >= 1);
 }
 
 void QVirtualCamMainWidget::onHeaderCheckStateChanged(int nColumn)
 {
     if (!m_pDeviceTable)
         return;
-    auto* pHeader = qobject_cast<CustomCheckHeaderView*>(m_pDeviceTable->horizontalHeader());
-    if (!pHeader)
+    auto* header = qobject_cast<CustomCheckHeaderView*>(m_pDeviceTable->horizontalHeader());
+    if (!header)
         return;
-    const Qt::CheckState state = pHeader->checkState(0);
+    const Qt::CheckState state = header->checkState(kCheckColumn);
     if (state == Qt::PartiallyChecked)
         return;
     for (int row = 0; row < m_pDeviceTable->rowCount(); ++row) {
-        const QTableWidgetItem* pItem = m_pDeviceTable->item(row, 0);
-        if (m_pDeviceTable->isRowHidden(row) || !pItem)
+        const QTableWidgetItem* item = m_pDeviceTable->item(row, kCheckColumn);
+        if (m_pDeviceTable->isRowHidden(row) || !item)
             continue;
         _XQ_CODEREADER_DEVICE_INFO_ record{};
-        FindDeviceInfo(pItem->data(kSerialRole).toString(), record);
+        FindDeviceInfo(item->data(kSerialRole).toString(), record);
         // Asked live: a device taken by another client since start-up stays as it is.
-        if (XQ_CODEREADER_IsDeviceAccessible(&record, kCollectAccessMode))
+        if (collect::isFreeToCollect(record))
             m_pDeviceTable->setCellCheckState(row, nColumn, state, false);
     }
 }
