@@ -28,7 +28,7 @@ namespace {
 
 constexpr int kStopWaitMs = 500;
 
-QString OutcomeName(JobOutcome outcome)
+QString outcomeName(JobOutcome outcome)
 {
     switch (outcome) {
     case JobOutcome::Waiting:
@@ -45,18 +45,18 @@ QString OutcomeName(JobOutcome outcome)
     return QString();
 }
 
-QJsonObject JobJson(const JobState& job)
+QJsonObject jobJson(const JobState& job)
 {
     QJsonObject object{{QStringLiteral("serial"), job.serial},
                        {QStringLiteral("model"), job.model},
-                       {QStringLiteral("outcome"), OutcomeName(job.outcome)},
+                       {QStringLiteral("outcome"), outcomeName(job.outcome)},
                        {QStringLiteral("message"), job.message}};
     if (job.outcome == JobOutcome::Collected)
         object.insert(QStringLiteral("folder"), job.folder);
     return object;
 }
 
-int Refuse(const Request& request, const Console& console, int code, const QString& message)
+int refuse(const Request& request, const Console& console, int code, const QString& message)
 {
     console.Err(QStringLiteral("quorvex-cli: %1\n").arg(message));
     if (request.json)
@@ -64,7 +64,7 @@ int Refuse(const Request& request, const Console& console, int code, const QStri
     return code;
 }
 
-QString SerialsText(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
+QString serialsText(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
 {
     QStringList serials;
     for (const XQ_CODEREADER_DEVICE_INFO& record : records)
@@ -75,7 +75,7 @@ QString SerialsText(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
 
 // The jobs log what is wrong with the ignore list; say it here too, as
 // every job then reads features it was meant to skip.
-void WarnAboutIgnoreList(const Console& console)
+void warnAboutIgnoreList(const Console& console)
 {
     QFile file(QString::fromLatin1(collect::kIgnoreListPath));
     if (!file.open(QIODevice::ReadOnly))
@@ -142,7 +142,7 @@ int RunCollect(const Request& request, const Console& console)
     int sdkError = XQ_OK;
     const QVector<XQ_CODEREADER_DEVICE_INFO> found = EnumerateDevices(sdkError);
     if (sdkError != XQ_OK)
-        return Refuse(request, console, kExitFailed,
+        return refuse(request, console, kExitFailed,
                       QStringLiteral("device enumeration failed (SDK error 0x%1)")
                           .arg(static_cast<unsigned int>(sdkError), 0, 16));
 
@@ -151,12 +151,12 @@ int RunCollect(const Request& request, const Console& console)
         QStringList shown;
         for (const QString& serial : selection.unknownSerials)
             shown << Printable(serial);
-        return Refuse(request, console, kExitNotFound,
+        return refuse(request, console, kExitNotFound,
                       QStringLiteral("no code reader with serial number %1; listed code readers: %2")
-                          .arg(shown.join(QStringLiteral(", ")), SerialsText(found)));
+                          .arg(shown.join(QStringLiteral(", ")), serialsText(found)));
     }
     if (selection.records.isEmpty())
-        return Refuse(request, console, kExitNotFound, QStringLiteral("no code readers found to collect"));
+        return refuse(request, console, kExitNotFound, QStringLiteral("no code readers found to collect"));
 
     // As in the window, a device another client holds cannot be ticked.
     QVector<XQ_CODEREADER_DEVICE_INFO> ready;
@@ -181,11 +181,11 @@ int RunCollect(const Request& request, const Console& console)
                                    "the shipped ignore list\n")
                         .arg(QString::fromLatin1(collect::kIgnoreListPath), QDir::currentPath(),
                              QCoreApplication::applicationDirPath()));
-    WarnAboutIgnoreList(console);
+    warnAboutIgnoreList(console);
 
     QCoreApplication::processEvents();
     if (interruptedBy != 0)
-        return Refuse(request, console, kExitInterrupted, QStringLiteral("stopped before any job started"));
+        return refuse(request, console, kExitInterrupted, QStringLiteral("stopped before any job started"));
 
     // Readers of one model take turns on its collection folder; jobs of
     // different models run at once. A stop must end well within a second.
@@ -212,7 +212,7 @@ int RunCollect(const Request& request, const Console& console)
     QString summary;
     for (const JobState& job : jobs.jobs()) {
         anyFailed = anyFailed || job.outcome != JobOutcome::Collected;
-        jobsJson.append(JobJson(job));
+        jobsJson.append(jobJson(job));
         if (mode == ProgressView::Mode::Terminal)
             summary += PlainProgressLine(job) + QLatin1Char('\n');
     }

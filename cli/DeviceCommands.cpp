@@ -11,14 +11,9 @@
 
 namespace cli {
 
-QVector<XQ_CODEREADER_DEVICE_INFO> EnumerateDevices(int& sdkError)
-{
-    XQ_CODEREADER_DEVICE_INFO_LIST list;
-    sdkError = collect::enumerateDevices(list);
-    return sdkError == XQ_OK ? collect::recordsOf(list) : QVector<XQ_CODEREADER_DEVICE_INFO>();
-}
+namespace {
 
-QString KindName(DeviceKind kind)
+QString kindName(DeviceKind kind)
 {
     switch (kind) {
     case DeviceKind::CodeReader:
@@ -31,15 +26,24 @@ QString KindName(DeviceKind kind)
     return QStringLiteral("other camera");
 }
 
-QJsonObject DeviceJson(const DeviceEntry& entry)
+QJsonObject deviceJson(const DeviceEntry& entry)
 {
     return QJsonObject{{QStringLiteral("serial"), entry.serial},
                        {QStringLiteral("model"), entry.model},
                        {QStringLiteral("address"), entry.address},
                        {QStringLiteral("version"), entry.version},
                        {QStringLiteral("userName"), entry.userName},
-                       {QStringLiteral("kind"), KindName(entry.kind)},
+                       {QStringLiteral("kind"), kindName(entry.kind)},
                        {QStringLiteral("accessible"), entry.accessible}};
+}
+
+} // namespace
+
+QVector<XQ_CODEREADER_DEVICE_INFO> EnumerateDevices(int& sdkError)
+{
+    XQ_CODEREADER_DEVICE_INFO_LIST list;
+    sdkError = collect::enumerateDevices(list);
+    return sdkError == XQ_OK ? collect::recordsOf(list) : QVector<XQ_CODEREADER_DEVICE_INFO>();
 }
 
 QString DeviceTable(const QVector<DeviceEntry>& entries, bool withKind)
@@ -54,7 +58,7 @@ QString DeviceTable(const QVector<DeviceEntry>& entries, bool withKind)
         QStringList row{Printable(entry.serial), Printable(entry.model), entry.address, Printable(entry.version),
                         entry.accessible ? QStringLiteral("yes") : QStringLiteral("no (held by another client)")};
         if (withKind)
-            row << KindName(entry.kind);
+            row << kindName(entry.kind);
         rows.append(row);
     }
     QVector<int> widths(header.size(), 0);
@@ -96,7 +100,7 @@ int RunDevices(const Request& request, const Console& console)
     if (request.json) {
         QJsonArray devices;
         for (const DeviceEntry& entry : entries)
-            devices.append(DeviceJson(entry));
+            devices.append(deviceJson(entry));
         console.Json({{QStringLiteral("devices"), devices}});
         return kExitOk;
     }

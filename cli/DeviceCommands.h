@@ -8,8 +8,6 @@
 #include <QString>
 #include <QVector>
 
-class QJsonObject;
-
 namespace cli {
 
 class Console;
@@ -21,9 +19,6 @@ using collect::DeviceKind;
 // Copies of the records of one enumeration (about a second). sdkError is
 // the SDK's code when it failed, 0 otherwise.
 QVector<XQ_CODEREADER_DEVICE_INFO> EnumerateDevices(int& sdkError);
-
-QString KindName(DeviceKind kind);
-QJsonObject DeviceJson(const DeviceEntry& entry);
 
 // Aligned columns, a header first; kind only when asked.
 QString DeviceTable(const QVector<DeviceEntry>& entries, bool withKind);

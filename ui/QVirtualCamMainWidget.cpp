@@ -114,10 +114,6 @@ bool QVirtualCamMainWidget::InitUI()
 
 bool QVirtualCamMainWidget::InitConnect()
 {
-    connect(&m_mapCollectThread, &collect::CollectJobs::progressReported, this,
-            &QVirtualCamMainWidget::UpDateCollectProgress);
-    connect(&m_mapCollectThread, &collect::CollectJobs::statusReported, this, &QVirtualCamMainWidget::OnCollectStatus);
-    connect(&m_mapCollectThread, &collect::CollectJobs::finishReported, this, &QVirtualCamMainWidget::OnCollectFinish);
     if (!connect(m_pCollectBtn, SIGNAL(clicked()), this, SLOT(OnCollectBtn())))
         return false;
     if (!connect(m_pAddVirtualBtn, SIGNAL(clicked()), this, SLOT(OnAddVirtualBtn())))

@@ -76,7 +76,6 @@ private:
     static constexpr int kStopWaitMs = 3000;
     void RemoveCollectThread(QString serial);
     void DeleteCollectedFiles(QString serial);
-    bool DeleteFileOrFolder(QString path);
     void StopAllCollect();
 
     // The collected-device selector and the virtual camera list.

@@ -3,7 +3,6 @@
 
 #include "QVirtualCamMainWidget.h"
 
-#include "CollectedFiles.h"
 #include "CustomComboBox.h"
 #include "CustomMessageBox.h"
 #include "CustomPushButton.h"
@@ -19,9 +18,16 @@ QVirtualCamMainWidget::~QVirtualCamMainWidget()
 
 void QVirtualCamMainWidget::OnCollectBtn()
 {
-    QVector<_XQ_CODEREADER_DEVICE_INFO_> vecDevices;
-    GetCheckCamera(vecDevices);
-    if (!m_mapCollectThread.start(vecDevices))
+    QVector<_XQ_CODEREADER_DEVICE_INFO_> devices;
+    GetCheckCamera(devices);
+    // Each job's reports reach its device's row, in the order it sent them.
+    connect(&m_mapCollectThread, &collect::CollectJobs::progressReported, this,
+            &QVirtualCamMainWidget::UpDateCollectProgress, Qt::UniqueConnection);
+    connect(&m_mapCollectThread, &collect::CollectJobs::statusReported, this, &QVirtualCamMainWidget::OnCollectStatus,
+            Qt::UniqueConnection);
+    connect(&m_mapCollectThread, &collect::CollectJobs::finishReported, this, &QVirtualCamMainWidget::OnCollectFinish,
+            Qt::UniqueConnection);
+    if (!m_mapCollectThread.start(devices))
         return;
     m_pCollectBtn->setEnabled(false);
 }
@@ -86,11 +92,6 @@ void QVirtualCamMainWidget::DeleteCollectedFiles(QString serial)
     _XQ_CODEREADER_DEVICE_INFO_ record{};
     FindDeviceInfo(serial, record);
     m_mapCollectThread.removeLeftoversOf(collect::DeviceText(record.stGigE.chModelName));
-}
-
-bool QVirtualCamMainWidget::DeleteFileOrFolder(QString path)
-{
-    return collect::DeleteFileOrFolderAt(path);
 }
 
 void QVirtualCamMainWidget::StopAllCollect()
