@@ -65,7 +65,7 @@ ProgressView::ProgressView(const Console& console, Mode mode)
 
 void ProgressView::Begin(const QVector<JobState>& jobs)
 {
-    m_vecLastPlain = QVector<QString>(jobs.size());
+    m_lastPlainLines = QVector<QString>(jobs.size());
     if (m_mode == Mode::Terminal)
         Redraw(jobs, false);
     else
@@ -79,12 +79,12 @@ void ProgressView::Changed(const QVector<JobState>& jobs, int index)
         Redraw(jobs, true);
         return;
     }
-    if (m_mode != Mode::Plain || index < 0 || index >= jobs.size() || index >= m_vecLastPlain.size())
+    if (m_mode != Mode::Plain || index < 0 || index >= jobs.size() || index >= m_lastPlainLines.size())
         return;
     const QString line = PlainProgressLine(jobs[index]);
-    if (line == m_vecLastPlain[index])
+    if (line == m_lastPlainLines[index])
         return;
-    m_vecLastPlain[index] = line;
+    m_lastPlainLines[index] = line;
     m_console.Out(line + QLatin1Char('\n'));
 }
 

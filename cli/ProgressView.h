@@ -33,7 +33,7 @@ private:
 
     const Console& m_console;
     Mode m_mode;
-    QVector<QString> m_vecLastPlain;
+    QVector<QString> m_lastPlainLines;
 };
 
 } // namespace cli

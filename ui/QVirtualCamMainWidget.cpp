@@ -23,8 +23,6 @@ namespace {
 
 constexpr int kDeviceColumnCount = 5;
 constexpr int kDeviceColumnWidths[kDeviceColumnCount] = {38, 180, 115, 125, 167};
-constexpr int kPlaceholderRows = 13;
-constexpr int kDeviceRowHeight = 38;
 const char* const kAccentColor = "#f76900";
 
 } // namespace

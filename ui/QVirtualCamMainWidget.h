@@ -62,6 +62,10 @@ private:
     // Columns of the device table; unscoped, as they feed the table's
     // int-based interface.
     enum DeviceColumn { kCheckColumn, kModelColumn, kAddressColumn, kVersionColumn, kStatusColumn };
+    // The table starts with empty rows that devices fill before new rows
+    // are added.
+    static constexpr int kPlaceholderRows = 13;
+    static constexpr int kDeviceRowHeight = 38;
 
     // Device discovery and the device table.
     void InitDeviceTable();

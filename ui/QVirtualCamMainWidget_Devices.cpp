@@ -14,8 +14,6 @@
 namespace {
 
 constexpr int kSerialRole = Qt::UserRole + 1;
-constexpr int kPlaceholderRows = 13;
-constexpr int kDeviceRowHeight = 38;
 
 } // namespace
 
