@@ -52,7 +52,7 @@ public:
     static void OnDeviceException(unsigned int nMsgType, void* pUser);
 
     // Destroys the code-reader handle and stops, closes and destroys the
-    // camera handle. The window calls it before deleting a finished job.
+    // camera handle. collect::CollectJobs calls it before deleting a job.
     void ReleaseDevices();
 
     // Asks a running job to end soon (it then fails with "Collect Failed!"
