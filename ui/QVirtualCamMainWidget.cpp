@@ -51,7 +51,7 @@ bool QVirtualCamMainWidget::Init()
 
 bool QVirtualCamMainWidget::InitUI()
 {
-    m_pCollectBtn = new CustomPushButton(this, 1);
+    m_pCollectBtn = new CustomPushButton(this, CustomPushButton::StyleOutline);
     m_pCollectBtn->setText(tr("Record"));
     m_pCollectBtn->setObjectName("CollectBtn");
     m_pCollectBtn->setFixedSize(86, 26);
@@ -92,7 +92,7 @@ bool QVirtualCamMainWidget::InitUI()
 
     m_pVirtualComboBox = new CustomComboBox(this, 2, false);
 
-    m_pAddVirtualBtn = new CustomPushButton(this, 1);
+    m_pAddVirtualBtn = new CustomPushButton(this, CustomPushButton::StyleOutline);
     m_pAddVirtualBtn->setText(tr("Add"));
     m_pAddVirtualBtn->setFixedSize(86, 26);
     m_pAddVirtualBtn->cSetBorderColor(kAccentColor, 3, 0);
