@@ -5,7 +5,7 @@
 // collection survives each), and against a store that cannot be written.
 
 #include "CliProcess.h"
-#include "DeviceProcess.h"
+#include "CodeReaders.h"
 
 #include "camera_hold.h"
 
@@ -143,7 +143,7 @@ void CliCommandsTest::init()
 QVector<XQ_CODEREADER_DEVICE_INFO> CliCommandsTest::startReaders(DeviceProcess& simulator, int count)
 {
     QString error;
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(count, &error);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = ::startReaders(simulator, count, &error);
     if (readers.size() != count)
         QTest::qFail(qPrintable(error), __FILE__, __LINE__);
     return readers;
@@ -322,7 +322,7 @@ void CliCommandsTest::collect_failedStoppedOrKilled_keepsThePreviousCollection()
         QElapsedTimer stopping;
         stopping.start();
         if (ending == 0)
-            simulator.kill();
+            simulator.stop(true);
         else
             ::kill(static_cast<pid_t>(cli.processId()), ending);
         QVERIFY(cli.waitForFinished(kJobTimeoutMs));

@@ -1,6 +1,6 @@
 #include "JobRecorder.h"
 
-#include "DeviceProcess.h"
+#include "CodeReaders.h"
 
 #include <QMutexLocker>
 

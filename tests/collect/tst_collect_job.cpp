@@ -7,7 +7,7 @@
 #include "AravisDescription.h"
 #include "CaptureCsv.h"
 #include "CollectProgress.h"
-#include "DeviceProcess.h"
+#include "CodeReaders.h"
 #include "FrameCodes.h"
 #include "JobRecorder.h"
 #include "SuiteLayout.h"
@@ -115,7 +115,7 @@ void TestCollectJob::cleanup()
 QVector<XQ_CODEREADER_DEVICE_INFO> TestCollectJob::startReaders(int count)
 {
     QString error;
-    const auto readers = m_device->startReaders(count, &error);
+    const auto readers = ::startReaders(*m_device, count, &error);
     if (readers.isEmpty())
         QTest::qFail(qPrintable(error), __FILE__, __LINE__);
     return readers;
@@ -319,7 +319,7 @@ void TestCollectJob::disconnectionMidWalk_endsWithCollectFailed()
                              static_cast<int>(kJobTimeoutMs)),
              "the boolean pass never began");
     QVERIFY2(!job.wait(0), "the job ended before the device could be pulled");
-    m_device->kill();
+    m_device->stop(true);
 
     QVERIFY2(job.wait(kJobTimeoutMs), "the job hangs after the device vanished");
     QCOMPARE(job.finishes(), QStringList{});
@@ -334,10 +334,10 @@ void TestCollectJob::disconnectionMidWalk_endsWithCollectFailed()
 
 void TestCollectJob::cameraWithoutRunningMode_failsImageCapture()
 {
-    QString error;
-    QVERIFY2(m_device->startFakeCamera(&error), qPrintable(error));
+    std::string why;
+    QVERIFY2(xqtest::startFakeCamera(*m_device, "127.0.0.1", "GV01", why), why.c_str());
     const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(!readers.isEmpty(), qPrintable(QStringLiteral("the fake camera was not found: ") + m_device->output()));
+    QVERIFY2(!readers.isEmpty(), qPrintable(QStringLiteral("the fake camera was not found: ") + OutputOf(*m_device)));
 
     JobRecorder job(readers.first());
     job.start();

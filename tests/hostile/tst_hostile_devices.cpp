@@ -7,7 +7,7 @@
 // device's model is still there byte for byte.
 
 #include "CliProcess.h"
-#include "DeviceProcess.h"
+#include "CodeReaders.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -109,7 +109,7 @@ void HostileDevicesTest::initTestCase()
     QVERIFY(::mkfifo(qPrintable(m_strHome + QStringLiteral("/fifo")), 0600) == 0 || errno == EEXIST);
 
     DeviceProcess simulator;
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = simulator.startReaders(1, &error);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, 1, &error);
     QVERIFY2(readers.size() == 1 && ModelOf(readers[0]) == kModel, qPrintable(error));
     const CliResult result = m_suite.run({QStringLiteral("collect"), SerialOf(readers[0])}, CliSuite::systemEnvironment(),
                                          kCollectTimeoutMs);
@@ -149,9 +149,8 @@ void HostileDevicesTest::collect_hostileBesideGood()
     const QMap<QString, QByteArray> outsideBefore = Snapshot(m_strHome, toolFolders);
 
     DeviceProcess simulator;
-    QVERIFY2(simulator.startSimulator({QStringLiteral("--demo"), QStringLiteral("2"), QStringLiteral("--hostile"), kind},
-                                      &error),
-             qPrintable(error));
+    std::string why;
+    QVERIFY2(xqtest::startSimulatorWith(simulator, {"--demo", "2", "--hostile", kind.toStdString()}, why), why.c_str());
     const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(3, 30000);
     QString goodSerial, hostileSerial, goodModel;
     for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
@@ -160,7 +159,7 @@ void HostileDevicesTest::collect_hostileBesideGood()
         else if (ModelOf(reader) != kModel)
             goodSerial = SerialOf(reader), goodModel = ModelOf(reader);
     }
-    QVERIFY2(!goodSerial.isEmpty() && !hostileSerial.isEmpty(), qPrintable(simulator.output()));
+    QVERIFY2(!goodSerial.isEmpty() && !hostileSerial.isEmpty(), qPrintable(OutputOf(simulator)));
 
     QElapsedTimer clock;
     clock.start();

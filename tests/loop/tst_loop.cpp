@@ -19,7 +19,7 @@
 
 #include "AravisDescription.h"
 #include "DeviceListing.h"
-#include "DeviceProcess.h"
+#include "CodeReaders.h"
 #include "FeatureWalk.h"
 #include "FrameCodes.h"
 #include "IgnoreList.h"
@@ -166,7 +166,7 @@ void TestLoop::Collect()
 {
     m_demo = std::make_unique<DeviceProcess>();
     QString error;
-    const auto readers = m_demo->startReaders(1, &error);
+    const auto readers = startReaders(*m_demo, 1, &error);
     QVERIFY2(readers.size() == 1, qPrintable(error));
     m_demoRecord = readers.first();
     m_model = ModelOf(m_demoRecord);
@@ -228,10 +228,11 @@ void TestLoop::DiscoverVirtualCamera()
 {
     QString error;
     // "--store" alone: the simulator finds the store as the tool does.
-    QVERIFY2(m_storeSimulator.startSimulator({QStringLiteral("--store")}, &error), qPrintable(error));
+    std::string why;
+    QVERIFY2(xqtest::startSimulatorWith(m_storeSimulator, {"--store"}, why), why.c_str());
     const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
     QVERIFY2(readers.size() == 1,
-             qPrintable(QStringLiteral("the virtual camera was not found; simulator said: ") + m_storeSimulator.output()));
+             qPrintable(QStringLiteral("the virtual camera was not found; simulator said: ") + OutputOf(m_storeSimulator)));
     m_virtualRecord = readers.first();
     QCOMPARE(SerialOf(m_virtualRecord), m_plan->strGroup);
     QCOMPARE(ModelOf(m_virtualRecord), m_model);

@@ -4,7 +4,7 @@
 // beside one that finishes (the lost model's earlier collection survives),
 // and closing while jobs run.
 
-#include "DeviceProcess.h"
+#include "CodeReaders.h"
 #include "SuiteLayout.h"
 #include "WindowProbe.h"
 
@@ -92,7 +92,7 @@ bool WindowCollectTest::startDevices(int count)
     // The window enumerates once: wait until the simulator answers.
     m_devices = std::make_unique<DeviceProcess>();
     QString error;
-    const bool found = m_devices->startReaders(count, &error).size() >= count;
+    const bool found = startReaders(*m_devices, count, &error).size() >= count;
     if (!found)
         qWarning().noquote() << error;
     return found;
@@ -248,9 +248,9 @@ void WindowCollectTest::lostDevice_leavesTheOtherJobRunning()
     // Two simulators, so that one reader can vanish while the other serves.
     QVERIFY(startDevices(1));
     DeviceProcess second;
-    QString error;
-    QVERIFY2(second.startSimulator({"--demo", "1", "--first-index", "1", "--base-address", "127.0.0.3"}, &error),
-             qPrintable(error));
+    std::string why;
+    QVERIFY2(xqtest::startSimulatorWith(second, {"--demo", "1", "--first-index", "1", "--base-address", "127.0.0.3"}, why),
+             why.c_str());
     QCOMPARE(WaitForCodeReaders(2, 15000).size(), 2);
 
     QVirtualCamMainWidget window;
@@ -272,7 +272,7 @@ void WindowCollectTest::lostDevice_leavesTheOtherJobRunning()
     probe.collect->click();
 
     QTRY_VERIFY_WITH_TIMEOUT(jobFolderHasImages(lostModel), 60000);
-    second.kill();
+    second.stop(true);
     waitForStatus(probe, {0, 1}, kJobTimeoutMs);
     // The lost job ends with a message and removes what it made, and only that.
     const QString lostStatus = probe.cell(lostRow, 4);

@@ -3,6 +3,7 @@
 #include "GvcpProbe.h"
 #include "Discovery.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -14,7 +15,12 @@
 
 namespace xqtest {
 
-DeviceProcess::~DeviceProcess() { stop(); }
+DeviceProcess::~DeviceProcess()
+{
+    stop();
+    if (m_outputFd >= 0)
+        ::close(m_outputFd);
+}
 
 bool DeviceProcess::start(const std::string& program, const std::vector<std::string>& arguments, std::string& error)
 {
@@ -24,6 +30,8 @@ bool DeviceProcess::start(const std::string& program, const std::vector<std::str
     for (auto& word : words)
         argv.push_back(word.data());
     argv.push_back(nullptr);
+    if (m_outputFd < 0)
+        m_outputFd = ::open("/tmp", O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
     const pid_t parent = ::getpid();
     const pid_t pid = ::fork();
     if (pid < 0) {
@@ -35,6 +43,10 @@ bool DeviceProcess::start(const std::string& program, const std::vector<std::str
         ::prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (::getppid() != parent)
             ::_exit(127);
+        if (m_outputFd >= 0) {
+            ::dup2(m_outputFd, STDOUT_FILENO);
+            ::dup2(m_outputFd, STDERR_FILENO);
+        }
         ::execv(program.c_str(), argv.data());
         ::_exit(127);
     }
@@ -58,6 +70,19 @@ void DeviceProcess::stop(bool kill)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     m_pid = -1;
+}
+
+std::string DeviceProcess::output() const
+{
+    std::string text;
+    char buffer[4096];
+    off_t offset = 0;
+    ssize_t got = 0;
+    while (m_outputFd >= 0 && (got = ::pread(m_outputFd, buffer, sizeof buffer, offset)) > 0) {
+        text.append(buffer, static_cast<std::size_t>(got));
+        offset += got;
+    }
+    return text;
 }
 
 std::string findOnPath(const std::string& name)
@@ -106,7 +131,7 @@ bool startFakeCamera(DeviceProcess& process, const std::string& ip, const std::s
     return true;
 }
 
-bool startSimulator(DeviceProcess& process, unsigned count, std::string& error, const std::vector<std::string>& hostile)
+bool startSimulatorWith(DeviceProcess& process, const std::vector<std::string>& arguments, std::string& error)
 {
     const char* program = std::getenv("QUORVEX_SIMULATOR");
     if (!program || !*program || ::access(program, X_OK) != 0) {
@@ -114,10 +139,15 @@ bool startSimulator(DeviceProcess& process, unsigned count, std::string& error, 
                 "(QUORVEX_SIMULATOR is unset or not executable)";
         return false;
     }
+    return process.start(program, arguments, error);
+}
+
+bool startSimulator(DeviceProcess& process, unsigned count, std::string& error, const std::vector<std::string>& hostile)
+{
     std::vector<std::string> arguments{"--demo", std::to_string(count)};
     for (const std::string& kind : hostile)
         arguments.insert(arguments.end(), {"--hostile", kind});
-    if (!process.start(program, arguments, error))
+    if (!startSimulatorWith(process, arguments, error))
         return false;
     // Devices sit on 127.0.0.2, 127.0.0.3, ... demo readers first.
     for (unsigned i = 0; i < count + hostile.size(); ++i) {
