@@ -149,25 +149,29 @@ TEST(RegisterDump, formatIsVersionedAndSplitIntoNumbersAndStrings)
 
 TEST(RegisterDump, filesAreNamedAfterTheModelAndHostileNamesWriteNothing)
 {
-    const xqtest::TemporaryFolder folder;
-    ASSERT_FALSE(folder.path().empty());
+    // The dumps go one level down, so that an escape lands in our own
+    // temporary folder and goes with it, never in the shared /tmp.
+    const xqtest::TemporaryFolder outer;
+    ASSERT_FALSE(outer.path().empty());
+    const std::string folder = outer.path() + "/dumps";
+    ASSERT_TRUE(fs::create_directory(folder));
     xq::RegisterRecorder recorder;
     recorder.recordRead(0x100, be32(1).data(), 4);
     const auto recording = recorder.snapshot();
 
-    EXPECT_EQ(xq::writeRegisterDumps(recording, folder.path(), "ID2000", "dev"), XQ_OK);
-    EXPECT_TRUE(fs::exists(folder.path() + "/ID2000_regfile.dat"));
-    EXPECT_TRUE(fs::exists(folder.path() + "/ID2000_strRegFile.dat"));
+    EXPECT_EQ(xq::writeRegisterDumps(recording, folder, "ID2000", "dev"), XQ_OK);
+    EXPECT_TRUE(fs::exists(folder + "/ID2000_regfile.dat"));
+    EXPECT_TRUE(fs::exists(folder + "/ID2000_strRegFile.dat"));
     for (const std::string hostile : {"../escape", "back\\slash", "tab\tname"}) {
-        EXPECT_EQ(xq::writeRegisterDumps(recording, folder.path(), hostile, "dev"), XQ_ERR_INVALID_PARAMETER)
+        EXPECT_EQ(xq::writeRegisterDumps(recording, folder, hostile, "dev"), XQ_ERR_INVALID_PARAMETER)
             << hostile;
     }
-    EXPECT_FALSE(fs::exists(fs::path(folder.path()).parent_path() / "escape_regfile.dat"));
+    EXPECT_FALSE(fs::exists(outer.path() + "/escape_regfile.dat"));
     std::size_t files = 0;
-    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder.path()))
+    for ([[maybe_unused]] const auto& entry : fs::directory_iterator(folder))
         ++files;
     EXPECT_EQ(files, 2u) << "only the pair of dumps, no temporary leftovers";
-    EXPECT_EQ(xq::writeRegisterDumps(recording, folder.path() + "/missing-folder", "ID2000", "dev"),
+    EXPECT_EQ(xq::writeRegisterDumps(recording, folder + "/missing-folder", "ID2000", "dev"),
               XQ_ERR_RESOURCE);
 }
 
