@@ -49,7 +49,7 @@ int main(int argc, char* argv[])
         return 0;
 
     // Folders of collection jobs that a killed copy of a program left.
-    for (const QString& strLeftover : collect::SweepAbandonedStagingFolders(GetVirtualCameraRoot()))
+    for (const QString& strLeftover : collect::sweepAbandonedStagingFolders(GetVirtualCameraRoot()))
         qInfo().noquote() << "removed the folder of an ended job:" << strLeftover;
 
     int ret = 0;

@@ -21,17 +21,17 @@ int Dispatch(const Request& request, const Console& console)
 {
     switch (request.command) {
     case Command::Devices:
-        return RunDevices(request, console);
+        return runDevices(request, console);
     case Command::Collect:
-        return RunCollect(request, console);
+        return runCollect(request, console);
     case Command::Add:
-        return RunAdd(request, console);
+        return runAdd(request, console);
     case Command::Cameras:
-        return RunCameras(request, console);
+        return runCameras(request, console);
     case Command::Delete:
-        return RunDelete(request, console);
+        return runDelete(request, console);
     case Command::Version:
-        console.Out(QStringLiteral("quorvex-cli %1\n").arg(XQInterface::curExeVersion()));
+        console.out(QStringLiteral("quorvex-cli %1\n").arg(XQInterface::curExeVersion()));
         return kExitOk;
     case Command::Help:
     case Command::None:
@@ -42,28 +42,28 @@ int Dispatch(const Request& request, const Console& console)
 
 } // namespace
 
-int RunCli(int argc, char* argv[])
+int runCli(int argc, char* argv[])
 {
-    const Console console(TakeStandardOutput(), STDERR_FILENO);
+    const Console console(takeStandardOutput(), STDERR_FILENO);
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("quorvex-cli"));
 
-    const Request request = ParseCommandLine(QCoreApplication::arguments().mid(1));
+    const Request request = parseCommandLine(QCoreApplication::arguments().mid(1));
     if (!request.error.isEmpty()) {
-        console.Err(QStringLiteral("quorvex-cli: %1\n\n%2").arg(request.error, UsageText(request.command)));
+        console.err(QStringLiteral("quorvex-cli: %1\n\n%2").arg(request.error, usageText(request.command)));
         return kExitUsage;
     }
     if (request.help || request.command == Command::Help) {
         Command topic = request.command;
         if (request.command == Command::Help && !request.operands.isEmpty()) {
-            topic = ParseCommandLine({request.operands.first()}).command;
+            topic = parseCommandLine({request.operands.first()}).command;
             if (topic == Command::None) {
-                console.Err(QStringLiteral("quorvex-cli: no command \"%1\"\n\n%2")
-                                .arg(Printable(request.operands.first()), UsageText(Command::None)));
+                console.err(QStringLiteral("quorvex-cli: no command \"%1\"\n\n%2")
+                                .arg(printable(request.operands.first()), usageText(Command::None)));
                 return kExitUsage;
             }
         }
-        console.Out(UsageText(topic));
+        console.out(usageText(topic));
         return kExitOk;
     }
 

@@ -3,6 +3,6 @@
 
 namespace cli {
 
-int RunCli(int argc, char* argv[]);
+int runCli(int argc, char* argv[]);
 
 } // namespace cli

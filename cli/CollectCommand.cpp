@@ -58,9 +58,9 @@ QJsonObject jobJson(const JobState& job)
 
 int refuse(const Request& request, const Console& console, int code, const QString& message)
 {
-    console.Err(QStringLiteral("quorvex-cli: %1\n").arg(message));
+    console.err(QStringLiteral("quorvex-cli: %1\n").arg(message));
     if (request.json)
-        console.Json({{QStringLiteral("error"), message}});
+        console.json({{QStringLiteral("error"), message}});
     return code;
 }
 
@@ -68,8 +68,8 @@ QString serialsText(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
 {
     QStringList serials;
     for (const XQ_CODEREADER_DEVICE_INFO& record : records)
-        if (collect::IsListedCodeReader(record))
-            serials << Printable(collect::DeviceText(record.stGigE.chSerialNumber));
+        if (collect::isListedCodeReader(record))
+            serials << printable(collect::deviceText(record.stGigE.chSerialNumber));
     return serials.isEmpty() ? QStringLiteral("none") : serials.join(QStringLiteral(", "));
 }
 
@@ -81,25 +81,25 @@ void warnAboutIgnoreList(const Console& console)
     if (!file.open(QIODevice::ReadOnly))
         return;
     const QString name = QFileInfo(file).absoluteFilePath();
-    const collect::IgnoreListContent content = collect::ParseIgnoreList(file.readAll());
+    const collect::IgnoreListContent content = collect::parseIgnoreList(file.readAll());
     QStringList problems;
     for (const QString& skipped : content.skippedElements)
         problems << QStringLiteral("IgnoreNodes ") + skipped + QStringLiteral(" is not a string; left out");
     if (content.outcome == collect::IgnoreListContent::Outcome::NotJson)
         problems << QStringLiteral("not JSON (") + content.parseError + QStringLiteral("); every feature is read");
     for (const QString& problem : problems)
-        console.Err(QStringLiteral("quorvex-cli: warning: ") + Printable(name) + QStringLiteral(": ") + Printable(problem)
+        console.err(QStringLiteral("quorvex-cli: warning: ") + printable(name) + QStringLiteral(": ") + printable(problem)
                     + QLatin1Char('\n'));
 }
 
 } // namespace
 
-DeviceSelection SelectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, const QStringList& serials, bool all)
+DeviceSelection selectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, const QStringList& serials, bool all)
 {
     DeviceSelection selection;
     QStringList chosen;
     const auto take = [&](const XQ_CODEREADER_DEVICE_INFO& record) {
-        const QString serial = collect::DeviceText(record.stGigE.chSerialNumber);
+        const QString serial = collect::deviceText(record.stGigE.chSerialNumber);
         if (chosen.contains(serial))
             return;
         chosen << serial;
@@ -107,14 +107,14 @@ DeviceSelection SelectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, c
     };
     if (all) {
         for (const XQ_CODEREADER_DEVICE_INFO& record : found)
-            if (collect::IsListedCodeReader(record))
+            if (collect::isListedCodeReader(record))
                 take(record);
         return selection;
     }
     for (const QString& serial : serials) {
         bool listed = false;
         for (const XQ_CODEREADER_DEVICE_INFO& record : found) {
-            if (collect::IsListedCodeReader(record) && collect::DeviceText(record.stGigE.chSerialNumber) == serial) {
+            if (collect::isListedCodeReader(record) && collect::deviceText(record.stGigE.chSerialNumber) == serial) {
                 take(record);
                 listed = true;
                 break;
@@ -126,31 +126,31 @@ DeviceSelection SelectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, c
     return selection;
 }
 
-int RunCollect(const Request& request, const Console& console)
+int runCollect(const Request& request, const Console& console)
 {
     // From the start, so that a stop while devices are being listed also
     // ends with the stop status.
     int interruptedBy = 0;
     StopSignals stopSignals;
-    QObject::connect(&stopSignals, &StopSignals::Requested, [&](int number) { interruptedBy = number; });
+    QObject::connect(&stopSignals, &StopSignals::requested, [&](int number) { interruptedBy = number; });
 
     // Folders of jobs that a killed program left; running jobs' stay.
     const QString collectionRoot = GetVirtualCameraRoot();
-    for (const QString& leftover : collect::SweepAbandonedStagingFolders(collectionRoot))
-        console.Err(QStringLiteral("quorvex-cli: removed %1, left by an interrupted collection\n").arg(Printable(leftover)));
+    for (const QString& leftover : collect::sweepAbandonedStagingFolders(collectionRoot))
+        console.err(QStringLiteral("quorvex-cli: removed %1, left by an interrupted collection\n").arg(printable(leftover)));
 
     int sdkError = XQ_OK;
-    const QVector<XQ_CODEREADER_DEVICE_INFO> found = EnumerateDevices(sdkError);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> found = enumerateDevices(sdkError);
     if (sdkError != XQ_OK)
         return refuse(request, console, kExitFailed,
                       QStringLiteral("device enumeration failed (SDK error 0x%1)")
                           .arg(static_cast<unsigned int>(sdkError), 0, 16));
 
-    const DeviceSelection selection = SelectDevices(found, request.operands, request.all);
+    const DeviceSelection selection = selectDevices(found, request.operands, request.all);
     if (!selection.unknownSerials.isEmpty()) {
         QStringList shown;
         for (const QString& serial : selection.unknownSerials)
-            shown << Printable(serial);
+            shown << printable(serial);
         return refuse(request, console, kExitNotFound,
                       QStringLiteral("no code reader with serial number %1; listed code readers: %2")
                           .arg(shown.join(QStringLiteral(", ")), serialsText(found)));
@@ -166,10 +166,10 @@ int RunCollect(const Request& request, const Console& console)
             ready.append(record);
             continue;
         }
-        const QString serial = collect::DeviceText(record.stGigE.chSerialNumber);
-        const QString model = collect::DeviceText(record.stGigE.chModelName);
-        console.Err(QStringLiteral("quorvex-cli: %1 %2 skipped: held by another client\n")
-                        .arg(Printable(serial), Printable(model)));
+        const QString serial = collect::deviceText(record.stGigE.chSerialNumber);
+        const QString model = collect::deviceText(record.stGigE.chModelName);
+        console.err(QStringLiteral("quorvex-cli: %1 %2 skipped: held by another client\n")
+                        .arg(printable(serial), printable(model)));
         busyJson.append(QJsonObject{{QStringLiteral("serial"), serial},
                                     {QStringLiteral("model"), model},
                                     {QStringLiteral("outcome"), QStringLiteral("busy")},
@@ -177,7 +177,7 @@ int RunCollect(const Request& request, const Console& console)
     }
 
     if (!QFileInfo::exists(QString::fromLatin1(collect::kIgnoreListPath)))
-        console.Err(QStringLiteral("quorvex-cli: note: no %1 in %2, so every feature is read; run from %3 to use "
+        console.err(QStringLiteral("quorvex-cli: note: no %1 in %2, so every feature is read; run from %3 to use "
                                    "the shipped ignore list\n")
                         .arg(QString::fromLatin1(collect::kIgnoreListPath), QDir::currentPath(),
                              QCoreApplication::applicationDirPath()));
@@ -192,18 +192,18 @@ int RunCollect(const Request& request, const Console& console)
     collect::CollectJobs jobs(collect::CollectRules{collect::ModelTurns::OneAfterAnother,
                                                     collect::JobRelease::OnFirstReport, kStopWaitMs});
     const ProgressView::Mode mode = request.json           ? ProgressView::Mode::Silent
-                                    : console.OutIsTerminal() ? ProgressView::Mode::Terminal
+                                    : console.outIsTerminal() ? ProgressView::Mode::Terminal
                                                               : ProgressView::Mode::Plain;
     ProgressView view(console, mode);
     QEventLoop loop;
     QObject::connect(&jobs, &collect::CollectJobs::allEnded, &loop, &QEventLoop::quit, Qt::QueuedConnection);
-    QObject::connect(&stopSignals, &StopSignals::Requested, &jobs, [&] { jobs.stopAll(); });
+    QObject::connect(&stopSignals, &StopSignals::requested, &jobs, [&] { jobs.stopAll(); });
 
     if (!ready.isEmpty()) {
         jobs.start(ready);
-        view.Begin(jobs.jobs());
+        view.begin(jobs.jobs());
         QObject::connect(&jobs, &collect::CollectJobs::jobChanged, &jobs,
-                         [&](int index) { view.Changed(jobs.jobs(), index); });
+                         [&](int index) { view.changed(jobs.jobs(), index); });
         loop.exec();
     }
 
@@ -214,15 +214,15 @@ int RunCollect(const Request& request, const Console& console)
         anyFailed = anyFailed || job.outcome != JobOutcome::Collected;
         jobsJson.append(jobJson(job));
         if (mode == ProgressView::Mode::Terminal)
-            summary += PlainProgressLine(job) + QLatin1Char('\n');
+            summary += plainProgressLine(job) + QLatin1Char('\n');
     }
     for (const auto& busy : busyJson)
         jobsJson.append(busy);
 
     if (request.json)
-        console.Json({{QStringLiteral("collectionRoot"), QDir::cleanPath(collectionRoot)}, {QStringLiteral("devices"), jobsJson}});
+        console.json({{QStringLiteral("collectionRoot"), QDir::cleanPath(collectionRoot)}, {QStringLiteral("devices"), jobsJson}});
     else
-        console.Out(summary);
+        console.out(summary);
 
     if (interruptedBy != 0) {
         // A job that did not end in time is still using its SDK handles:

@@ -20,8 +20,8 @@ struct DeviceSelection final {
 // With all, every code reader the window would list; otherwise those with
 // the given serial numbers, in the order given. Virtual cameras and other
 // cameras are never selected.
-DeviceSelection SelectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, const QStringList& serials, bool all);
+DeviceSelection selectDevices(const QVector<XQ_CODEREADER_DEVICE_INFO>& found, const QStringList& serials, bool all);
 
-int RunCollect(const Request& request, const Console& console);
+int runCollect(const Request& request, const Console& console);
 
 } // namespace cli

@@ -41,7 +41,7 @@ QString OperandError(const Request& request)
     case Command::Devices:
     case Command::Cameras:
         return count > 0 ? QStringLiteral("%1 takes no operands, got \"%2\"")
-                               .arg(CommandName(request.command), request.operands.first())
+                               .arg(commandName(request.command), request.operands.first())
                          : QString();
     case Command::Collect:
         if (request.all && count > 0)
@@ -61,7 +61,7 @@ QString OperandError(const Request& request)
 
 } // namespace
 
-Request ParseCommandLine(const QStringList& arguments)
+Request parseCommandLine(const QStringList& arguments)
 {
     Request request;
     bool optionsEnded = false;
@@ -104,14 +104,14 @@ Request ParseCommandLine(const QStringList& arguments)
     if (!request.error.isEmpty() || request.help)
         return request;
     if (request.all && !TakesAll(request.command)) {
-        request.error = QStringLiteral("--all belongs to devices and collect, not %1").arg(CommandName(request.command));
+        request.error = QStringLiteral("--all belongs to devices and collect, not %1").arg(commandName(request.command));
         return request;
     }
     request.error = OperandError(request);
     return request;
 }
 
-QString CommandName(Command command)
+QString commandName(Command command)
 {
     for (const auto& [text, known] : kCommands)
         if (known == command)
@@ -119,7 +119,7 @@ QString CommandName(Command command)
     return QString();
 }
 
-QString UsageText(Command command)
+QString usageText(Command command)
 {
     switch (command) {
     case Command::Devices:

@@ -20,12 +20,12 @@ struct Request final {
 
 // Arguments without the program name. Options may stand anywhere; "--"
 // ends them, so a serial that starts with "-" can still be named.
-Request ParseCommandLine(const QStringList& arguments);
+Request parseCommandLine(const QStringList& arguments);
 
 // Usage text of one command, or of the program for None and Help.
-QString UsageText(Command command);
+QString usageText(Command command);
 
 // The name a user types for a command; empty for None.
-QString CommandName(Command command);
+QString commandName(Command command);
 
 } // namespace cli

@@ -38,22 +38,22 @@ Console::Console(int outFd, int errFd)
 {
 }
 
-void Console::Out(const QString& text) const
+void Console::out(const QString& text) const
 {
     WriteAll(m_nOutFd, text.toUtf8());
 }
 
-void Console::Err(const QString& text) const
+void Console::err(const QString& text) const
 {
     WriteAll(m_nErrFd, text.toUtf8());
 }
 
-void Console::Json(const QJsonObject& document) const
+void Console::json(const QJsonObject& document) const
 {
     WriteAll(m_nOutFd, QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n');
 }
 
-int Console::Columns() const
+int Console::columns() const
 {
     winsize size{};
     if (m_bOutIsTerminal && ::ioctl(m_nOutFd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
@@ -61,7 +61,7 @@ int Console::Columns() const
     return 80;
 }
 
-int TakeStandardOutput()
+int takeStandardOutput()
 {
     const int results = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 3);
     if (results < 0)
@@ -76,7 +76,7 @@ int TakeStandardOutput()
     return results;
 }
 
-QString Printable(const QString& text)
+QString printable(const QString& text)
 {
     QString printable;
     printable.reserve(text.size());

@@ -15,14 +15,14 @@ public:
     // outFd receives results, errFd messages; neither is closed here.
     Console(int outFd, int errFd);
 
-    void Out(const QString& text) const;
-    void Err(const QString& text) const;
+    void out(const QString& text) const;
+    void err(const QString& text) const;
     // One compact JSON document and a newline on the results descriptor.
-    void Json(const QJsonObject& document) const;
+    void json(const QJsonObject& document) const;
 
-    bool OutIsTerminal() const { return m_bOutIsTerminal; }
+    bool outIsTerminal() const { return m_bOutIsTerminal; }
     // Columns of the results terminal; 80 when unknown.
-    int Columns() const;
+    int columns() const;
 
 private:
     int m_nOutFd;
@@ -33,11 +33,11 @@ private:
 // Duplicates standard output to a new descriptor for the results and points
 // descriptor 1 at /dev/null. Returns the new descriptor, or 1 when that
 // cannot be done (the chatter then stays where it was).
-int TakeStandardOutput();
+int takeStandardOutput();
 
 // A text from a device or a file, safe to show on a terminal: control
 // characters become \xNN escapes, so a hostile name cannot move the cursor
 // or forge lines.
-QString Printable(const QString& text);
+QString printable(const QString& text);
 
 } // namespace cli

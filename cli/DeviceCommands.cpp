@@ -39,14 +39,14 @@ QJsonObject deviceJson(const DeviceEntry& entry)
 
 } // namespace
 
-QVector<XQ_CODEREADER_DEVICE_INFO> EnumerateDevices(int& sdkError)
+QVector<XQ_CODEREADER_DEVICE_INFO> enumerateDevices(int& sdkError)
 {
     XQ_CODEREADER_DEVICE_INFO_LIST list;
     sdkError = collect::enumerateDevices(list);
     return sdkError == XQ_OK ? collect::recordsOf(list) : QVector<XQ_CODEREADER_DEVICE_INFO>();
 }
 
-QString DeviceTable(const QVector<DeviceEntry>& entries, bool withKind)
+QString deviceTable(const QVector<DeviceEntry>& entries, bool withKind)
 {
     QVector<QStringList> rows;
     QStringList header{QStringLiteral("SERIAL"), QStringLiteral("MODEL"), QStringLiteral("ADDRESS"),
@@ -55,7 +55,7 @@ QString DeviceTable(const QVector<DeviceEntry>& entries, bool withKind)
         header << QStringLiteral("KIND");
     rows.append(header);
     for (const DeviceEntry& entry : entries) {
-        QStringList row{Printable(entry.serial), Printable(entry.model), entry.address, Printable(entry.version),
+        QStringList row{printable(entry.serial), printable(entry.model), entry.address, printable(entry.version),
                         entry.accessible ? QStringLiteral("yes") : QStringLiteral("no (held by another client)")};
         if (withKind)
             row << kindName(entry.kind);
@@ -77,16 +77,16 @@ QString DeviceTable(const QVector<DeviceEntry>& entries, bool withKind)
     return table;
 }
 
-int RunDevices(const Request& request, const Console& console)
+int runDevices(const Request& request, const Console& console)
 {
     int sdkError = XQ_OK;
-    const QVector<XQ_CODEREADER_DEVICE_INFO> records = EnumerateDevices(sdkError);
+    const QVector<XQ_CODEREADER_DEVICE_INFO> records = enumerateDevices(sdkError);
     if (sdkError != XQ_OK) {
         const QString message = QStringLiteral("device enumeration failed (SDK error 0x%1)")
                                     .arg(static_cast<unsigned int>(sdkError), 0, 16);
-        console.Err(QStringLiteral("quorvex-cli: %1\n").arg(message));
+        console.err(QStringLiteral("quorvex-cli: %1\n").arg(message));
         if (request.json)
-            console.Json({{QStringLiteral("error"), message}});
+            console.json({{QStringLiteral("error"), message}});
         return kExitFailed;
     }
 
@@ -101,15 +101,15 @@ int RunDevices(const Request& request, const Console& console)
         QJsonArray devices;
         for (const DeviceEntry& entry : entries)
             devices.append(deviceJson(entry));
-        console.Json({{QStringLiteral("devices"), devices}});
+        console.json({{QStringLiteral("devices"), devices}});
         return kExitOk;
     }
     if (entries.isEmpty()) {
-        console.Err(request.all ? QStringLiteral("quorvex-cli: no devices found\n")
+        console.err(request.all ? QStringLiteral("quorvex-cli: no devices found\n")
                                 : QStringLiteral("quorvex-cli: no code readers found\n"));
         return kExitOk;
     }
-    console.Out(DeviceTable(entries, request.all));
+    console.out(deviceTable(entries, request.all));
     return kExitOk;
 }
 

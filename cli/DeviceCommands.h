@@ -18,11 +18,11 @@ using collect::DeviceKind;
 
 // Copies of the records of one enumeration (about a second). sdkError is
 // the SDK's code when it failed, 0 otherwise.
-QVector<XQ_CODEREADER_DEVICE_INFO> EnumerateDevices(int& sdkError);
+QVector<XQ_CODEREADER_DEVICE_INFO> enumerateDevices(int& sdkError);
 
 // Aligned columns, a header first; kind only when asked.
-QString DeviceTable(const QVector<DeviceEntry>& entries, bool withKind);
+QString deviceTable(const QVector<DeviceEntry>& entries, bool withKind);
 
-int RunDevices(const Request& request, const Console& console);
+int runDevices(const Request& request, const Console& console);
 
 } // namespace cli

@@ -21,7 +21,7 @@ QString StateText(const JobState& job)
     case JobOutcome::Collected:
         return QStringLiteral("done");
     case JobOutcome::Failed:
-        return QStringLiteral("failed: ") + Printable(job.message);
+        return QStringLiteral("failed: ") + printable(job.message);
     case JobOutcome::Stopped:
         return QStringLiteral("stopped");
     }
@@ -30,27 +30,27 @@ QString StateText(const JobState& job)
 
 } // namespace
 
-QString ProgressLine(const JobState& job, int serialWidth, int modelWidth, int barWidth)
+QString progressLine(const JobState& job, int serialWidth, int modelWidth, int barWidth)
 {
     const int filled = std::clamp(job.percent, 0, 100) * barWidth / 100;
     const QString bar = QString(filled, QLatin1Char('#')) + QString(barWidth - filled, QLatin1Char('.'));
-    return Printable(job.serial).leftJustified(serialWidth) + QStringLiteral("  ")
-        + Printable(job.model).leftJustified(modelWidth) + QStringLiteral("  [") + bar + QStringLiteral("] ")
+    return printable(job.serial).leftJustified(serialWidth) + QStringLiteral("  ")
+        + printable(job.model).leftJustified(modelWidth) + QStringLiteral("  [") + bar + QStringLiteral("] ")
         + StateText(job);
 }
 
-QString PlainProgressLine(const JobState& job)
+QString plainProgressLine(const JobState& job)
 {
-    const QString device = Printable(job.serial) + QLatin1Char(' ') + Printable(job.model) + QLatin1Char(' ');
+    const QString device = printable(job.serial) + QLatin1Char(' ') + printable(job.model) + QLatin1Char(' ');
     switch (job.outcome) {
     case JobOutcome::Waiting:
         return device + QStringLiteral("waiting: a reader of the same model is being collected");
     case JobOutcome::Running:
         return device + QStringLiteral("%1%").arg(job.percent);
     case JobOutcome::Collected:
-        return device + QStringLiteral("collected into ") + Printable(job.folder);
+        return device + QStringLiteral("collected into ") + printable(job.folder);
     case JobOutcome::Failed:
-        return device + QStringLiteral("failed: ") + Printable(job.message);
+        return device + QStringLiteral("failed: ") + printable(job.message);
     case JobOutcome::Stopped:
         return device + QStringLiteral("stopped, its files removed");
     }
@@ -63,51 +63,51 @@ ProgressView::ProgressView(const Console& console, Mode mode)
 {
 }
 
-void ProgressView::Begin(const QVector<JobState>& jobs)
+void ProgressView::begin(const QVector<JobState>& jobs)
 {
     m_lastPlainLines = QVector<QString>(jobs.size());
     if (m_mode == Mode::Terminal)
-        Redraw(jobs, false);
+        redraw(jobs, false);
     else
         for (int i = 0; i < jobs.size(); ++i)
-            Changed(jobs, i);
+            changed(jobs, i);
 }
 
-void ProgressView::Changed(const QVector<JobState>& jobs, int index)
+void ProgressView::changed(const QVector<JobState>& jobs, int index)
 {
     if (m_mode == Mode::Terminal) {
-        Redraw(jobs, true);
+        redraw(jobs, true);
         return;
     }
     if (m_mode != Mode::Plain || index < 0 || index >= jobs.size() || index >= m_lastPlainLines.size())
         return;
-    const QString line = PlainProgressLine(jobs[index]);
+    const QString line = plainProgressLine(jobs[index]);
     if (line == m_lastPlainLines[index])
         return;
     m_lastPlainLines[index] = line;
-    m_console.Out(line + QLatin1Char('\n'));
+    m_console.out(line + QLatin1Char('\n'));
 }
 
-void ProgressView::Redraw(const QVector<JobState>& jobs, bool moveUp)
+void ProgressView::redraw(const QVector<JobState>& jobs, bool moveUp)
 {
     int serialWidth = 0;
     int modelWidth = 0;
     for (const JobState& job : jobs) {
-        serialWidth = std::max(serialWidth, static_cast<int>(Printable(job.serial).size()));
-        modelWidth = std::max(modelWidth, static_cast<int>(Printable(job.model).size()));
+        serialWidth = std::max(serialWidth, static_cast<int>(printable(job.serial).size()));
+        modelWidth = std::max(modelWidth, static_cast<int>(printable(job.model).size()));
     }
     // Room for the columns, the brackets and "100%"; a line that wrapped
     // would break the redraw.
-    const int room = m_console.Columns() - serialWidth - modelWidth - 12;
+    const int room = m_console.columns() - serialWidth - modelWidth - 12;
     const int barWidth = std::clamp(room, kMinimumBarWidth, kMaximumBarWidth);
-    const int columns = m_console.Columns();
+    const int columns = m_console.columns();
     QString text;
     if (moveUp && !jobs.isEmpty())
         text += QStringLiteral("\x1b[%1A").arg(jobs.size());
     for (const JobState& job : jobs)
-        text += QStringLiteral("\r\x1b[2K") + ProgressLine(job, serialWidth, modelWidth, barWidth).left(columns - 1)
+        text += QStringLiteral("\r\x1b[2K") + progressLine(job, serialWidth, modelWidth, barWidth).left(columns - 1)
             + QLatin1Char('\n');
-    m_console.Out(text);
+    m_console.out(text);
 }
 
 } // namespace cli

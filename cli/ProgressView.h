@@ -15,9 +15,9 @@ using collect::JobOutcome;
 using collect::JobState;
 
 // "QD0000A1  QVX-ID2040M  [#########.........]  45%" and the state text.
-QString ProgressLine(const JobState& job, int serialWidth, int modelWidth, int barWidth);
+QString progressLine(const JobState& job, int serialWidth, int modelWidth, int barWidth);
 // "QD0000A1 QVX-ID2040M 45%", or the outcome with its message or folder.
-QString PlainProgressLine(const JobState& job);
+QString plainProgressLine(const JobState& job);
 
 class ProgressView final {
 public:
@@ -25,11 +25,11 @@ public:
 
     ProgressView(const Console& console, Mode mode);
 
-    void Begin(const QVector<JobState>& jobs);
-    void Changed(const QVector<JobState>& jobs, int index);
+    void begin(const QVector<JobState>& jobs);
+    void changed(const QVector<JobState>& jobs, int index);
 
 private:
-    void Redraw(const QVector<JobState>& jobs, bool moveUp);
+    void redraw(const QVector<JobState>& jobs, bool moveUp);
 
     const Console& m_console;
     Mode m_mode;

@@ -41,7 +41,7 @@ StopSignals::StopSignals(QObject* parent)
     if (g_pipe[0] < 0 && ::pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
     m_pNotifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
-    connect(m_pNotifier, &QSocketNotifier::activated, this, &StopSignals::OnReadable);
+    connect(m_pNotifier, &QSocketNotifier::activated, this, &StopSignals::onReadable);
     SetHandler(&OnSignal);
 }
 
@@ -50,11 +50,11 @@ StopSignals::~StopSignals()
     SetHandler(SIG_DFL);
 }
 
-void StopSignals::OnReadable()
+void StopSignals::onReadable()
 {
     unsigned char number = 0;
     while (::read(g_pipe[0], &number, 1) == 1)
-        emit Requested(number);
+        emit requested(number);
 }
 
 } // namespace cli

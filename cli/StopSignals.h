@@ -19,10 +19,10 @@ public:
     ~StopSignals() override;
 
 signals:
-    void Requested(int nSignal);
+    void requested(int nSignal);
 
 private:
-    void OnReadable();
+    void onReadable();
 
     QSocketNotifier* m_pNotifier = nullptr;
 };

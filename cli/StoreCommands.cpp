@@ -34,9 +34,9 @@ constexpr unsigned long kClockStepMs = 10;
 
 int Refuse(const Request& request, const Console& console, int code, const QString& message)
 {
-    console.Err(QStringLiteral("quorvex-cli: %1\n").arg(message));
+    console.err(QStringLiteral("quorvex-cli: %1\n").arg(message));
     if (request.json)
-        console.Json({{QStringLiteral("error"), message}});
+        console.json({{QStringLiteral("error"), message}});
     return code;
 }
 
@@ -54,7 +54,7 @@ bool IsHeld(const VirtualStore::VirtualCameraEntry& entry)
 
 QString Shown(const QString& path)
 {
-    return Printable(QDir::cleanPath(path));
+    return printable(QDir::cleanPath(path));
 }
 
 std::optional<VirtualStore::VirtualCameraPlan> PlanFreshCamera(const QString& model, const QString& root)
@@ -71,7 +71,7 @@ std::optional<VirtualStore::VirtualCameraPlan> PlanFreshCamera(const QString& mo
 
 } // namespace
 
-int RunAdd(const Request& request, const Console& console)
+int runAdd(const Request& request, const Console& console)
 {
     const QString model = request.operands.value(0);
     const QString root = GetVirtualCameraRoot();
@@ -80,10 +80,10 @@ int RunAdd(const Request& request, const Console& console)
     if (!collected.contains(model)) {
         QStringList shown;
         for (const QString& name : collected)
-            shown << Printable(name);
+            shown << printable(name);
         return Refuse(request, console, kExitNotFound,
                       QStringLiteral("\"%1\" has not been collected; collected models in %2: %3")
-                          .arg(Printable(model), Shown(root),
+                          .arg(printable(model), Shown(root),
                                shown.isEmpty() ? QStringLiteral("none") : shown.join(QStringLiteral(", "))));
     }
     const std::optional<VirtualStore::VirtualCameraPlan> plan = PlanFreshCamera(model, root);
@@ -91,7 +91,7 @@ int RunAdd(const Request& request, const Console& console)
     // come from another folder.
     if (!plan || plan->strModel != model)
         return Refuse(request, console, kExitFailed,
-                      QStringLiteral("\"%1\" cannot name a virtual camera").arg(Printable(model)));
+                      QStringLiteral("\"%1\" cannot name a virtual camera").arg(printable(model)));
 
     const QString configPath = VirtualStore::ConfigFilePath();
     if (!VirtualStore::IsConfigFileWritable(configPath))
@@ -118,16 +118,16 @@ int RunAdd(const Request& request, const Console& console)
     }
 
     if (request.json)
-        console.Json({{QStringLiteral("group"), plan->strGroup},
+        console.json({{QStringLiteral("group"), plan->strGroup},
                       {QStringLiteral("model"), plan->strModel},
                       {QStringLiteral("folder"), QDir::cleanPath(plan->strCameraFolder)},
                       {QStringLiteral("config"), QDir::cleanPath(configPath)}});
     else
-        console.Out(plan->strGroup + QLatin1Char('\n'));
+        console.out(plan->strGroup + QLatin1Char('\n'));
     return kExitOk;
 }
 
-int RunCameras(const Request& request, const Console& console)
+int runCameras(const Request& request, const Console& console)
 {
     const std::unique_ptr<QSettings> settings = OpenStoreSettings();
     const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::ReadVirtualCameraList(*settings);
@@ -139,19 +139,19 @@ int RunCameras(const Request& request, const Console& console)
                                        {QStringLiteral("folder"),
                                         QDir::cleanPath(VirtualStore::CameraFolder(entry.strGroup))},
                                        {QStringLiteral("held"), IsHeld(entry)}});
-        console.Json({{QStringLiteral("store"), QDir::cleanPath(VirtualStore::StorePath())},
+        console.json({{QStringLiteral("store"), QDir::cleanPath(VirtualStore::StorePath())},
                       {QStringLiteral("cameras"), cameras}});
         return kExitOk;
     }
     if (entries.isEmpty()) {
-        console.Err(QStringLiteral("quorvex-cli: no virtual cameras in %1\n").arg(Shown(VirtualStore::StorePath())));
+        console.err(QStringLiteral("quorvex-cli: no virtual cameras in %1\n").arg(Shown(VirtualStore::StorePath())));
         return kExitOk;
     }
     int groupWidth = 5;
     int modelWidth = 5;
     for (const VirtualStore::VirtualCameraEntry& entry : entries) {
-        groupWidth = std::max(groupWidth, static_cast<int>(Printable(entry.strGroup).size()));
-        modelWidth = std::max(modelWidth, static_cast<int>(Printable(entry.strModel).size()));
+        groupWidth = std::max(groupWidth, static_cast<int>(printable(entry.strGroup).size()));
+        modelWidth = std::max(modelWidth, static_cast<int>(printable(entry.strModel).size()));
     }
     const auto line = [&](const QString& group, const QString& model, const QString& held, const QString& folder) {
         return group.leftJustified(groupWidth + 2) + model.leftJustified(modelWidth + 2) + held.leftJustified(6)
@@ -160,14 +160,14 @@ int RunCameras(const Request& request, const Console& console)
     QString table = line(QStringLiteral("GROUP"), QStringLiteral("MODEL"), QStringLiteral("HELD"),
                          QStringLiteral("FOLDER"));
     for (const VirtualStore::VirtualCameraEntry& entry : entries)
-        table += line(Printable(entry.strGroup), Printable(entry.strModel),
+        table += line(printable(entry.strGroup), printable(entry.strModel),
                       IsHeld(entry) ? QStringLiteral("yes") : QStringLiteral("no"),
                       Shown(VirtualStore::CameraFolder(entry.strGroup)));
-    console.Out(table);
+    console.out(table);
     return kExitOk;
 }
 
-int RunDelete(const Request& request, const Console& console)
+int runDelete(const Request& request, const Console& console)
 {
     const QString group = request.operands.value(0);
     const std::unique_ptr<QSettings> settings = OpenStoreSettings();
@@ -176,7 +176,7 @@ int RunDelete(const Request& request, const Console& console)
                                  [&group](const VirtualStore::VirtualCameraEntry& entry) { return entry.strGroup == group; });
     if (it == entries.cend())
         return Refuse(request, console, kExitNotFound,
-                      QStringLiteral("no virtual camera %1 in %2").arg(Printable(group), Shown(VirtualStore::StorePath())));
+                      QStringLiteral("no virtual camera %1 in %2").arg(printable(group), Shown(VirtualStore::StorePath())));
 
     if (!VirtualStore::IsConfigFileWritable(VirtualStore::ConfigFilePath()))
         return Refuse(request, console, kExitFailed,
@@ -187,14 +187,14 @@ int RunDelete(const Request& request, const Console& console)
     switch (VirtualStore::DeleteVirtualCamera(it->strGroup, it->strModel, settings.get(), &reason)) {
     case VirtualStore::DeletionOutcome::UnsafeGroup: // the list never holds one
         return Refuse(request, console, kExitFailed,
-                      QStringLiteral("\"%1\" cannot name a camera folder").arg(Printable(group)));
+                      QStringLiteral("\"%1\" cannot name a camera folder").arg(printable(group)));
     case VirtualStore::DeletionOutcome::HeldOpen:
         return Refuse(request, console, kExitBusy,
                       QStringLiteral("virtual camera %1 is connected to a client; disconnect it and try again")
-                          .arg(Printable(group)));
+                          .arg(printable(group)));
     case VirtualStore::DeletionOutcome::OutsideStore:
         return Refuse(request, console, kExitFailed,
-                      QStringLiteral("not deleting %1: %2").arg(Printable(group), Printable(reason)));
+                      QStringLiteral("not deleting %1: %2").arg(printable(group), printable(reason)));
     case VirtualStore::DeletionOutcome::ConfigNotWritten:
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("the store's configuration file %1 cannot be written; nothing was deleted")
@@ -203,9 +203,9 @@ int RunDelete(const Request& request, const Console& console)
         break;
     }
     if (request.json)
-        console.Json({{QStringLiteral("deleted"), group}, {QStringLiteral("model"), it->strModel}});
+        console.json({{QStringLiteral("deleted"), group}, {QStringLiteral("model"), it->strModel}});
     else
-        console.Out(QStringLiteral("deleted %1 (%2)\n").arg(Printable(group), Printable(it->strModel)));
+        console.out(QStringLiteral("deleted %1 (%2)\n").arg(printable(group), printable(it->strModel)));
     return kExitOk;
 }
 

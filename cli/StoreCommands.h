@@ -8,8 +8,8 @@ namespace cli {
 class Console;
 struct Request;
 
-int RunAdd(const Request& request, const Console& console);
-int RunCameras(const Request& request, const Console& console);
-int RunDelete(const Request& request, const Console& console);
+int runAdd(const Request& request, const Console& console);
+int runCameras(const Request& request, const Console& console);
+int runDelete(const Request& request, const Console& console);
 
 } // namespace cli

@@ -5,5 +5,5 @@
 
 int main(int argc, char* argv[])
 {
-    return cli::RunCli(argc, argv);
+    return cli::runCli(argc, argv);
 }

@@ -14,7 +14,7 @@ const char kCsvHeader[] =
     "Code3,CodeType3,CodeCoordinate3,Code4,CodeType4,CodeCoordinate4,"
     "Code5,CodeType5,CodeCoordinate5,Code6,CodeType6,CodeCoordinate6\n";
 
-QByteArray CsvRowOf(quint32 frameNumber, XQ_CODEREADER_FRAME_INFO& frame)
+QByteArray csvRowOf(quint32 frameNumber, XQ_CODEREADER_FRAME_INFO& frame)
 {
     if (frame.nCodeNum > kMaxCodesPerRow)
         frame.nCodeNum = kMaxCodesPerRow;
@@ -26,7 +26,7 @@ QByteArray CsvRowOf(quint32 frameNumber, XQ_CODEREADER_FRAME_INFO& frame)
     for (unsigned int i = 0; i < frame.nCodeNum; ++i) {
         const XQ_CODEREADER_CODE_INFO& code = frame.stCodeInfo[i];
         const QString text = QString::fromUtf8(code.chCode, static_cast<int>(strnlen(code.chCode, sizeof code.chCode)));
-        row += QLatin1Char(',') + text + QLatin1Char(',') + SymbologyName(code.nSymbology) + QLatin1Char(',');
+        row += QLatin1Char(',') + text + QLatin1Char(',') + symbologyName(code.nSymbology) + QLatin1Char(',');
         for (int p = 0; p < 4; ++p) {
             row += QString::number(code.stCornerPt[p].nX) + QLatin1Char('.') + QString::number(code.stCornerPt[p].nY);
             if (p < 3)

@@ -17,6 +17,6 @@ extern const char kCsvHeader[];
 // frame's code count to six in place, as the row holds no more. Code texts go
 // in unquoted and are substituted like every other field, so a comma in a
 // code spreads it over two columns.
-QByteArray CsvRowOf(quint32 frameNumber, XQ_CODEREADER_FRAME_INFO& frame);
+QByteArray csvRowOf(quint32 frameNumber, XQ_CODEREADER_FRAME_INFO& frame);
 
 } // namespace collect

@@ -13,41 +13,41 @@ CheckedFile::~CheckedFile()
         std::fclose(m_pFile);
 }
 
-bool CheckedFile::Fail(const char* what, int error)
+bool CheckedFile::fail(const char* what, int error)
 {
     m_strError = QString::fromLatin1(what) + QLatin1Char(' ') + m_strPath + QStringLiteral(": ")
         + QString::fromLocal8Bit(std::strerror(error));
     return false;
 }
 
-bool CheckedFile::Open(const QString& path)
+bool CheckedFile::open(const QString& path)
 {
     m_strPath = path;
     m_pFile = std::fopen(QFile::encodeName(path).constData(), "wb+");
-    return m_pFile != nullptr || Fail("cannot open", errno);
+    return m_pFile != nullptr || fail("cannot open", errno);
 }
 
-bool CheckedFile::Write(const void* data, std::size_t length)
+bool CheckedFile::write(const void* data, std::size_t length)
 {
     if (m_pFile == nullptr)
-        return Fail("not open:", EBADF);
+        return fail("not open:", EBADF);
     if (length == 0)
         return true;
     errno = 0;
     if (std::fwrite(data, 1, length, m_pFile) != length)
-        return Fail("cannot write", errno != 0 ? errno : EIO);
+        return fail("cannot write", errno != 0 ? errno : EIO);
     return true;
 }
 
-bool CheckedFile::Write(const char* text)
+bool CheckedFile::write(const char* text)
 {
-    return Write(text, std::strlen(text));
+    return write(text, std::strlen(text));
 }
 
-bool CheckedFile::Close()
+bool CheckedFile::close()
 {
     if (m_pFile == nullptr)
-        return Fail("not open:", EBADF);
+        return fail("not open:", EBADF);
     std::FILE* const file = m_pFile;
     m_pFile = nullptr;
     errno = 0;
@@ -55,16 +55,16 @@ bool CheckedFile::Close()
     const int flushError = errno;
     // Buffered bytes that did not fit show only here.
     if (std::fclose(file) != 0 || !flushed)
-        return Fail("cannot write", !flushed && flushError != 0 ? flushError : (errno != 0 ? errno : EIO));
+        return fail("cannot write", !flushed && flushError != 0 ? flushError : (errno != 0 ? errno : EIO));
     return true;
 }
 
-bool WriteWholeFile(const QString& path, const void* data, std::size_t length, QString* error)
+bool writeWholeFile(const QString& path, const void* data, std::size_t length, QString* error)
 {
     CheckedFile file;
-    if (file.Open(path) && file.Write(data, length) && file.Close())
+    if (file.open(path) && file.write(data, length) && file.close())
         return true;
-    *error = file.Error();
+    *error = file.error();
     return false;
 }
 

@@ -19,18 +19,18 @@ public:
     CheckedFile& operator=(const CheckedFile&) = delete;
 
     // Opens with "wb+" (truncating). False with error() set.
-    bool Open(const QString& path);
-    bool Write(const void* data, std::size_t length);
-    bool Write(const char* text);
+    bool open(const QString& path);
+    bool write(const void* data, std::size_t length);
+    bool write(const char* text);
     // Flushes and closes; false when anything written did not reach the file.
-    bool Close();
+    bool close();
 
-    bool IsOpen() const { return m_pFile != nullptr; }
+    bool isOpen() const { return m_pFile != nullptr; }
     // What failed and why, with the file's path.
-    QString Error() const { return m_strError; }
+    QString error() const { return m_strError; }
 
 private:
-    bool Fail(const char* what, int error);
+    bool fail(const char* what, int error);
 
     std::FILE* m_pFile = nullptr;
     QString m_strPath;
@@ -38,6 +38,6 @@ private:
 };
 
 // Writes a whole file; false with *error set when any step fails.
-bool WriteWholeFile(const QString& path, const void* data, std::size_t length, QString* error);
+bool writeWholeFile(const QString& path, const void* data, std::size_t length, QString* error);
 
 } // namespace collect

@@ -17,7 +17,7 @@ constexpr std::array<const char*, 8> kCodeReaderSwitches{
 
 } // namespace
 
-void ReadCodeReaderStrings(XQ_HANDLE hCamera)
+void readCodeReaderStrings(XQ_HANDLE hCamera)
 {
     XQ_CC_SetEnumValueByString(hCamera, "RunningMode", "Normal");
     XQ_CC_SetEnumValueByString(hCamera, "TriggerMode", "On");

@@ -13,6 +13,6 @@ constexpr char kCodeReaderMarker[] = "ID";
 // Each string is read under the settings that make it available, so the
 // order of the settings matters; every result is ignored. The device is left
 // in the last of them.
-void ReadCodeReaderStrings(XQ_HANDLE hCamera);
+void readCodeReaderStrings(XQ_HANDLE hCamera);
 
 } // namespace collect

@@ -50,9 +50,9 @@ bool CollectJobs::start(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
     const QString root = GetVirtualCameraRoot();
     for (const XQ_CODEREADER_DEVICE_INFO& record : records) {
         JobState job;
-        job.serial = DeviceText(record.stGigE.chSerialNumber);
-        job.model = DeviceText(record.stGigE.chModelName);
-        job.folder = QDir::cleanPath(CollectionFolderOf(root, job.model));
+        job.serial = deviceText(record.stGigE.chSerialNumber);
+        job.model = deviceText(record.stGigE.chModelName);
+        job.folder = QDir::cleanPath(collectionFolderOf(root, job.model));
         job.outcome = JobOutcome::Waiting;
         m_jobs.append(job);
         m_runs.push_back(JobRun{record, nullptr});
@@ -135,7 +135,7 @@ void CollectJobs::releaseThreadOf(int index)
 
 QStringList CollectJobs::removeLeftoversOf(const QString& model) const
 {
-    const QStringList removed = DeleteCollectedFilesOf(GetVirtualCameraRoot(), model);
+    const QStringList removed = deleteCollectedFilesOf(GetVirtualCameraRoot(), model);
     for (const QString& folder : removed)
         qInfo().noquote() << "removed the folder of an ended job:" << folder;
     return removed;

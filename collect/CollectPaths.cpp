@@ -7,44 +7,44 @@
 
 namespace collect {
 
-QString CollectionFolderOf(const QString& virtualCameraRoot, const QString& modelName)
+QString collectionFolderOf(const QString& virtualCameraRoot, const QString& modelName)
 {
     return QStringLiteral("%1/%2").arg(virtualCameraRoot, modelName);
 }
 
-QString ImageFolderOf(const QString& collectionFolder)
+QString imageFolderOf(const QString& collectionFolder)
 {
     return QStringLiteral("%1%2").arg(collectionFolder, QStringLiteral("/Jpg"));
 }
 
-QString ImageFileOf(const QString& imageFolder, quint32 frameNumber)
+QString imageFileOf(const QString& imageFolder, quint32 frameNumber)
 {
     // Joined, not chained arg(): a "%1" in the model part of the folder
     // would take the frame number.
     return imageFolder + QLatin1Char('/') + QString::number(frameNumber) + QStringLiteral(".jpg");
 }
 
-QString CsvFileOf(const QString& collectionFolder)
+QString csvFileOf(const QString& collectionFolder)
 {
     return collectionFolder + QStringLiteral("/ImportInformation.csv");
 }
 
-QString FeatureDescriptionName(const QString& modelName)
+QString featureDescriptionName(const QString& modelName)
 {
     return QStringLiteral("%1.xml").arg(modelName);
 }
 
-QString RegisterDumpName(const QString& modelName)
+QString registerDumpName(const QString& modelName)
 {
     return QStringLiteral("%1_regfile.dat").arg(modelName);
 }
 
-QString StringRegisterDumpName(const QString& modelName)
+QString stringRegisterDumpName(const QString& modelName)
 {
     return QStringLiteral("%1_strRegFile.dat").arg(modelName);
 }
 
-bool IsSafeModelName(const QString& modelName)
+bool isSafeModelName(const QString& modelName)
 {
     if (modelName == QLatin1String(".") || modelName == QLatin1String(".."))
         return false;
@@ -55,7 +55,7 @@ bool IsSafeModelName(const QString& modelName)
     return true;
 }
 
-QString ModelNameOfField(const unsigned char* field, std::size_t fieldSize)
+QString modelNameOfField(const unsigned char* field, std::size_t fieldSize)
 {
     const std::size_t limit = std::min(fieldSize, kModelNameFieldBytes);
     const void* const nul = std::memchr(field, '\0', limit);
@@ -65,7 +65,7 @@ QString ModelNameOfField(const unsigned char* field, std::size_t fieldSize)
                            static_cast<int>(static_cast<const unsigned char*>(nul) - field));
     const QString name = QString::fromUtf8(bytes);
     // Invalid UTF-8 turns into U+FFFD and so does not come back the same.
-    if (name.isEmpty() || name.toUtf8() != bytes || QFile::encodeName(name) != bytes || !IsSafeModelName(name))
+    if (name.isEmpty() || name.toUtf8() != bytes || QFile::encodeName(name) != bytes || !isSafeModelName(name))
         return QString();
     return name;
 }

@@ -9,24 +9,24 @@
 namespace collect {
 
 // <root>/<model>: a device's collection folder is keyed by its model name.
-QString CollectionFolderOf(const QString& virtualCameraRoot, const QString& modelName);
+QString collectionFolderOf(const QString& virtualCameraRoot, const QString& modelName);
 // <collection folder>/Jpg
-QString ImageFolderOf(const QString& collectionFolder);
+QString imageFolderOf(const QString& collectionFolder);
 // <image folder>/<n>.jpg
-QString ImageFileOf(const QString& imageFolder, quint32 frameNumber);
+QString imageFileOf(const QString& imageFolder, quint32 frameNumber);
 // <collection folder>/ImportInformation.csv
-QString CsvFileOf(const QString& collectionFolder);
+QString csvFileOf(const QString& collectionFolder);
 
 // The three files a feature capture leaves, named after the model:
 // "<model>.xml", "<model>_regfile.dat", "<model>_strRegFile.dat".
-QString FeatureDescriptionName(const QString& modelName);
-QString RegisterDumpName(const QString& modelName);
-QString StringRegisterDumpName(const QString& modelName);
+QString featureDescriptionName(const QString& modelName);
+QString registerDumpName(const QString& modelName);
+QString stringRegisterDumpName(const QString& modelName);
 
 // The model name comes from the network and becomes a folder that is later
 // deleted recursively: refuse anything that could leave the collection root
 // (a "/" or "\\", a control character, "." or ".."). Empty stays allowed.
-bool IsSafeModelName(const QString& modelName);
+bool isSafeModelName(const QString& modelName);
 
 // A GigE model name is at most 31 bytes and a NUL in its 32-byte bootstrap
 // field; the camera record's field has just those 32 bytes.
@@ -35,7 +35,7 @@ constexpr std::size_t kModelNameFieldBytes = 32;
 // The model name of a record's model-name field, spelled by exactly the
 // bytes that name its files and folders. Empty for a name that fills its
 // field without a NUL, is not UTF-8, cannot name a file with the same bytes,
-// is unsafe (IsSafeModelName) or is empty.
-QString ModelNameOfField(const unsigned char* field, std::size_t fieldSize);
+// is unsafe (isSafeModelName) or is empty.
+QString modelNameOfField(const unsigned char* field, std::size_t fieldSize);
 
 } // namespace collect

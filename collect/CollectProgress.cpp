@@ -2,13 +2,13 @@
 
 namespace collect {
 
-int BoolPassProgress(int boolIndex, int boolCount, int enumCount)
+int boolPassProgress(int boolIndex, int boolCount, int enumCount)
 {
     const float share = static_cast<float>(boolIndex) / static_cast<float>(boolCount + enumCount);
     return static_cast<int>(static_cast<double>(share) * 0.9 * 100 + 10);
 }
 
-int EnumPassProgress(int enumIndex, int boolCount, int enumCount)
+int enumPassProgress(int enumIndex, int boolCount, int enumCount)
 {
     const float share = static_cast<float>(boolCount + enumIndex) / static_cast<float>(enumCount + boolCount);
     return static_cast<int>(static_cast<double>(share) * 0.9 * 100 + 10);

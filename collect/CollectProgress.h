@@ -12,8 +12,8 @@ constexpr int kProgressAfterPasses = 99;
 constexpr int kProgressDone = 100;
 
 // After boolean boolIndex (0-based) of boolCount, with enumCount enumerations.
-int BoolPassProgress(int boolIndex, int boolCount, int enumCount);
+int boolPassProgress(int boolIndex, int boolCount, int enumCount);
 // After enumeration enumIndex (0-based) of enumCount, with boolCount booleans.
-int EnumPassProgress(int enumIndex, int boolCount, int enumCount);
+int enumPassProgress(int enumIndex, int boolCount, int enumCount);
 
 } // namespace collect

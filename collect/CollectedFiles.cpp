@@ -7,7 +7,7 @@
 
 namespace collect {
 
-bool DeleteFileOrFolderAt(const QString& path)
+bool deleteFileOrFolderAt(const QString& path)
 {
     if (path.isEmpty())
         return false;
@@ -23,19 +23,19 @@ bool DeleteFileOrFolderAt(const QString& path)
     const QFileInfoList entries = dir.entryInfoList(QDir::AllEntries | QDir::NoDotAndDotDot);
     for (const QFileInfo& entry : entries) {
         if (entry.isDir() && !entry.isSymLink())
-            DeleteFileOrFolderAt(entry.absoluteFilePath());
+            deleteFileOrFolderAt(entry.absoluteFilePath());
         else
             dir.remove(entry.fileName());
     }
     return dir.rmdir(dir.absolutePath());
 }
 
-QStringList DeleteCollectedFilesOf(const QString& collectionRoot, const QString& modelName)
+QStringList deleteCollectedFilesOf(const QString& collectionRoot, const QString& modelName)
 {
     // A null name would sweep every model's.
     if (modelName.isEmpty())
         return {};
-    return SweepAbandonedStagingFolders(collectionRoot, modelName);
+    return sweepAbandonedStagingFolders(collectionRoot, modelName);
 }
 
 } // namespace collect

@@ -14,11 +14,11 @@ namespace collect {
 // removed or missing file and a missing folder; for a folder, whether the
 // folder itself could be removed (hidden entries keep it). Links are removed
 // as themselves, never followed.
-bool DeleteFileOrFolderAt(const QString& path);
+bool deleteFileOrFolderAt(const QString& path);
 
 // Removes the staging folders of a model's jobs that have ended (whose lock
 // is free); a running job's folder, of this process or another, stays.
 // Returns the folders removed.
-QStringList DeleteCollectedFilesOf(const QString& collectionRoot, const QString& modelName);
+QStringList deleteCollectedFilesOf(const QString& collectionRoot, const QString& modelName);
 
 } // namespace collect

@@ -7,12 +7,12 @@
 
 namespace collect {
 
-QString DeviceText(const unsigned char* field)
+QString deviceText(const unsigned char* field)
 {
     return XQInterface::uchar2QString(field, 64, "UTF-8");
 }
 
-QString IpAddressText(unsigned int address)
+QString ipAddressText(unsigned int address)
 {
     return QString("%1.%2.%3.%4")
         .arg((address >> 24) & 0xFF)
@@ -26,10 +26,10 @@ bool isVirtualCameraSerial(const QString& serial)
     return serial.contains(QLatin1String("Vir"));
 }
 
-bool IsListedCodeReader(const XQ_CODEREADER_DEVICE_INFO& record)
+bool isListedCodeReader(const XQ_CODEREADER_DEVICE_INFO& record)
 {
-    return !isVirtualCameraSerial(DeviceText(record.stGigE.chSerialNumber))
-        && DeviceText(record.stGigE.chModelName).contains(QLatin1String("ID"));
+    return !isVirtualCameraSerial(deviceText(record.stGigE.chSerialNumber))
+        && deviceText(record.stGigE.chModelName).contains(QLatin1String("ID"));
 }
 
 bool isFreeToCollect(const XQ_CODEREADER_DEVICE_INFO& record)
@@ -55,12 +55,12 @@ QVector<XQ_CODEREADER_DEVICE_INFO> recordsOf(const XQ_CODEREADER_DEVICE_INFO_LIS
 DeviceEntry describeDevice(const XQ_CODEREADER_DEVICE_INFO& record)
 {
     DeviceEntry entry;
-    entry.serial = DeviceText(record.stGigE.chSerialNumber);
-    entry.model = DeviceText(record.stGigE.chModelName);
-    entry.address = IpAddressText(record.stGigE.nCurrentIp);
-    entry.version = DeviceText(record.stGigE.chDeviceVersion);
-    entry.userName = DeviceText(record.stGigE.chUserDefinedName);
-    if (IsListedCodeReader(record))
+    entry.serial = deviceText(record.stGigE.chSerialNumber);
+    entry.model = deviceText(record.stGigE.chModelName);
+    entry.address = ipAddressText(record.stGigE.nCurrentIp);
+    entry.version = deviceText(record.stGigE.chDeviceVersion);
+    entry.userName = deviceText(record.stGigE.chUserDefinedName);
+    if (isListedCodeReader(record))
         entry.kind = DeviceKind::CodeReader;
     else if (isVirtualCameraSerial(entry.serial))
         entry.kind = DeviceKind::VirtualCamera;

@@ -10,11 +10,11 @@
 namespace collect {
 
 // A fixed-size text field of a device record: at most 64 bytes, UTF-8.
-QString DeviceText(const unsigned char* field);
+QString deviceText(const unsigned char* field);
 
 // The address text of nCurrentIp, whose first octet is the most significant
 // byte: 0x0A403402 reads "10.64.52.2".
-QString IpAddressText(unsigned int address);
+QString ipAddressText(unsigned int address);
 
 // Virtual cameras of the store answer discovery too; their serial numbers
 // contain "Vir" (case-sensitive).
@@ -22,7 +22,7 @@ bool isVirtualCameraSerial(const QString& serial);
 
 // Code readers are listed; virtual cameras and devices whose model name
 // lacks "ID" (case-sensitive) are not.
-bool IsListedCodeReader(const XQ_CODEREADER_DEVICE_INFO& record);
+bool isListedCodeReader(const XQ_CODEREADER_DEVICE_INFO& record);
 
 // Whether a collection could open the device now, in the exclusive access
 // it collects with: false while another client holds it.

@@ -7,7 +7,7 @@
 
 namespace collect {
 
-IgnoreListContent ParseIgnoreList(const QByteArray& utf8Json)
+IgnoreListContent parseIgnoreList(const QByteArray& utf8Json)
 {
     IgnoreListContent content;
     QJsonParseError error{};
@@ -39,7 +39,7 @@ IgnoreListContent ParseIgnoreList(const QByteArray& utf8Json)
     return content;
 }
 
-const QString* MatchingIgnorePattern(const QString& name, const QSet<QString>& patterns)
+const QString* matchingIgnorePattern(const QString& name, const QSet<QString>& patterns)
 {
     for (const QString& pattern : patterns) {
         if (name.contains(pattern))

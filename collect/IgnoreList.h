@@ -29,9 +29,9 @@ struct IgnoreListContent final {
     QStringList skippedElements;
 };
 
-IgnoreListContent ParseIgnoreList(const QByteArray& utf8Json);
+IgnoreListContent parseIgnoreList(const QByteArray& utf8Json);
 
 // The pattern of the list that name contains, if any.
-const QString* MatchingIgnorePattern(const QString& name, const QSet<QString>& patterns);
+const QString* matchingIgnorePattern(const QString& name, const QSet<QString>& patterns);
 
 } // namespace collect

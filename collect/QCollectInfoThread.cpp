@@ -138,7 +138,7 @@ void QCollectInfoThread::PraseJsonConfig()
     const QString text = stream.readAll();
     file.close();
 
-    const collect::IgnoreListContent content = collect::ParseIgnoreList(text.toUtf8());
+    const collect::IgnoreListContent content = collect::parseIgnoreList(text.toUtf8());
     if (content.outcome == collect::IgnoreListContent::Outcome::NotJson) {
         COLLECT_JOB_LOG() << QStringLiteral("Json parse error ") + fileName + QStringLiteral(": ") + content.parseError;
         return;
@@ -154,5 +154,5 @@ void QCollectInfoThread::PraseJsonConfig()
 
 void QCollectInfoThread::GetCodeTypeName(int nCodeType, QString& strCodeType)
 {
-    strCodeType = collect::SymbologyName(nCodeType);
+    strCodeType = collect::symbologyName(nCodeType);
 }

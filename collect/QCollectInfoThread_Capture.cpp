@@ -75,10 +75,10 @@ bool QCollectInfoThread::captureImages()
     const XQ_HANDLE codeReader = m_hCodeReader.load();
     const auto frameInfo = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
     collect::CheckedFile csv;
-    if (!csv.Open(collect::CsvFileOf(m_strFolderPath)))
-        return failJob(COLLECT_JOB_SITE, kOpenFileFail, csv.Error(), Handles::Release);
-    if (!csv.Write(collect::kCsvHeader))
-        return failJob(COLLECT_JOB_SITE, kCollectFailed, csv.Error(), Handles::Release);
+    if (!csv.open(collect::csvFileOf(m_strFolderPath)))
+        return failJob(COLLECT_JOB_SITE, kOpenFileFail, csv.error(), Handles::Release);
+    if (!csv.write(collect::kCsvHeader))
+        return failJob(COLLECT_JOB_SITE, kCollectFailed, csv.error(), Handles::Release);
 
     QElapsedTimer stopwatch;
     stopwatch.start();
@@ -95,18 +95,18 @@ bool QCollectInfoThread::captureImages()
         XQ_CODEREADER_SetCommandValue(codeReader, "TriggerSoftware");
         unsigned char* image = nullptr;
         if (XQ_CODEREADER_GetOneFrameTimeout(codeReader, &image, frameInfo.get(), kFrameTimeoutMs) == XQ_OK) {
-            const QString imageFile = collect::ImageFileOf(m_strOutImageFile, frameNumber);
-            if (!collect::WriteWholeFile(imageFile, image, image != nullptr ? frameInfo->nFrameLen : 0, &writeError))
+            const QString imageFile = collect::imageFileOf(m_strOutImageFile, frameNumber);
+            if (!collect::writeWholeFile(imageFile, image, image != nullptr ? frameInfo->nFrameLen : 0, &writeError))
                 break;
             imageWritten = true;
-            const QByteArray row = collect::CsvRowOf(frameNumber, *frameInfo);
+            const QByteArray row = collect::csvRowOf(frameNumber, *frameInfo);
             for (unsigned int i = 0; i < frameInfo->nCodeNum; ++i) {
                 const char* const code = frameInfo->stCodeInfo[i].chCode;
                 std::printf("CodeNum[%u] Code[%.*s]\n", i,
                             static_cast<int>(strnlen(code, XQ_CODEREADER_CODE_TEXT_SIZE)), code);
             }
-            if (!csv.Write(row.constData(), static_cast<std::size_t>(row.size()))) {
-                writeError = csv.Error();
+            if (!csv.write(row.constData(), static_cast<std::size_t>(row.size()))) {
+                writeError = csv.error();
                 break;
             }
             ++frameNumber;
@@ -123,8 +123,8 @@ bool QCollectInfoThread::captureImages()
     if (XQ_CODEREADER_StopGrabbing(codeReader) != XQ_OK)
         return failJob(COLLECT_JOB_SITE, kStopGrabbingFail, {}, Handles::Release);
     emit SigDeviceCollectProgress(m_strSerialNumber, collect::kProgressAfterImages);
-    if (!csv.Close())
-        return failJob(COLLECT_JOB_SITE, kCollectFailed, csv.Error(), Handles::Release);
+    if (!csv.close())
+        return failJob(COLLECT_JOB_SITE, kCollectFailed, csv.error(), Handles::Release);
     if (!imageWritten)
         return failJob(COLLECT_JOB_SITE, kNoImageCaptured, {}, Handles::Release);
     ReleaseDevices();

@@ -49,7 +49,7 @@ void QCollectInfoThread::CollectNodeInfo()
     emit SigDeviceCollectProgress(m_strSerialNumber, collect::kProgressAfterPasses);
 
     if (modelBuffer.contains(collect::kCodeReaderMarker) && !m_bStop)
-        collect::ReadCodeReaderStrings(camera);
+        collect::readCodeReaderStrings(camera);
 
     // Closing the camera makes its SDK write the register dumps; a walk cut
     // short by a stop or a lost device must not become the collection. The
@@ -99,7 +99,7 @@ bool QCollectInfoThread::openCamera(QByteArray& modelBuffer)
 
     // The description and the dumps are named after this record's model
     // name: it must be the very name the job's folder has.
-    const QString recordModel = collect::ModelNameOfField(device->stGigE.chModelName, sizeof device->stGigE.chModelName);
+    const QString recordModel = collect::modelNameOfField(device->stGigE.chModelName, sizeof device->stGigE.chModelName);
     if (recordModel.isEmpty() || recordModel != m_modelName)
         return failJob(COLLECT_JOB_SITE, kInvalidModelName, {}, Handles::Keep);
 
@@ -159,7 +159,7 @@ bool QCollectInfoThread::walkBooleans(XQ_HANDLE camera, const XQ_XML_NODE_FEATUR
         XQ_CC_SetBoolValue(camera, name.constData(), !value);
         COLLECT_JOB_LOG() << QStringLiteral("boolIndex[%1], boolTotal[%2]").arg(i).arg(boolCount);
         TraverseNode(camera, root);
-        emit SigDeviceCollectProgress(m_strSerialNumber, collect::BoolPassProgress(i, boolCount, enumCount));
+        emit SigDeviceCollectProgress(m_strSerialNumber, collect::boolPassProgress(i, boolCount, enumCount));
     }
     return true;
 }
@@ -190,7 +190,7 @@ bool QCollectInfoThread::walkEnumerations(XQ_HANDLE camera, const XQ_XML_NODE_FE
             XQ_CC_SetEnumValue(camera, name.constData(), value.nSupportedValues[k]);
             TraverseNode(camera, root);
         }
-        emit SigDeviceCollectProgress(m_strSerialNumber, collect::EnumPassProgress(j, boolCount, enumCount));
+        emit SigDeviceCollectProgress(m_strSerialNumber, collect::enumPassProgress(j, boolCount, enumCount));
     }
     return true;
 }
@@ -229,14 +229,14 @@ void QCollectInfoThread::ReadNode(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE* 
 {
     const QByteArray name(pstNode->chName, static_cast<int>(strnlen(pstNode->chName, sizeof pstNode->chName)));
     const QString nodeName = QString::fromUtf8(name);
-    if (collect::MatchingIgnorePattern(nodeName, m_setIgnoreNodes) != nullptr) {
+    if (collect::matchingIgnorePattern(nodeName, m_setIgnoreNodes) != nullptr) {
         COLLECT_JOB_LOG() << QStringLiteral("no collect ") + nodeName;
         return;
     }
 
     unsigned int accessMode = XQ_AM_NI;
     XQ_XML_GetNodeAccessMode(hCamera, name.constData(), &accessMode);
-    if (collect::IsSkippedAccessMode(accessMode) || !collect::IsReadVisibility(pstNode->nVisibility))
+    if (collect::isSkippedAccessMode(accessMode) || !collect::isReadVisibility(pstNode->nVisibility))
         return;
 
     // Booleans and enumerations are recorded before the read, so one whose

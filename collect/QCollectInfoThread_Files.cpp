@@ -32,7 +32,7 @@ bool QCollectInfoThread::makeJobFolder()
     // One spelling everywhere: these bytes name the job's folder, its files
     // and the collection folder.
     const QString modelName =
-        collect::ModelNameOfField(m_stDeviceInfo.stGigE.chModelName, sizeof m_stDeviceInfo.stGigE.chModelName);
+        collect::modelNameOfField(m_stDeviceInfo.stGigE.chModelName, sizeof m_stDeviceInfo.stGigE.chModelName);
     if (modelName.isEmpty())
         return failJob(COLLECT_JOB_SITE, kInvalidModelName, {}, Handles::Keep);
     m_modelName = modelName;
@@ -41,17 +41,17 @@ bool QCollectInfoThread::makeJobFolder()
     // The whole path: a per-user root may lie below folders not made yet.
     if (!QFileInfo(root).isDir() && !QDir().mkpath(root) && !QFileInfo(root).isDir())
         return failJob(COLLECT_JOB_SITE, kCreateFileFailed, QStringLiteral("cannot make ") + root, Handles::Keep);
-    for (const QString& leftover : collect::SweepAbandonedStagingFolders(root))
+    for (const QString& leftover : collect::sweepAbandonedStagingFolders(root))
         COLLECT_JOB_LOG() << "removed the folder of an ended job:" << leftover;
 
     // The job writes into a folder of its own; the collection folder is
     // replaced by it only when everything has been written.
     QString error;
-    m_stagingFolder = collect::StagingFolder::Create(root, modelName, &error);
+    m_stagingFolder = collect::StagingFolder::create(root, modelName, &error);
     if (!m_stagingFolder)
         return failJob(COLLECT_JOB_SITE, kCreateFileFailed, error, Handles::Keep);
-    m_strFolderPath = m_stagingFolder->Path();
-    m_strOutImageFile = collect::ImageFolderOf(m_strFolderPath);
+    m_strFolderPath = m_stagingFolder->path();
+    m_strOutImageFile = collect::imageFolderOf(m_strFolderPath);
     COLLECT_JOB_LOG() << "m_strFolderPath" << modelName;
     COLLECT_JOB_LOG() << "bCreatePath" << modelName;
     COLLECT_JOB_LOG() << "m_strOutImageFile" << modelName;
@@ -67,9 +67,9 @@ bool QCollectInfoThread::saveFeatureDescription(XQ_HANDLE camera)
     unsigned int xmlLength = 0;
     if (!xml || XQ_XML_GetGenICamXML(camera, xml.get(), kFeatureDescriptionBufferSize, &xmlLength) != XQ_OK)
         return failJob(COLLECT_JOB_SITE, kGetXmlFail, {}, Handles::Release);
-    const QString xmlPath = m_strFolderPath + QLatin1Char('/') + collect::FeatureDescriptionName(m_modelName);
+    const QString xmlPath = m_strFolderPath + QLatin1Char('/') + collect::featureDescriptionName(m_modelName);
     QString error;
-    if (!collect::WriteWholeFile(xmlPath, xml.get(), std::min<std::size_t>(xmlLength, kFeatureDescriptionBufferSize),
+    if (!collect::writeWholeFile(xmlPath, xml.get(), std::min<std::size_t>(xmlLength, kFeatureDescriptionBufferSize),
                                  &error)) {
         std::printf("open file fail\n");
         return failJob(COLLECT_JOB_SITE, kCollectFailed, error, Handles::Release);
@@ -81,17 +81,17 @@ bool QCollectInfoThread::saveFeatureDescription(XQ_HANDLE camera)
 // the job's folder in the place of the collection folder.
 bool QCollectInfoThread::replaceCollection()
 {
-    const QString names[] = {collect::RegisterDumpName(m_modelName), collect::StringRegisterDumpName(m_modelName),
-                             collect::FeatureDescriptionName(m_modelName)};
+    const QString names[] = {collect::registerDumpName(m_modelName), collect::stringRegisterDumpName(m_modelName),
+                             collect::featureDescriptionName(m_modelName)};
     for (const QString& name : names) {
         const QString path = m_strFolderPath + QLatin1Char('/') + name;
         if (!QFileInfo(path).isFile())
             return failJob(COLLECT_JOB_SITE, kCollectFailed, QStringLiteral("missing ") + path, Handles::Keep);
     }
     QString error;
-    if (!m_stagingFolder->Commit(&error))
+    if (!m_stagingFolder->commit(&error))
         return failJob(COLLECT_JOB_SITE, kCollectFailed, error, Handles::Keep);
-    COLLECT_JOB_LOG() << "collection replaced:" << m_stagingFolder->CollectionFolder();
+    COLLECT_JOB_LOG() << "collection replaced:" << m_stagingFolder->collectionFolder();
     return true;
 }
 

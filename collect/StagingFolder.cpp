@@ -100,7 +100,7 @@ StagingFolder::StagingFolder(QString path, QString collectionFolder, int fd)
 {
 }
 
-std::unique_ptr<StagingFolder> StagingFolder::Create(const QString& root, const QString& modelName, QString* error)
+std::unique_ptr<StagingFolder> StagingFolder::create(const QString& root, const QString& modelName, QString* error)
 {
     for (int attempt = 0; attempt < kCreateAttempts; ++attempt) {
         const QString path = root + QLatin1Char('/') + NewStagingName(modelName);
@@ -136,7 +136,7 @@ StagingFolder::~StagingFolder()
     ::close(m_nFd);
 }
 
-bool StagingFolder::Commit(QString* error)
+bool StagingFolder::commit(QString* error)
 {
     // Everything written must be on disk before the rename makes it the
     // collection; a full or failing disk shows here at the latest.
@@ -166,7 +166,7 @@ bool StagingFolder::Commit(QString* error)
                 continue;
         }
         if (errno == EINVAL || errno == ENOSYS)
-            return CommitWithoutExchange(error);
+            return commitWithoutExchange(error);
         break;
     }
     *error = QStringLiteral("cannot rename ") + m_strPath + QStringLiteral(" to ") + m_strCollectionFolder
@@ -176,7 +176,7 @@ bool StagingFolder::Commit(QString* error)
 
 // For file systems without RENAME_EXCHANGE: the old collection steps aside
 // under a staging name (swept if the process dies before it is removed).
-bool StagingFolder::CommitWithoutExchange(QString* error)
+bool StagingFolder::commitWithoutExchange(QString* error)
 {
     const QByteArray staging = QFile::encodeName(m_strPath);
     const QByteArray target = QFile::encodeName(m_strCollectionFolder);
@@ -202,12 +202,12 @@ bool StagingFolder::CommitWithoutExchange(QString* error)
     return true;
 }
 
-bool IsStagingFolderName(const QString& name)
+bool isStagingFolderName(const QString& name)
 {
     return StagingNamePattern().match(name).hasMatch();
 }
 
-QStringList SweepAbandonedStagingFolders(const QString& root, const QString& modelName)
+QStringList sweepAbandonedStagingFolders(const QString& root, const QString& modelName)
 {
     QStringList removed;
     const QStringList names = QDir(root).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks);

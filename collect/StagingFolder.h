@@ -19,26 +19,26 @@ class StagingFolder final {
 public:
     // Makes and locks a new staging folder for modelName below root (which
     // must exist). Null with the reason in *error when that fails.
-    static std::unique_ptr<StagingFolder> Create(const QString& root, const QString& modelName, QString* error);
+    static std::unique_ptr<StagingFolder> create(const QString& root, const QString& modelName, QString* error);
 
     // Removes the folder unless it was committed, then drops the lock.
     ~StagingFolder();
     StagingFolder(const StagingFolder&) = delete;
     StagingFolder& operator=(const StagingFolder&) = delete;
 
-    QString Path() const { return m_strPath; }
-    QString CollectionFolder() const { return m_strCollectionFolder; }
+    QString path() const { return m_strPath; }
+    QString collectionFolder() const { return m_strCollectionFolder; }
 
     // Flushes the folder's file system, then puts the folder in the place of
     // the collection folder in one step (exchanging it with an existing one,
     // which is then removed). False with the reason when the data could not
     // be made durable or the rename failed; the old collection is then as it
     // was.
-    bool Commit(QString* error);
+    bool commit(QString* error);
 
 private:
     StagingFolder(QString path, QString collectionFolder, int fd);
-    bool CommitWithoutExchange(QString* error);
+    bool commitWithoutExchange(QString* error);
 
     QString m_strPath;
     QString m_strCollectionFolder;
@@ -48,11 +48,11 @@ private:
 
 // True for a name a staging folder can have ("." + model + ".collecting-"
 // + pid + "-" + n).
-bool IsStagingFolderName(const QString& name);
+bool isStagingFolderName(const QString& name);
 
 // Removes the staging folders below root whose job has ended (their lock is
 // free): leftovers of a killed or stopped job. With a model name, only that
 // model's. Returns the paths removed, for the caller's log.
-QStringList SweepAbandonedStagingFolders(const QString& root, const QString& modelName = QString());
+QStringList sweepAbandonedStagingFolders(const QString& root, const QString& modelName = QString());
 
 } // namespace collect

@@ -36,7 +36,7 @@ constexpr std::array<std::pair<int, const char*>, 24> kSymbologyNames{{
 
 } // namespace
 
-QString SymbologyName(int symbology)
+QString symbologyName(int symbology)
 {
     for (const auto& [number, name] : kSymbologyNames) {
         if (number == symbology)

@@ -7,6 +7,6 @@
 namespace collect {
 
 // "NONE" for every number the table does not list.
-QString SymbologyName(int symbology);
+QString symbologyName(int symbology);
 
 } // namespace collect

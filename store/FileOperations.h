@@ -1,6 +1,6 @@
 #pragma once
 // Folder copy for the store, and the "held open" test. Removal is the
-// collection library's DeleteFileOrFolderAt (collect/CollectedFiles.h), shared with the collect
+// collection library's deleteFileOrFolderAt (collect/CollectedFiles.h), shared with the collect
 // workflow.
 
 #include <QString>

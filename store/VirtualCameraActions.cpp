@@ -84,7 +84,7 @@ DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strM
     // space that no list shows, never a listed camera without files.
     if (pSettings && !RemoveGroupOnDisk(*pSettings, strGroup))
         return refuse(DeletionOutcome::ConfigNotWritten, QStringLiteral("the configuration file cannot be written"));
-    collect::DeleteFileOrFolderAt(CameraFolder(strGroup));
+    collect::deleteFileOrFolderAt(CameraFolder(strGroup));
     return DeletionOutcome::Deleted;
 }
 

@@ -71,7 +71,7 @@ void QVirtualCamMainWidget::OnCollectFinish(QString strSerialNumber, QString nIn
     item->setText(tr("Collect Finished"));
     _XQ_CODEREADER_DEVICE_INFO_ record{};
     FindDeviceInfo(strSerialNumber, record);
-    const QString model = collect::DeviceText(record.stGigE.chModelName);
+    const QString model = collect::deviceText(record.stGigE.chModelName);
     if (m_pVirtualComboBox->findText(model, Qt::MatchExactly | Qt::MatchCaseSensitive) < 0)
         m_pVirtualComboBox->addItem(model);
     RemoveCollectThread(strSerialNumber);
@@ -91,7 +91,7 @@ void QVirtualCamMainWidget::DeleteCollectedFiles(QString serial)
 {
     _XQ_CODEREADER_DEVICE_INFO_ record{};
     FindDeviceInfo(serial, record);
-    m_mapCollectThread.removeLeftoversOf(collect::DeviceText(record.stGigE.chModelName));
+    m_mapCollectThread.removeLeftoversOf(collect::deviceText(record.stGigE.chModelName));
 }
 
 void QVirtualCamMainWidget::StopAllCollect()

@@ -30,7 +30,7 @@ void QVirtualCamMainWidget::InitDeviceTable()
 
     for (const _XQ_CODEREADER_DEVICE_INFO_& record : collect::recordsOf(m_stDeviceList)) {
         // Virtual cameras of the store and devices that are no code readers.
-        if (!collect::IsListedCodeReader(record))
+        if (!collect::isListedCodeReader(record))
             continue;
 
         const int row = GetDeviceRowCount();
@@ -91,7 +91,7 @@ void QVirtualCamMainWidget::FindDeviceInfo(QString serial, _XQ_CODEREADER_DEVICE
 {
     for (unsigned int i = 0; i < m_stDeviceList.nDeviceNum && i < XQ_MAX_DEVICE_NUM; ++i) {
         const _XQ_CODEREADER_DEVICE_INFO_* record = m_stDeviceList.pDeviceInfo[i];
-        if (record && collect::DeviceText(record->stGigE.chSerialNumber) == serial)
+        if (record && collect::deviceText(record->stGigE.chSerialNumber) == serial)
             out = *record;
     }
 }
@@ -122,7 +122,7 @@ void QVirtualCamMainWidget::GetCheckCamera(QVector<_XQ_CODEREADER_DEVICE_INFO_>&
         if (m_pDeviceTable->cellCheckState(row, kCheckColumn) == Qt::Checked) {
             _XQ_CODEREADER_DEVICE_INFO_ record{};
             FindDeviceInfo(serial, record);
-            qInfo().noquote() << collect::DeviceText(record.stGigE.chSerialNumber);
+            qInfo().noquote() << collect::deviceText(record.stGigE.chSerialNumber);
             out.append(record);
         }
     }

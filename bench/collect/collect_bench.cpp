@@ -166,14 +166,14 @@ void Walk(XQ_HANDLE camera, const XQ_XML_NODE_FEATURE& node, const QSet<QString>
           collect::NodeListPool& lists, WalkFigures* figures)
 {
     const QString name = QString::fromUtf8(node.chName);
-    if (collect::MatchingIgnorePattern(name, ignore) == nullptr) {
+    if (collect::matchingIgnorePattern(name, ignore) == nullptr) {
         QElapsedTimer clock;
         clock.start();
         unsigned int access = XQ_AM_NI;
         XQ_XML_GetNodeAccessMode(camera, node.chName, &access);
         figures->accessModeMs += MsSince(clock);
-        if (!collect::IsSkippedAccessMode(access) && collect::IsReadVisibility(node.nVisibility)
-            && collect::IsValueInterfaceType(node.nInterfaceType)) {
+        if (!collect::isSkippedAccessMode(access) && collect::isReadVisibility(node.nVisibility)
+            && collect::isValueInterfaceType(node.nInterfaceType)) {
             ++figures->reads;
             clock.restart();
             switch (node.nInterfaceType) {
@@ -393,7 +393,7 @@ int main(int argc, char** argv)
     QFile config(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/config/Config.json"));
     config.open(QIODevice::ReadOnly);
     const QByteArray shippedConfig = config.readAll();
-    const QStringList patterns = collect::ParseIgnoreList(shippedConfig).patterns;
+    const QStringList patterns = collect::parseIgnoreList(shippedConfig).patterns;
     const QSet<QString> ignore(patterns.begin(), patterns.end());
 
     QProcess simulator;

@@ -84,7 +84,7 @@ void CliUnitsTest::commandLine_accepts()
     QFETCH(bool, all);
     QFETCH(bool, help);
     QFETCH(QStringList, operands);
-    const Request request = ParseCommandLine(arguments);
+    const Request request = parseCommandLine(arguments);
     QVERIFY2(request.error.isEmpty(), qPrintable(request.error));
     QCOMPARE(int(request.command), command);
     QCOMPARE(request.json, json);
@@ -112,7 +112,7 @@ void CliUnitsTest::commandLine_refuses()
 {
     QFETCH(QStringList, arguments);
     QFETCH(QString, named);
-    const Request request = ParseCommandLine(arguments);
+    const Request request = parseCommandLine(arguments);
     QVERIFY2(request.error.contains(named), qPrintable(request.error));
 }
 
@@ -121,12 +121,12 @@ void CliUnitsTest::selection_takesListedCodeReadersOnceInOrder()
     const QVector<XQ_CODEREADER_DEVICE_INFO> found{Record("QD1", "QVX-ID2040M"), Record("Vir12345678", "QVX-ID2040M"),
                                                    Record("FK1", "Fake camera"), Record("QD2", "QVX-ID3160C"),
                                                    Record("QD1", "QVX-ID2040M")};
-    const DeviceSelection all = SelectDevices(found, {}, true);
+    const DeviceSelection all = selectDevices(found, {}, true);
     QCOMPARE(SerialsOf(all.records), (QStringList{"QD1", "QD2"}));
     QVERIFY(all.unknownSerials.isEmpty());
     // By serial: the order asked, once each; a virtual camera is never
     // collected, so it is as unknown as a typo.
-    const DeviceSelection bySerial = SelectDevices(found, {"QD2", "QD9", "QD1", "QD2", "Vir12345678"}, false);
+    const DeviceSelection bySerial = selectDevices(found, {"QD2", "QD9", "QD1", "QD2", "Vir12345678"}, false);
     QCOMPARE(SerialsOf(bySerial.records), (QStringList{"QD2", "QD1"}));
     QCOMPARE(bySerial.unknownSerials, (QStringList{"QD9", "Vir12345678"}));
 }
@@ -137,22 +137,22 @@ void CliUnitsTest::progressLine_fillsTheBarByPercentAndClamps()
     job.serial = "QD1";
     job.model = "QVX-ID2040M";
     job.percent = 45;
-    QCOMPARE(ProgressLine(job, 5, 12, 20), QString("QD1    QVX-ID2040M   [#########...........]  45%"));
+    QCOMPARE(progressLine(job, 5, 12, 20), QString("QD1    QVX-ID2040M   [#########...........]  45%"));
     job.percent = 250;
-    QVERIFY(ProgressLine(job, 3, 11, 10).contains("[##########]"));
+    QVERIFY(progressLine(job, 3, 11, 10).contains("[##########]"));
     job.percent = -5;
-    QVERIFY(ProgressLine(job, 3, 11, 10).contains("[..........]"));
+    QVERIFY(progressLine(job, 3, 11, 10).contains("[..........]"));
 }
 
 void CliUnitsTest::hostileNames_cannotDriveTheTerminal()
 {
-    QCOMPARE(Printable(QString("ID\x1b[2J\r\nfake")), QString("ID\\x1b[2J\\x0d\\x0afake"));
-    QCOMPARE(Printable(QString::fromUtf8("QVX-ID\u0085\u00e9")), QString::fromUtf8("QVX-ID\\x85\u00e9"));
+    QCOMPARE(printable(QString("ID\x1b[2J\r\nfake")), QString("ID\\x1b[2J\\x0d\\x0afake"));
+    QCOMPARE(printable(QString::fromUtf8("QVX-ID\u0085\u00e9")), QString::fromUtf8("QVX-ID\\x85\u00e9"));
     JobState job;
     job.serial = "QD\n1";
     job.model = "ID\x1b[1A";
-    QVERIFY(!PlainProgressLine(job).contains(QLatin1Char('\n')));
-    QVERIFY(!PlainProgressLine(job).contains(QLatin1Char('\x1b')));
+    QVERIFY(!plainProgressLine(job).contains(QLatin1Char('\n')));
+    QVERIFY(!plainProgressLine(job).contains(QLatin1Char('\x1b')));
 }
 
 void CliUnitsTest::deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked()
@@ -168,7 +168,7 @@ void CliUnitsTest::deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked()
     held.serial = "QD2";
     held.model = "Evil\tID";
     held.accessible = false;
-    const QStringList lines = DeviceTable({reader, held}, false).split('\n', Qt::SkipEmptyParts);
+    const QStringList lines = deviceTable({reader, held}, false).split('\n', Qt::SkipEmptyParts);
     QCOMPARE(lines.size(), 3);
     QVERIFY(lines[0].startsWith("SERIAL"));
     QVERIFY(!lines[0].contains("KIND"));
@@ -179,7 +179,7 @@ void CliUnitsTest::deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked()
     QCOMPARE(lines[2].indexOf("Evil\\x09ID"), modelColumn);
     QCOMPARE(lines[2].indexOf("127.0.0.2"), addressColumn);
     QVERIFY(lines[2].contains("no (held by another client)"));
-    QVERIFY(DeviceTable({reader}, true).contains("code reader"));
+    QVERIFY(deviceTable({reader}, true).contains("code reader"));
 }
 
 QTEST_GUILESS_MAIN(CliUnitsTest)

@@ -146,8 +146,8 @@ void TestCollectHelpers::progress()
     } cases[] = {{false, 1, 3, 2, 28}, {true, 1, 3, 2, 82}, {false, 7, 10, 0, 72},
                  {true, 2, 7, 3, 90},  {false, 0, 1, 0, 10}, {true, 0, 0, 1, 10}};
     for (const auto& c : cases) {
-        const int percent = c.enumPass ? collect::EnumPassProgress(c.index, c.bools, c.enums)
-                                       : collect::BoolPassProgress(c.index, c.bools, c.enums);
+        const int percent = c.enumPass ? collect::enumPassProgress(c.index, c.bools, c.enums)
+                                       : collect::boolPassProgress(c.index, c.bools, c.enums);
         QVERIFY2(percent == c.percent, qPrintable(QStringLiteral("%1 %2 of %3+%4 gave %5")
                                                       .arg(c.enumPass ? "enum" : "bool")
                                                       .arg(c.index).arg(c.bools).arg(c.enums).arg(percent)));
@@ -157,8 +157,8 @@ void TestCollectHelpers::progress()
         for (int enums = 0; enums <= 40; ++enums) {
             int previous = collect::kProgressAfterRecording;
             for (int i = 0; i < bools + enums; ++i) {
-                const int value = i < bools ? collect::BoolPassProgress(i, bools, enums)
-                                            : collect::EnumPassProgress(i - bools, bools, enums);
+                const int value = i < bools ? collect::boolPassProgress(i, bools, enums)
+                                            : collect::enumPassProgress(i - bools, bools, enums);
                 QVERIFY(value >= previous && value <= collect::kProgressAfterPasses);
                 previous = value;
             }
@@ -189,22 +189,22 @@ void TestCollectHelpers::csvBytes()
          "1,5,5.jpg,%1%2,EAN8,1.2.3.4.5.6.7.8,%11,EAN8,0.0.0.0.0.0.0.0\r\n"},
     };
     for (const auto& c : cases)
-        QCOMPARE(collect::CsvRowOf(c.frame, *FrameWith(c.codes)), c.row);
+        QCOMPARE(collect::csvRowOf(c.frame, *FrameWith(c.codes)), c.row);
 
     // Nine codes: the first six are written and the count is cut in place,
     // as it is for a count far beyond the record's room.
     auto frame = FrameWith(QVector<Code>(9, {"c", 39, {1, 2, 3, 4, 5, 6, 7, 8}}));
     std::strcpy(frame->stCodeInfo[6].chCode, "c7");
-    const QByteArray row = collect::CsvRowOf(3, *frame);
+    const QByteArray row = collect::csvRowOf(3, *frame);
     QCOMPARE(row, "1,3,3.jpg" + QByteArray(",c,CODE39,1.2.3.4.5.6.7.8").repeated(6) + "\r\n");
     QCOMPARE(frame->nCodeNum, 6u);
     frame->nCodeNum = 100000;
-    QCOMPARE(collect::CsvRowOf(3, *frame), row);
+    QCOMPARE(collect::csvRowOf(3, *frame), row);
 
     // A code text without a NUL stays inside its buffer.
     std::memset(frame->stCodeInfo[0].chCode, 'Z', sizeof frame->stCodeInfo[0].chCode);
     frame->nCodeNum = 1;
-    QCOMPARE(collect::CsvRowOf(1, *frame).count('Z'), XQ_CODEREADER_CODE_TEXT_SIZE);
+    QCOMPARE(collect::csvRowOf(1, *frame).count('Z'), XQ_CODEREADER_CODE_TEXT_SIZE);
 }
 
 void TestCollectHelpers::symbologyNames()
@@ -273,7 +273,7 @@ void TestCollectHelpers::ignoreList()
         {QByteArray(), Outcome::NotJson, {}, {}},
     };
     for (const auto& list : lists) {
-        const collect::IgnoreListContent content = collect::ParseIgnoreList(list.json);
+        const collect::IgnoreListContent content = collect::parseIgnoreList(list.json);
         QVERIFY2(content.outcome == list.outcome, list.json.constData());
         QCOMPARE(content.patterns, list.patterns);
         QCOMPARE(content.skippedElements, list.skipped);
@@ -290,7 +290,7 @@ void TestCollectHelpers::ignoreList()
     } names[] = {{"Gain", gain, true},   {"DigitalGainRaw", gain, true}, {"gainauto", gain, false},
                  {"Width", empty, true}, {"", empty, true},              {"Exposure", none, false}};
     for (const auto& n : names)
-        QVERIFY2((collect::MatchingIgnorePattern(QString::fromLatin1(n.name), n.patterns) != nullptr) == n.matches, n.name);
+        QVERIFY2((collect::matchingIgnorePattern(QString::fromLatin1(n.name), n.patterns) != nullptr) == n.matches, n.name);
 }
 
 void TestCollectHelpers::deviceListing()
@@ -305,12 +305,12 @@ void TestCollectHelpers::deviceListing()
                    {"AB12vir34", "QVX-ID2040M", true},  {"QD1", "QVX-id2040M", false},
                    {"QD1", "Fake camera", false},       {"", "", false}};
     for (const auto& r : records)
-        QVERIFY2(collect::IsListedCodeReader(RecordOf(r.model, r.serial)) == r.listed, r.serial);
+        QVERIFY2(collect::isListedCodeReader(RecordOf(r.model, r.serial)) == r.listed, r.serial);
 
     XQ_CODEREADER_DEVICE_INFO full{};
     std::memset(full.stGigE.chModelName, 'I', sizeof full.stGigE.chModelName);
-    QCOMPARE(collect::DeviceText(full.stGigE.chModelName).size(), 64);
-    QCOMPARE(collect::IpAddressText(0x0A403402u), QStringLiteral("10.64.52.2"));
+    QCOMPARE(collect::deviceText(full.stGigE.chModelName).size(), 64);
+    QCOMPARE(collect::ipAddressText(0x0A403402u), QStringLiteral("10.64.52.2"));
 }
 
 void TestCollectHelpers::stagingFolder_replacesCollectionWhole_sweepsEndedJobsOnly()
@@ -327,13 +327,13 @@ void TestCollectHelpers::stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
             if (before)
                 QVERIFY(WriteFile(root + "/ID%1/Jpg/9.jpg", "old"));
             {
-                const auto job = collect::StagingFolder::Create(root, QStringLiteral("ID%1"), &error);
+                const auto job = collect::StagingFolder::create(root, QStringLiteral("ID%1"), &error);
                 QVERIFY2(job, qPrintable(error));
-                QVERIFY(collect::IsStagingFolderName(QFileInfo(job->Path()).fileName()));
-                QVERIFY(QFileInfo(job->Path()).isHidden());
-                QVERIFY(WriteFile(job->Path() + "/Jpg/1.jpg", "new"));
+                QVERIFY(collect::isStagingFolderName(QFileInfo(job->path()).fileName()));
+                QVERIFY(QFileInfo(job->path()).isHidden());
+                QVERIFY(WriteFile(job->path() + "/Jpg/1.jpg", "new"));
                 if (commit)
-                    QVERIFY2(job->Commit(&error), qPrintable(error));
+                    QVERIFY2(job->commit(&error), qPrintable(error));
             }
             const QStringList expected = commit ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/1.jpg"}
                 : before                        ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/9.jpg"}
@@ -345,13 +345,13 @@ void TestCollectHelpers::stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
     // A running job's folder (locked) survives every sweep; an ended job's
     // is swept, by model or all at once. Collection folders are not touched.
     QDir(root + "/ID%1").removeRecursively();
-    const auto running = collect::StagingFolder::Create(root, QStringLiteral("ID100"), &error);
+    const auto running = collect::StagingFolder::create(root, QStringLiteral("ID100"), &error);
     QVERIFY(running);
     for (const QString& path : {root + "/.ID100.collecting-1-1/x", root + "/.ID200.collecting-1-1/x", root + "/ID100/x"})
         QVERIFY(WriteFile(path, "x"));
-    QCOMPARE(collect::DeleteCollectedFilesOf(root, QStringLiteral("ID100")), QStringList{root + "/.ID100.collecting-1-1"});
-    QCOMPARE(collect::SweepAbandonedStagingFolders(root), QStringList{root + "/.ID200.collecting-1-1"});
-    QCOMPARE(FilesBelow(root), (QStringList{running->Path(), root + "/ID100", root + "/ID100/x"}));
+    QCOMPARE(collect::deleteCollectedFilesOf(root, QStringLiteral("ID100")), QStringList{root + "/.ID100.collecting-1-1"});
+    QCOMPARE(collect::sweepAbandonedStagingFolders(root), QStringList{root + "/.ID200.collecting-1-1"});
+    QCOMPARE(FilesBelow(root), (QStringList{running->path(), root + "/ID100", root + "/ID100/x"}));
 }
 
 void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()

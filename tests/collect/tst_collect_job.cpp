@@ -225,13 +225,13 @@ void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
     QVERIFY(progress.size() >= 5 + bools);
     QCOMPARE(progress.mid(0, 3), (QVector<int>{0, 9, 10}));
     for (int i = 0; i < bools; ++i)
-        QCOMPARE(progress.at(3 + i), collect::BoolPassProgress(i, bools, enums));
+        QCOMPARE(progress.at(3 + i), collect::boolPassProgress(i, bools, enums));
     const QVector<int> enumPart = progress.mid(3 + bools, progress.size() - 5 - bools);
     QVERIFY(enumPart.size() <= enums);
     int j = 0;
     for (const int value : enumPart) {
         // Enumerations whose value cannot be read report nothing.
-        while (j < enums && value != collect::EnumPassProgress(j, bools, enums))
+        while (j < enums && value != collect::enumPassProgress(j, bools, enums))
             ++j;
         QVERIFY2(j < enums, "enumeration progress out of order");
         ++j;

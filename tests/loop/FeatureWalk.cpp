@@ -62,11 +62,11 @@ void Walk(XQ_HANDLE hCamera, const XQ_XML_NODE_FEATURE& node, const QSet<QString
 {
     const QByteArray name(node.chName, static_cast<int>(strnlen(node.chName, sizeof node.chName)));
     const QString text = QString::fromUtf8(name);
-    if (collect::MatchingIgnorePattern(text, ignore) == nullptr) {
+    if (collect::matchingIgnorePattern(text, ignore) == nullptr) {
         unsigned int accessMode = XQ_AM_NI;
         XQ_XML_GetNodeAccessMode(hCamera, name.constData(), &accessMode);
-        if (!collect::IsSkippedAccessMode(accessMode) && collect::IsReadVisibility(node.nVisibility)
-            && collect::IsValueInterfaceType(node.nInterfaceType)) {
+        if (!collect::isSkippedAccessMode(accessMode) && collect::isReadVisibility(node.nVisibility)
+            && collect::isValueInterfaceType(node.nInterfaceType)) {
             bool ok = false;
             const QString value = ValueText(hCamera, name, node.nInterfaceType, &ok);
             if (ok)

@@ -145,7 +145,7 @@ void TestLoop::initTestCase()
     QFile config(QStringLiteral("Config/Config.json"));
     QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
     QCOMPARE(config.write(ignoreList), ignoreList.size());
-    const collect::IgnoreListContent content = collect::ParseIgnoreList(ignoreList);
+    const collect::IgnoreListContent content = collect::parseIgnoreList(ignoreList);
     QCOMPARE(content.outcome, collect::IgnoreListContent::Outcome::Read);
     for (const QString& pattern : content.patterns)
         m_ignorePatterns.insert(pattern);
@@ -236,7 +236,7 @@ void TestLoop::DiscoverVirtualCamera()
     m_virtualRecord = readers.first();
     QCOMPARE(SerialOf(m_virtualRecord), m_plan->strGroup);
     QCOMPARE(ModelOf(m_virtualRecord), m_model);
-    QVERIFY2(!collect::IsListedCodeReader(m_virtualRecord), "the window's table leaves virtual cameras out");
+    QVERIFY2(!collect::isListedCodeReader(m_virtualRecord), "the window's table leaves virtual cameras out");
     QCOMPARE(AddressOf(m_virtualRecord), QStringLiteral("127.0.0.2"));
 
     const std::vector<std::string> aravisSerials = SerialNumbersFromAravis();

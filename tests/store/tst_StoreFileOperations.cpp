@@ -5,7 +5,7 @@
 #include "StoreTestSupport.h"
 #include "CollectedFiles.h"
 
-using collect::DeleteFileOrFolderAt;
+using collect::deleteFileOrFolderAt;
 #include "FileOperations.h"
 #include "StorePaths.h"
 #include "VirtualCameraActions.h"
@@ -77,19 +77,19 @@ private slots:
 
     void delete_removesFilesAndWholeFolders()
     {
-        QVERIFY(!DeleteFileOrFolderAt(QString()));
+        QVERIFY(!deleteFileOrFolderAt(QString()));
         QVERIFY(StoreTest::WriteFile(Path("file.txt"), "x"));
-        QVERIFY(DeleteFileOrFolderAt(Path("file.txt")));
+        QVERIFY(deleteFileOrFolderAt(Path("file.txt")));
         QVERIFY(!QFileInfo::exists(Path("file.txt")));
         StoreTest::MakeCollectionFolder(Path("cam"), "QV-ID200-13M");
-        QVERIFY(DeleteFileOrFolderAt(Path("cam")));
+        QVERIFY(deleteFileOrFolderAt(Path("cam")));
         QVERIFY(!QFileInfo::exists(Path("cam")));
-        QVERIFY(DeleteFileOrFolderAt(Path("missing")));
+        QVERIFY(deleteFileOrFolderAt(Path("missing")));
 
         // Hidden files keep the folder, the rest goes.
         StoreTest::MakeCollectionFolder(Path("kept"), "QV-ID200-13M");
         QVERIFY(StoreTest::WriteFile(Path("kept/.keep"), "k"));
-        QVERIFY(!DeleteFileOrFolderAt(Path("kept")));
+        QVERIFY(!deleteFileOrFolderAt(Path("kept")));
         QVERIFY(QFileInfo::exists(Path("kept/.keep")));
         QVERIFY(!QFileInfo::exists(Path("kept/Jpg")));
         QVERIFY(!QFileInfo::exists(Path("kept/QV-ID200-13M.xml")));
@@ -100,12 +100,12 @@ private slots:
         QVERIFY(StoreTest::WriteFile(Path("outside/precious.txt"), "keep me"));
         QVERIFY(StoreTest::WriteFile(Path("cam/1.jpg"), "1"));
         QVERIFY(QFile::link(Path("outside"), Path("cam/Jpg")));
-        QVERIFY(DeleteFileOrFolderAt(Path("cam")));
+        QVERIFY(deleteFileOrFolderAt(Path("cam")));
         QVERIFY(!QFileInfo::exists(Path("cam")));
         QCOMPARE(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
 
         QVERIFY(QFile::link(Path("outside"), Path("link")));
-        QVERIFY(DeleteFileOrFolderAt(Path("link")));
+        QVERIFY(deleteFileOrFolderAt(Path("link")));
         QCOMPARE(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
     }
 
