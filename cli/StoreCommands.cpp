@@ -12,13 +12,10 @@
 #include "VirtualCameraCreation.h"
 #include "VirtualCameraList.h"
 
-#include <QDateTime>
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QSettings>
-#include <QThread>
 
 #include <memory>
 #include <optional>
@@ -26,11 +23,6 @@
 namespace cli {
 
 namespace {
-
-// IDs come from a 10 ms clock; a script adding twice in a row must not
-// land on the camera it has just made.
-constexpr int kPlanAttempts = 20;
-constexpr unsigned long kClockStepMs = 10;
 
 int Refuse(const Request& request, const Console& console, int code, const QString& message)
 {
@@ -57,18 +49,6 @@ QString Shown(const QString& path)
     return printable(QDir::cleanPath(path));
 }
 
-std::optional<VirtualStore::VirtualCameraPlan> PlanFreshCamera(const QString& model, const QString& root)
-{
-    for (int attempt = 0; attempt < kPlanAttempts; ++attempt) {
-        std::optional<VirtualStore::VirtualCameraPlan> plan =
-            VirtualStore::PlanVirtualCamera(model, root, QDateTime::currentMSecsSinceEpoch());
-        if (!plan || !QFileInfo::exists(plan->strCameraFolder))
-            return plan;
-        QThread::msleep(kClockStepMs);
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 int runAdd(const Request& request, const Console& console)
@@ -86,7 +66,7 @@ int runAdd(const Request& request, const Console& console)
                           .arg(printable(model), Shown(root),
                                shown.isEmpty() ? QStringLiteral("none") : shown.join(QStringLiteral(", "))));
     }
-    const std::optional<VirtualStore::VirtualCameraPlan> plan = PlanFreshCamera(model, root);
+    const std::optional<VirtualStore::VirtualCameraPlan> plan = VirtualStore::PlanFreshVirtualCamera(model, root);
     // "%" is dropped from a model's name when planned, so the copy would
     // come from another folder.
     if (!plan || plan->strModel != model)
@@ -100,22 +80,18 @@ int runAdd(const Request& request, const Console& console)
 
     const std::unique_ptr<QSettings> settings = OpenStoreSettings();
     const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
-        *plan, [&settings](const QString& strGroup, const QString& strModel) {
-            VirtualStore::WriteVirtualCameraGroup(*settings, strGroup, strModel, VirtualStore::SupportedModels());
-            return VirtualStore::SyncStoreSettings(*settings);
-        });
-    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten) {
-        QDir().rmdir(plan->strCameraFolder); // only while still empty
+        *plan,
+        [&settings](const QString& strGroup, const QString& strModel) {
+            return VirtualStore::WriteVirtualCameraGroupToDisk(*settings, strGroup, strModel);
+        },
+        [&settings] { return settings.get(); });
+    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten)
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("the store's configuration file %1 cannot be written").arg(Shown(configPath)));
-    }
-    if (outcome == VirtualStore::CreationOutcome::CopyIncomplete) {
-        // A camera with part of its files is not kept.
-        VirtualStore::DeleteVirtualCamera(plan->strGroup, plan->strModel, settings.get());
+    if (outcome == VirtualStore::CreationOutcome::CopyIncomplete)
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("copying %1 into %2 failed; virtual camera %3 was not kept")
                           .arg(Shown(plan->strSourceFolder), Shown(plan->strCameraFolder), plan->strGroup));
-    }
 
     if (request.json)
         console.json({{QStringLiteral("group"), plan->strGroup},

@@ -3,10 +3,15 @@
 #include "CollectedFiles.h"
 #include "FileOperations.h"
 #include "StorePaths.h"
+#include "SupportedModels.h"
+#include "VirtualCameraConfig.h"
 
 #include <algorithm>
 
+#include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
+#include <QThread>
 #include <QStringList>
 #include <QPair>
 #include <QSettings>
@@ -15,14 +20,47 @@
 
 namespace VirtualStore {
 
+namespace {
+// IDs come from a 10 ms clock; adding twice in a row must not land on the
+// camera just made.
+constexpr int kPlanAttempts = 20;
+constexpr unsigned long kClockStepMs = 10;
+} // namespace
+
+std::optional<VirtualCameraPlan> PlanFreshVirtualCamera(const QString& strModel, const QString& strCollectionRoot)
+{
+    for (int attempt = 0; attempt < kPlanAttempts; ++attempt) {
+        std::optional<VirtualCameraPlan> plan =
+            PlanVirtualCamera(strModel, strCollectionRoot, QDateTime::currentMSecsSinceEpoch());
+        if (!plan || !QFileInfo::exists(plan->strCameraFolder))
+            return plan;
+        QThread::msleep(kClockStepMs);
+    }
+    return std::nullopt;
+}
+
 CreationOutcome CreateVirtualCamera(const VirtualCameraPlan& plan,
-                                    const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup)
+                                    const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup,
+                                    const std::function<QSettings*()>& settingsInUse)
 {
     QDir().mkpath(plan.strCameraFolder);
-    if (!writeGroup(plan.strGroup, plan.strModel))
+    if (!writeGroup(plan.strGroup, plan.strModel)) {
+        QDir().rmdir(plan.strCameraFolder); // only while still empty
         return CreationOutcome::GroupNotWritten;
-    return CopyDirectory(plan.strSourceFolder, plan.strCameraFolder, true) ? CreationOutcome::Created
-                                                                           : CreationOutcome::CopyIncomplete;
+    }
+    if (CopyDirectory(plan.strSourceFolder, plan.strCameraFolder, true))
+        return CreationOutcome::Created;
+    DeleteVirtualCamera(plan.strGroup, plan.strModel, settingsInUse ? settingsInUse() : nullptr);
+    return CreationOutcome::CopyIncomplete;
+}
+
+bool WriteVirtualCameraGroupToDisk(QSettings& settings, const QString& strGroup, const QString& strModel)
+{
+    WriteVirtualCameraGroup(settings, strGroup, strModel, SupportedModels());
+    if (SyncStoreSettings(settings))
+        return true;
+    settings.remove(strGroup);
+    return false;
 }
 
 bool SyncStoreSettings(QSettings& settings)

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 class QSettings;
 
@@ -19,13 +20,26 @@ enum class CreationOutcome {
     GroupNotWritten, // writeGroup refused; the empty camera folder remains
 };
 
+// A plan for the model whose camera folder does not exist yet: identities
+// come from the clock, so a taken one is planned again a moment later.
+// Empty when the model cannot name a camera or no free identity came up.
+std::optional<VirtualCameraPlan> PlanFreshVirtualCamera(const QString& strModel, const QString& strCollectionRoot);
+
 // Makes the camera folder (result not checked), has writeGroup put the
 // camera's group into the configuration file, then copies the collection
 // folder into the camera folder with overwrite. Nothing is copied when
-// writeGroup returns false. A caller that must not keep a camera whose copy
-// stopped part way deletes it again with DeleteVirtualCamera.
+// writeGroup returns false, and the still empty camera folder goes again.
+// A copy that stops part way takes the camera back out of the store
+// (DeleteVirtualCamera with the settings that settingsInUse gives once the
+// group is written), so no half camera is ever served.
 CreationOutcome CreateVirtualCamera(const VirtualCameraPlan& plan,
-                                    const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup);
+                                    const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup,
+                                    const std::function<QSettings*()>& settingsInUse = {});
+
+// Writes the camera's group and puts it on disk at once, so that a full or
+// read-only disk is reported while the user still waits; on failure the
+// group is taken out of the settings again.
+bool WriteVirtualCameraGroupToDisk(QSettings& settings, const QString& strGroup, const QString& strModel);
 
 enum class DeletionOutcome {
     Deleted,

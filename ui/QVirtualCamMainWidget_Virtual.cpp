@@ -19,7 +19,6 @@
 
 #include <QAction>
 #include <QCursor>
-#include <QDateTime>
 #include <QDir>
 #include <QListWidgetItem>
 #include <QSettings>
@@ -66,12 +65,7 @@ bool QVirtualCamMainWidget::WriteVirtualCameraConfig(QString strGroup, QString s
     }
     if (!m_pVirtualCamSettings)
         m_pVirtualCamSettings = VirtualStore::OpenVirtualCameraSettings(strPath, this);
-    VirtualStore::WriteVirtualCameraGroup(*m_pVirtualCamSettings, strGroup, strModel,
-                                          VirtualStore::SupportedModels());
-    // Written now, not on some later sync, so that a full or read-only disk
-    // is reported while the user is still looking.
-    if (!VirtualStore::SyncStoreSettings(*m_pVirtualCamSettings)) {
-        m_pVirtualCamSettings->remove(strGroup);
+    if (!VirtualStore::WriteVirtualCameraGroupToDisk(*m_pVirtualCamSettings, strGroup, strModel)) {
         qInfo() << "Writing the store's configuration file failed:" << strPath;
         CustomMessageBox::warning(this, tr("The configuration file fails to be written. Start the tool as an administrator!"),
                                   tr("Prompt"), CustomMessageBox::ConfirmButton);
@@ -84,25 +78,20 @@ void QVirtualCamMainWidget::OnAddVirtualBtn()
 {
     const QString strText = m_pVirtualComboBox ? m_pVirtualComboBox->currentText() : QString();
     const std::optional<VirtualStore::VirtualCameraPlan> plan =
-        VirtualStore::PlanVirtualCamera(strText, GetVirtualCameraRoot(), QDateTime::currentMSecsSinceEpoch());
+        VirtualStore::PlanFreshVirtualCamera(strText, GetVirtualCameraRoot());
     if (!plan) {
         if (!strText.isEmpty())
             qInfo() << "Model name cannot name a camera folder:" << strText;
         return;
     }
     const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
-        *plan, [this](const QString& strGroup, const QString& strModel) {
-            return WriteVirtualCameraConfig(strGroup, strModel);
-        });
-    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten) {
-        QDir().rmdir(plan->strCameraFolder); // only while still empty
+        *plan,
+        [this](const QString& strGroup, const QString& strModel) { return WriteVirtualCameraConfig(strGroup, strModel); },
+        [this] { return m_pVirtualCamSettings; });
+    if (outcome == VirtualStore::CreationOutcome::GroupNotWritten)
         return;
-    }
     if (outcome == VirtualStore::CreationOutcome::CopyIncomplete) {
-        // A camera with part of its files would serve a device that never
-        // existed: take it back out of the store.
         qInfo() << "Copying" << plan->strSourceFolder << "into" << plan->strCameraFolder << "failed";
-        VirtualStore::DeleteVirtualCamera(plan->strGroup, plan->strModel, m_pVirtualCamSettings);
         CustomMessageBox::warning(this, tr("Copying the collected files failed. The virtual camera was not created!"),
                                   tr("Prompt"), CustomMessageBox::ConfirmButton);
         return;
