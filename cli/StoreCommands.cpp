@@ -35,13 +35,13 @@ int Refuse(const Request& request, const Console& console, int code, const QStri
 std::unique_ptr<QSettings> OpenStoreSettings()
 {
     return std::unique_ptr<QSettings>(
-        VirtualStore::OpenVirtualCameraSettings(VirtualStore::ConfigFilePath(), nullptr));
+        VirtualStore::openVirtualCameraSettings(VirtualStore::configFilePath(), nullptr));
 }
 
 bool IsHeld(const VirtualStore::VirtualCameraEntry& entry)
 {
-    return VirtualStore::IsSafeStoreName(entry.strModel)
-        && VirtualStore::IsFileOccupied(VirtualStore::RegisterFilePath(entry.strGroup, entry.strModel));
+    return VirtualStore::isSafeStoreName(entry.strModel)
+        && VirtualStore::IsFileOccupied(VirtualStore::registerFilePath(entry.strGroup, entry.strModel));
 }
 
 QString Shown(const QString& path)
@@ -56,7 +56,7 @@ int runAdd(const Request& request, const Console& console)
     const QString model = request.operands.value(0);
     const QString root = GetVirtualCameraRoot();
     bool rootExists = false;
-    const QStringList collected = VirtualStore::ListCollectedModels(root, rootExists);
+    const QStringList collected = VirtualStore::listCollectedModels(root, rootExists);
     if (!collected.contains(model)) {
         QStringList shown;
         for (const QString& name : collected)
@@ -66,23 +66,23 @@ int runAdd(const Request& request, const Console& console)
                           .arg(printable(model), Shown(root),
                                shown.isEmpty() ? QStringLiteral("none") : shown.join(QStringLiteral(", "))));
     }
-    const std::optional<VirtualStore::VirtualCameraPlan> plan = VirtualStore::PlanFreshVirtualCamera(model, root);
+    const std::optional<VirtualStore::VirtualCameraPlan> plan = VirtualStore::planFreshVirtualCamera(model, root);
     // "%" is dropped from a model's name when planned, so the copy would
     // come from another folder.
     if (!plan || plan->strModel != model)
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("\"%1\" cannot name a virtual camera").arg(printable(model)));
 
-    const QString configPath = VirtualStore::ConfigFilePath();
-    if (!VirtualStore::IsConfigFileWritable(configPath))
+    const QString configPath = VirtualStore::configFilePath();
+    if (!VirtualStore::isConfigFileWritable(configPath))
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("the store's configuration file %1 cannot be written").arg(Shown(configPath)));
 
     const std::unique_ptr<QSettings> settings = OpenStoreSettings();
-    const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
+    const VirtualStore::CreationOutcome outcome = VirtualStore::createVirtualCamera(
         *plan,
         [&settings](const QString& strGroup, const QString& strModel) {
-            return VirtualStore::WriteVirtualCameraGroupToDisk(*settings, strGroup, strModel);
+            return VirtualStore::writeVirtualCameraGroupToDisk(*settings, strGroup, strModel);
         },
         [&settings] { return settings.get(); });
     if (outcome == VirtualStore::CreationOutcome::GroupNotWritten)
@@ -106,21 +106,21 @@ int runAdd(const Request& request, const Console& console)
 int runCameras(const Request& request, const Console& console)
 {
     const std::unique_ptr<QSettings> settings = OpenStoreSettings();
-    const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::ReadVirtualCameraList(*settings);
+    const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::readVirtualCameraList(*settings);
     if (request.json) {
         QJsonArray cameras;
         for (const VirtualStore::VirtualCameraEntry& entry : entries)
             cameras.append(QJsonObject{{QStringLiteral("group"), entry.strGroup},
                                        {QStringLiteral("model"), entry.strModel},
                                        {QStringLiteral("folder"),
-                                        QDir::cleanPath(VirtualStore::CameraFolder(entry.strGroup))},
+                                        QDir::cleanPath(VirtualStore::cameraFolder(entry.strGroup))},
                                        {QStringLiteral("held"), IsHeld(entry)}});
-        console.json({{QStringLiteral("store"), QDir::cleanPath(VirtualStore::StorePath())},
+        console.json({{QStringLiteral("store"), QDir::cleanPath(VirtualStore::storePath())},
                       {QStringLiteral("cameras"), cameras}});
         return kExitOk;
     }
     if (entries.isEmpty()) {
-        console.err(QStringLiteral("quorvex-cli: no virtual cameras in %1\n").arg(Shown(VirtualStore::StorePath())));
+        console.err(QStringLiteral("quorvex-cli: no virtual cameras in %1\n").arg(Shown(VirtualStore::storePath())));
         return kExitOk;
     }
     int groupWidth = 5;
@@ -138,7 +138,7 @@ int runCameras(const Request& request, const Console& console)
     for (const VirtualStore::VirtualCameraEntry& entry : entries)
         table += line(printable(entry.strGroup), printable(entry.strModel),
                       IsHeld(entry) ? QStringLiteral("yes") : QStringLiteral("no"),
-                      Shown(VirtualStore::CameraFolder(entry.strGroup)));
+                      Shown(VirtualStore::cameraFolder(entry.strGroup)));
     console.out(table);
     return kExitOk;
 }
@@ -147,20 +147,20 @@ int runDelete(const Request& request, const Console& console)
 {
     const QString group = request.operands.value(0);
     const std::unique_ptr<QSettings> settings = OpenStoreSettings();
-    const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::ReadVirtualCameraList(*settings);
+    const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::readVirtualCameraList(*settings);
     const auto it = std::find_if(entries.cbegin(), entries.cend(),
                                  [&group](const VirtualStore::VirtualCameraEntry& entry) { return entry.strGroup == group; });
     if (it == entries.cend())
         return Refuse(request, console, kExitNotFound,
-                      QStringLiteral("no virtual camera %1 in %2").arg(printable(group), Shown(VirtualStore::StorePath())));
+                      QStringLiteral("no virtual camera %1 in %2").arg(printable(group), Shown(VirtualStore::storePath())));
 
-    if (!VirtualStore::IsConfigFileWritable(VirtualStore::ConfigFilePath()))
+    if (!VirtualStore::isConfigFileWritable(VirtualStore::configFilePath()))
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("the store's configuration file %1 cannot be written")
-                          .arg(Shown(VirtualStore::ConfigFilePath())));
+                          .arg(Shown(VirtualStore::configFilePath())));
 
     QString reason;
-    switch (VirtualStore::DeleteVirtualCamera(it->strGroup, it->strModel, settings.get(), &reason)) {
+    switch (VirtualStore::deleteVirtualCamera(it->strGroup, it->strModel, settings.get(), &reason)) {
     case VirtualStore::DeletionOutcome::UnsafeGroup: // the list never holds one
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("\"%1\" cannot name a camera folder").arg(printable(group)));
@@ -174,7 +174,7 @@ int runDelete(const Request& request, const Console& console)
     case VirtualStore::DeletionOutcome::ConfigNotWritten:
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("the store's configuration file %1 cannot be written; nothing was deleted")
-                          .arg(Shown(VirtualStore::ConfigFilePath())));
+                          .arg(Shown(VirtualStore::configFilePath())));
     case VirtualStore::DeletionOutcome::Deleted:
         break;
     }

@@ -8,48 +8,48 @@
 
 namespace VirtualStore {
 
-QString SystemTempPath()
+QString systemTempPath()
 {
     return QDir::toNativeSeparators(XQInterface::systemTemp());
 }
 
-QString StorePath()
+QString storePath()
 {
-    return SystemTempPath() + "/VirtualCamera";
+    return systemTempPath() + "/VirtualCamera";
 }
 
-QString ConfigFilePath()
+QString configFilePath()
 {
-    return StorePath() + "/VirtualCameraConfig.ini";
+    return storePath() + "/VirtualCameraConfig.ini";
 }
 
-QString CameraFolder(const QString& strGroup)
+QString cameraFolder(const QString& strGroup)
 {
     // Joined, not filled in with arg(): a "%1" inside the temporary folder's
     // path must stay text.
-    return StorePath() + "/Cameras/" + strGroup;
+    return storePath() + "/Cameras/" + strGroup;
 }
 
-QString RegisterFilePath(const QString& strGroup, const QString& strModel)
+QString registerFilePath(const QString& strGroup, const QString& strModel)
 {
-    return CameraFolder(strGroup) + "/" + strModel + "_regfile.dat";
+    return cameraFolder(strGroup) + "/" + strModel + "_regfile.dat";
 }
 
-bool IsSafeStoreName(const QString& strName)
+bool isSafeStoreName(const QString& strName)
 {
     return quorvex::store::isSafeStoreName(strName.toStdString());
 }
 
-bool IsCameraFolderInsideStore(const QString& strGroup, QString& strReason)
+bool isCameraFolderInsideStore(const QString& strGroup, QString& strReason)
 {
-    if (!IsSafeStoreName(strGroup)) {
+    if (!isSafeStoreName(strGroup)) {
         strReason = QStringLiteral("the group cannot name a folder");
         return false;
     }
-    const QString strCameras = StorePath() + "/Cameras";
-    const QString strFolder = CameraFolder(strGroup);
+    const QString strCameras = storePath() + "/Cameras";
+    const QString strFolder = cameraFolder(strGroup);
     // A link anywhere on the way would make the removal act elsewhere.
-    for (const QString& strPath : {StorePath(), strCameras, strFolder}) {
+    for (const QString& strPath : {storePath(), strCameras, strFolder}) {
         const QFileInfo info(strPath);
         if (info.isSymLink()) {
             strReason = QStringLiteral("%1 is a symbolic link").arg(strPath);

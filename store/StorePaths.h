@@ -8,25 +8,25 @@
 namespace VirtualStore {
 
 // XQInterface::systemTemp() in native separator form.
-QString SystemTempPath();
-// SystemTempPath() + "/VirtualCamera".
-QString StorePath();
-// StorePath() + "/VirtualCameraConfig.ini".
-QString ConfigFilePath();
-// StorePath() + "/Cameras/<group>".
-QString CameraFolder(const QString& strGroup);
-// CameraFolder(group) + "/<model>_regfile.dat": the file a serving program
+QString systemTempPath();
+// systemTempPath() + "/VirtualCamera".
+QString storePath();
+// storePath() + "/VirtualCameraConfig.ini".
+QString configFilePath();
+// storePath() + "/Cameras/<group>".
+QString cameraFolder(const QString& strGroup);
+// cameraFolder(group) + "/<model>_regfile.dat": the file a serving program
 // holds locked while a client is connected.
-QString RegisterFilePath(const QString& strGroup, const QString& strModel);
+QString registerFilePath(const QString& strGroup, const QString& strModel);
 
 // A group or model name that can safely name a folder or file of the store.
-bool IsSafeStoreName(const QString& strName);
+bool isSafeStoreName(const QString& strName);
 
 // Whether the camera folder of a group may be removed: the store, its
 // "Cameras" folder and the camera folder are real folders (no symbolic
 // link among them), and the camera folder resolves to a child of the
 // store's real "Cameras" folder. A camera folder that does not exist passes
 // (there is nothing to remove). On refusal, strReason says why.
-bool IsCameraFolderInsideStore(const QString& strGroup, QString& strReason);
+bool isCameraFolderInsideStore(const QString& strGroup, QString& strReason);
 
 } // namespace VirtualStore

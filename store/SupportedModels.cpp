@@ -39,12 +39,12 @@ SupportedModelTable::SupportedModelTable()
         m_mapVersions.insert(QString::fromLatin1(model), QString::fromLatin1(version));
 }
 
-QString SupportedModelTable::VersionFor(const QString& strModel)
+QString SupportedModelTable::versionFor(const QString& strModel)
 {
     return m_mapVersions[strModel];
 }
 
-SupportedModelTable& SupportedModels()
+SupportedModelTable& supportedModels()
 {
     static SupportedModelTable table;
     return table;

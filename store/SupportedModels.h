@@ -14,16 +14,16 @@ public:
 
     // The version text for a model. A model without a row yields "" and
     // gains a row with an empty version, as a map's operator[] would.
-    QString VersionFor(const QString& strModel);
+    QString versionFor(const QString& strModel);
 
-    int Size() const { return m_mapVersions.size(); }
-    const QMap<QString, QString>& Rows() const { return m_mapVersions; }
+    int size() const { return m_mapVersions.size(); }
+    const QMap<QString, QString>& rows() const { return m_mapVersions; }
 
 private:
     QMap<QString, QString> m_mapVersions;
 };
 
 // The table of the running program, filled at first use.
-SupportedModelTable& SupportedModels();
+SupportedModelTable& supportedModels();
 
 } // namespace VirtualStore

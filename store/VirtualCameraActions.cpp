@@ -27,11 +27,11 @@ constexpr int kPlanAttempts = 20;
 constexpr unsigned long kClockStepMs = 10;
 } // namespace
 
-std::optional<VirtualCameraPlan> PlanFreshVirtualCamera(const QString& strModel, const QString& strCollectionRoot)
+std::optional<VirtualCameraPlan> planFreshVirtualCamera(const QString& strModel, const QString& strCollectionRoot)
 {
     for (int attempt = 0; attempt < kPlanAttempts; ++attempt) {
         std::optional<VirtualCameraPlan> plan =
-            PlanVirtualCamera(strModel, strCollectionRoot, QDateTime::currentMSecsSinceEpoch());
+            planVirtualCamera(strModel, strCollectionRoot, QDateTime::currentMSecsSinceEpoch());
         if (!plan || !QFileInfo::exists(plan->strCameraFolder))
             return plan;
         QThread::msleep(kClockStepMs);
@@ -39,7 +39,7 @@ std::optional<VirtualCameraPlan> PlanFreshVirtualCamera(const QString& strModel,
     return std::nullopt;
 }
 
-CreationOutcome CreateVirtualCamera(const VirtualCameraPlan& plan,
+CreationOutcome createVirtualCamera(const VirtualCameraPlan& plan,
                                     const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup,
                                     const std::function<QSettings*()>& settingsInUse)
 {
@@ -50,20 +50,20 @@ CreationOutcome CreateVirtualCamera(const VirtualCameraPlan& plan,
     }
     if (CopyDirectory(plan.strSourceFolder, plan.strCameraFolder, true))
         return CreationOutcome::Created;
-    DeleteVirtualCamera(plan.strGroup, plan.strModel, settingsInUse ? settingsInUse() : nullptr);
+    deleteVirtualCamera(plan.strGroup, plan.strModel, settingsInUse ? settingsInUse() : nullptr);
     return CreationOutcome::CopyIncomplete;
 }
 
-bool WriteVirtualCameraGroupToDisk(QSettings& settings, const QString& strGroup, const QString& strModel)
+bool writeVirtualCameraGroupToDisk(QSettings& settings, const QString& strGroup, const QString& strModel)
 {
-    WriteVirtualCameraGroup(settings, strGroup, strModel, SupportedModels());
-    if (SyncStoreSettings(settings))
+    writeVirtualCameraGroup(settings, strGroup, strModel, supportedModels());
+    if (syncStoreSettings(settings))
         return true;
     settings.remove(strGroup);
     return false;
 }
 
-bool SyncStoreSettings(QSettings& settings)
+bool syncStoreSettings(QSettings& settings)
 {
     // QSettings writes a new file and renames it over the old one, and
     // refuses to fall back to rewriting in place.
@@ -93,7 +93,7 @@ bool RemoveGroupOnDisk(QSettings& settings, const QString& strGroup)
         saved.append({strKey, settings.value(strKey)});
     settings.endGroup();
     settings.remove(strGroup);
-    if (SyncStoreSettings(settings))
+    if (syncStoreSettings(settings))
         return true;
     for (const auto& entry : saved)
         settings.setValue(strGroup + "/" + entry.first, entry.second);
@@ -102,7 +102,7 @@ bool RemoveGroupOnDisk(QSettings& settings, const QString& strGroup)
 
 } // namespace
 
-DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strModel, QSettings* pSettings,
+DeletionOutcome deleteVirtualCamera(const QString& strGroup, const QString& strModel, QSettings* pSettings,
                                     QString* pReason)
 {
     QString strReason;
@@ -111,18 +111,18 @@ DeletionOutcome DeleteVirtualCamera(const QString& strGroup, const QString& strM
             *pReason = strWhy;
         return outcome;
     };
-    if (!IsSafeStoreName(strGroup))
+    if (!isSafeStoreName(strGroup))
         return refuse(DeletionOutcome::UnsafeGroup, QStringLiteral("the group cannot name a folder"));
-    if (IsSafeStoreName(strModel) && IsFileOccupied(RegisterFilePath(strGroup, strModel)))
+    if (isSafeStoreName(strModel) && IsFileOccupied(registerFilePath(strGroup, strModel)))
         return refuse(DeletionOutcome::HeldOpen, QStringLiteral("a serving program holds the camera"));
-    if (!IsCameraFolderInsideStore(strGroup, strReason))
+    if (!isCameraFolderInsideStore(strGroup, strReason))
         return refuse(DeletionOutcome::OutsideStore, strReason);
     // The group goes first: when the file cannot be written the camera
     // stays whole, and a folder whose removal fails afterwards is unused
     // space that no list shows, never a listed camera without files.
     if (pSettings && !RemoveGroupOnDisk(*pSettings, strGroup))
         return refuse(DeletionOutcome::ConfigNotWritten, QStringLiteral("the configuration file cannot be written"));
-    collect::deleteFileOrFolderAt(CameraFolder(strGroup));
+    collect::deleteFileOrFolderAt(cameraFolder(strGroup));
     return DeletionOutcome::Deleted;
 }
 

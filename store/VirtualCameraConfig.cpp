@@ -17,14 +17,14 @@ constexpr int kIpConfigCurrent = 80000005;
 
 } // namespace
 
-QSettings* OpenVirtualCameraSettings(const QString& strPath, QObject* pParent)
+QSettings* openVirtualCameraSettings(const QString& strPath, QObject* pParent)
 {
     auto* pSettings = new QSettings(strPath, QSettings::IniFormat, pParent);
     pSettings->setIniCodec("utf-8");
     return pSettings;
 }
 
-bool IsConfigFileWritable(const QString& strPath)
+bool isConfigFileWritable(const QString& strPath)
 {
     QFile file(strPath);
     if (!file.exists())
@@ -35,7 +35,7 @@ bool IsConfigFileWritable(const QString& strPath)
     return true;
 }
 
-void WriteVirtualCameraGroup(QSettings& settings, const QString& strGroup, const QString& strModel,
+void writeVirtualCameraGroup(QSettings& settings, const QString& strGroup, const QString& strModel,
                              SupportedModelTable& models)
 {
     const QString strMac = GenerateVirtualMac();
@@ -57,7 +57,7 @@ void WriteVirtualCameraGroup(QSettings& settings, const QString& strGroup, const
     settings.setValue(strPrefix + "nNetExport", "a403418");
     settings.setValue(strPrefix + "chSerialNumber", strGroup);
     settings.setValue(strPrefix + "chManufacturerSpecificInfo", "GEV");
-    settings.setValue(strPrefix + "chDeviceVersion", models.VersionFor(strModel));
+    settings.setValue(strPrefix + "chDeviceVersion", models.versionFor(strModel));
     settings.setValue(strPrefix + "chModelName", strModel);
     settings.setValue(strPrefix + "chManufacturerName", "GEV");
     settings.setValue(strPrefix + "chUserDefinedName", QString(""));

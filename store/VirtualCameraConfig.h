@@ -14,15 +14,15 @@ class SupportedModelTable;
 
 // The settings object on the store's file: INI format, "utf-8" codec,
 // owned by parent.
-QSettings* OpenVirtualCameraSettings(const QString& strPath, QObject* pParent);
+QSettings* openVirtualCameraSettings(const QString& strPath, QObject* pParent);
 
 // A missing file passes (the settings object creates it); an existing one
 // must open for reading and appending.
-bool IsConfigFileWritable(const QString& strPath);
+bool isConfigFileWritable(const QString& strPath);
 
 // Rewrites "Global" and writes the camera's group, keys in the record's
 // order. Generates the MAC first and the address just before nCurrentIp.
-void WriteVirtualCameraGroup(QSettings& settings, const QString& strGroup, const QString& strModel,
+void writeVirtualCameraGroup(QSettings& settings, const QString& strGroup, const QString& strModel,
                              SupportedModelTable& models);
 
 } // namespace VirtualStore

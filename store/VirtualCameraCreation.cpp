@@ -5,19 +5,19 @@
 
 namespace VirtualStore {
 
-std::optional<VirtualCameraPlan> PlanVirtualCamera(const QString& strPickedText, const QString& strCollectionRoot,
+std::optional<VirtualCameraPlan> planVirtualCamera(const QString& strPickedText, const QString& strCollectionRoot,
                                                    qint64 nClockMSecs)
 {
     if (strPickedText.isEmpty())
         return std::nullopt;
     VirtualCameraPlan plan;
     plan.strModel = QString(strPickedText).remove('%');
-    if (!IsSafeStoreName(plan.strModel))
+    if (!isSafeStoreName(plan.strModel))
         return std::nullopt;
     plan.strSourceFolder = strCollectionRoot + "/" + plan.strModel;
-    plan.strId = CameraIdFromClock(nClockMSecs);
-    plan.strGroup = GroupNameForId(plan.strId);
-    plan.strCameraFolder = CameraFolder(plan.strGroup);
+    plan.strId = cameraIdFromClock(nClockMSecs);
+    plan.strGroup = groupNameForId(plan.strId);
+    plan.strCameraFolder = cameraFolder(plan.strGroup);
     return plan;
 }
 

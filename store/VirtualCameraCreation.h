@@ -17,7 +17,7 @@ struct VirtualCameraPlan final {
 };
 
 // Nothing for an empty text, or for a model name that cannot name a folder.
-std::optional<VirtualCameraPlan> PlanVirtualCamera(const QString& strPickedText, const QString& strCollectionRoot,
+std::optional<VirtualCameraPlan> planVirtualCamera(const QString& strPickedText, const QString& strCollectionRoot,
                                                    qint64 nClockMSecs);
 
 } // namespace VirtualStore

@@ -8,7 +8,7 @@
 
 namespace VirtualStore {
 
-QVector<VirtualCameraEntry> ReadVirtualCameraList(QSettings& settings)
+QVector<VirtualCameraEntry> readVirtualCameraList(QSettings& settings)
 {
     QVector<VirtualCameraEntry> entries;
     const QStringList groups = settings.childGroups();
@@ -17,7 +17,7 @@ QVector<VirtualCameraEntry> ReadVirtualCameraList(QSettings& settings)
             continue;
         // "[..]" in a hand-edited file must never turn deletion onto the
         // store itself.
-        if (!IsSafeStoreName(strGroup)) {
+        if (!isSafeStoreName(strGroup)) {
             qInfo() << "Skipping configuration group that cannot name a camera folder:" << strGroup;
             continue;
         }
@@ -34,13 +34,13 @@ QVector<VirtualCameraEntry> ReadVirtualCameraList(QSettings& settings)
     return entries;
 }
 
-QString VirtualCameraEntryText(const QString& strModel, const QString& strGroup)
+QString virtualCameraEntryText(const QString& strModel, const QString& strGroup)
 {
     // Joined, not filled in with arg(): a "%1" in a model name stays text.
     return strModel + "(" + strGroup + ")";
 }
 
-QStringList ListCollectedModels(const QString& strRoot, bool& bExists)
+QStringList listCollectedModels(const QString& strRoot, bool& bExists)
 {
     const QDir root(strRoot);
     bExists = root.exists();

@@ -21,12 +21,12 @@ void SeedFromSeconds()
 
 } // namespace
 
-QString CameraIdFromClock(qint64 nMSecsSinceEpoch)
+QString cameraIdFromClock(qint64 nMSecsSinceEpoch)
 {
     return QString::number(nMSecsSinceEpoch).mid(kIdPosition, kIdLength);
 }
 
-QString GroupNameForId(const QString& strId)
+QString groupNameForId(const QString& strId)
 {
     return QStringLiteral("Vir") + strId;
 }

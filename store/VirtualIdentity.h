@@ -9,9 +9,9 @@ namespace VirtualStore {
 // Eight digits: the decimal clock text from position 4, that is the
 // millisecond clock divided by 10, modulo 100000000. 1731734400123 gives
 // "73440012".
-QString CameraIdFromClock(qint64 nMSecsSinceEpoch);
+QString cameraIdFromClock(qint64 nMSecsSinceEpoch);
 // "Vir" + the ID: the camera's group, folder name and serial number.
-QString GroupNameForId(const QString& strId);
+QString groupNameForId(const QString& strId);
 
 // Eight uppercase hex digits: the low bytes of four rand() values after
 // seeding with the current second.

@@ -35,7 +35,7 @@ void QVirtualCamMainWidget::InitComBoboxInfo()
 {
     bool bRootExists = false;
     const QString strRoot = GetVirtualCameraRoot();
-    const QStringList models = VirtualStore::ListCollectedModels(strRoot, bRootExists);
+    const QStringList models = VirtualStore::listCollectedModels(strRoot, bRootExists);
     if (!bRootExists)
         qInfo() << "File is not exist.";
     if (m_pVirtualComboBox) {
@@ -48,24 +48,24 @@ void QVirtualCamMainWidget::InitComBoboxInfo()
 void QVirtualCamMainWidget::InitVirtualCameraList()
 {
     if (!m_pVirtualCamSettings)
-        m_pVirtualCamSettings = VirtualStore::OpenVirtualCameraSettings(VirtualStore::ConfigFilePath(), this);
+        m_pVirtualCamSettings = VirtualStore::openVirtualCameraSettings(VirtualStore::configFilePath(), this);
     const QVector<VirtualStore::VirtualCameraEntry> entries =
-        VirtualStore::ReadVirtualCameraList(*m_pVirtualCamSettings);
+        VirtualStore::readVirtualCameraList(*m_pVirtualCamSettings);
     for (const VirtualStore::VirtualCameraEntry& entry : entries)
         UpdateVirtualCameraList(entry.strModel, entry.strGroup);
 }
 
 bool QVirtualCamMainWidget::WriteVirtualCameraConfig(QString strGroup, QString strModel)
 {
-    const QString strPath = VirtualStore::ConfigFilePath();
-    if (!VirtualStore::IsConfigFileWritable(strPath)) {
+    const QString strPath = VirtualStore::configFilePath();
+    if (!VirtualStore::isConfigFileWritable(strPath)) {
         CustomMessageBox::warning(this, tr("The configuration file fails to be written. Start the tool as an administrator!"),
                                   tr("Prompt"), CustomMessageBox::ConfirmButton);
         return false;
     }
     if (!m_pVirtualCamSettings)
-        m_pVirtualCamSettings = VirtualStore::OpenVirtualCameraSettings(strPath, this);
-    if (!VirtualStore::WriteVirtualCameraGroupToDisk(*m_pVirtualCamSettings, strGroup, strModel)) {
+        m_pVirtualCamSettings = VirtualStore::openVirtualCameraSettings(strPath, this);
+    if (!VirtualStore::writeVirtualCameraGroupToDisk(*m_pVirtualCamSettings, strGroup, strModel)) {
         qInfo() << "Writing the store's configuration file failed:" << strPath;
         CustomMessageBox::warning(this, tr("The configuration file fails to be written. Start the tool as an administrator!"),
                                   tr("Prompt"), CustomMessageBox::ConfirmButton);
@@ -78,13 +78,13 @@ void QVirtualCamMainWidget::OnAddVirtualBtn()
 {
     const QString strText = m_pVirtualComboBox ? m_pVirtualComboBox->currentText() : QString();
     const std::optional<VirtualStore::VirtualCameraPlan> plan =
-        VirtualStore::PlanFreshVirtualCamera(strText, GetVirtualCameraRoot());
+        VirtualStore::planFreshVirtualCamera(strText, GetVirtualCameraRoot());
     if (!plan) {
         if (!strText.isEmpty())
             qInfo() << "Model name cannot name a camera folder:" << strText;
         return;
     }
-    const VirtualStore::CreationOutcome outcome = VirtualStore::CreateVirtualCamera(
+    const VirtualStore::CreationOutcome outcome = VirtualStore::createVirtualCamera(
         *plan,
         [this](const QString& strGroup, const QString& strModel) { return WriteVirtualCameraConfig(strGroup, strModel); },
         [this] { return m_pVirtualCamSettings; });
@@ -105,7 +105,7 @@ void QVirtualCamMainWidget::UpdateVirtualComBobox()
         return;
     m_pVirtualComboBox->clear();
     bool bExists = false;
-    const QStringList names = VirtualStore::ListCollectedModels("VirtualCamera/Cameras", bExists);
+    const QStringList names = VirtualStore::listCollectedModels("VirtualCamera/Cameras", bExists);
     if (!bExists)
         qInfo() << "File is not exist.";
     m_pVirtualComboBox->addItems(names);
@@ -119,7 +119,7 @@ void QVirtualCamMainWidget::OnDeleteVirtualCamera()
     const QString strGroup = pItem->data(kGroupRole).toString();
     const QString strModel = pItem->data(kModelRole).toString();
     QString strReason;
-    switch (VirtualStore::DeleteVirtualCamera(strGroup, strModel, m_pVirtualCamSettings, &strReason)) {
+    switch (VirtualStore::deleteVirtualCamera(strGroup, strModel, m_pVirtualCamSettings, &strReason)) {
     case VirtualStore::DeletionOutcome::UnsafeGroup:
         qInfo() << "Refusing to delete a camera whose group cannot name a folder:" << strGroup;
         return;
@@ -146,7 +146,7 @@ void QVirtualCamMainWidget::UpdateVirtualCameraList(QString strDeviceModel, QStr
 {
     if (!m_pVirtualCameraList)
         return;
-    auto* pItem = new QListWidgetItem(VirtualStore::VirtualCameraEntryText(strDeviceModel, strSerialNumber));
+    auto* pItem = new QListWidgetItem(VirtualStore::virtualCameraEntryText(strDeviceModel, strSerialNumber));
     pItem->setData(kGroupRole, strSerialNumber);
     pItem->setData(kModelRole, strDeviceModel);
     m_pVirtualCameraList->addItem(pItem);

@@ -119,7 +119,7 @@ private slots:
 private:
     void Collect();
     void WalkCollectedDevice();
-    void CreateVirtualCamera();
+    void createVirtualCamera();
     void DiscoverVirtualCamera();
     void CompareFeatureValues();
     void GrabFramesAndCodes();
@@ -153,7 +153,7 @@ void TestLoop::initTestCase()
 
 void TestLoop::demoReader_collectedStoredAndReplayed()
 {
-    for (auto step : {&TestLoop::Collect, &TestLoop::WalkCollectedDevice, &TestLoop::CreateVirtualCamera,
+    for (auto step : {&TestLoop::Collect, &TestLoop::WalkCollectedDevice, &TestLoop::createVirtualCamera,
                       &TestLoop::DiscoverVirtualCamera, &TestLoop::CompareFeatureValues,
                       &TestLoop::GrabFramesAndCodes}) {
         (this->*step)();
@@ -204,24 +204,24 @@ void TestLoop::WalkCollectedDevice()
     m_demo.reset();
 }
 
-void TestLoop::CreateVirtualCamera()
+void TestLoop::createVirtualCamera()
 {
-    m_plan = VirtualStore::PlanVirtualCamera(m_model, CollectionRoot(), QDateTime::currentMSecsSinceEpoch());
+    m_plan = VirtualStore::planVirtualCamera(m_model, CollectionRoot(), QDateTime::currentMSecsSinceEpoch());
     QVERIFY(m_plan.has_value());
     QVERIFY(m_plan->strGroup.startsWith(QStringLiteral("Vir")));
     const std::unique_ptr<QSettings> settings(
-        VirtualStore::OpenVirtualCameraSettings(VirtualStore::ConfigFilePath(), nullptr));
+        VirtualStore::openVirtualCameraSettings(VirtualStore::configFilePath(), nullptr));
     const VirtualStore::CreationOutcome outcome =
-        VirtualStore::CreateVirtualCamera(*m_plan, [&](const QString& group, const QString& model) {
-            if (!VirtualStore::IsConfigFileWritable(VirtualStore::ConfigFilePath()))
+        VirtualStore::createVirtualCamera(*m_plan, [&](const QString& group, const QString& model) {
+            if (!VirtualStore::isConfigFileWritable(VirtualStore::configFilePath()))
                 return false;
-            VirtualStore::WriteVirtualCameraGroup(*settings, group, model, VirtualStore::SupportedModels());
+            VirtualStore::writeVirtualCameraGroup(*settings, group, model, VirtualStore::supportedModels());
             settings->sync();
             return settings->status() == QSettings::NoError;
         });
     QCOMPARE(outcome, VirtualStore::CreationOutcome::Created);
-    QVERIFY(VirtualStore::StorePath().startsWith(qEnvironmentVariable("QUORVEX_SYSTEM_TEMP")));
-    QVERIFY(QFileInfo::exists(VirtualStore::RegisterFilePath(m_plan->strGroup, m_model)));
+    QVERIFY(VirtualStore::storePath().startsWith(qEnvironmentVariable("QUORVEX_SYSTEM_TEMP")));
+    QVERIFY(QFileInfo::exists(VirtualStore::registerFilePath(m_plan->strGroup, m_model)));
 }
 
 void TestLoop::DiscoverVirtualCamera()
@@ -268,7 +268,7 @@ void TestLoop::CompareFeatureValues()
 
 void TestLoop::GrabFramesAndCodes()
 {
-    const QString cameraFolder = VirtualStore::CameraFolder(m_plan->strGroup);
+    const QString cameraFolder = VirtualStore::cameraFolder(m_plan->strGroup);
     // That the collection wrote a row per image is the job test's to check.
     const int imageCount = QDir(cameraFolder + QStringLiteral("/Jpg")).entryList({QStringLiteral("*.jpg")}, QDir::Files).size();
     QVERIFY(imageCount > 0);

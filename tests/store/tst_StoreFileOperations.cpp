@@ -114,14 +114,14 @@ private slots:
     void deleteCamera_staysInsideTheStoreAndWritesTheFileFirst()
     {
         qputenv("QUORVEX_SYSTEM_TEMP", m_pDir->path().toUtf8() + "/temp");
-        const QString strStore = StorePath();
+        const QString strStore = storePath();
         const QString strGroup = "Vir12345678";
-        const QString strFolder = CameraFolder(strGroup);
+        const QString strFolder = cameraFolder(strGroup);
         StoreTest::MakeCollectionFolder(Path("outside"), "M");
         const auto makeCamera = [&](QSettings& settings) {
             StoreTest::MakeCollectionFolder(strFolder, "M");
             settings.setValue(strGroup + "/chModelName", "M");
-            QVERIFY(SyncStoreSettings(settings));
+            QVERIFY(syncStoreSettings(settings));
         };
 
         // Each link on the way to the camera folder is refused and leaves
@@ -130,12 +130,12 @@ private slots:
         for (const QString& strLink : linked) {
             QVERIFY(QDir(m_pDir->path() + "/temp").removeRecursively());
             QDir().mkpath(strStore);
-            std::unique_ptr<QSettings> settings(OpenVirtualCameraSettings(ConfigFilePath(), nullptr));
+            std::unique_ptr<QSettings> settings(openVirtualCameraSettings(configFilePath(), nullptr));
             makeCamera(*settings);
             QVERIFY(QDir(strLink).removeRecursively());
             QVERIFY(QFile::link(Path("outside"), strLink));
             QString strReason;
-            QCOMPARE(DeleteVirtualCamera(strGroup, "M", settings.get(), &strReason), DeletionOutcome::OutsideStore);
+            QCOMPARE(deleteVirtualCamera(strGroup, "M", settings.get(), &strReason), DeletionOutcome::OutsideStore);
             QVERIFY2(strReason.contains(strLink), qPrintable(strReason));
             QVERIFY(QFileInfo::exists(Path("outside/Jpg/1.jpg")));
             QCOMPARE(settings->value(strGroup + "/chModelName").toString(), QString("M"));
@@ -144,18 +144,18 @@ private slots:
         // A file that cannot be replaced keeps both the group and the folder.
         QVERIFY(QDir(m_pDir->path() + "/temp").removeRecursively());
         QDir().mkpath(strStore);
-        std::unique_ptr<QSettings> settings(OpenVirtualCameraSettings(ConfigFilePath(), nullptr));
+        std::unique_ptr<QSettings> settings(openVirtualCameraSettings(configFilePath(), nullptr));
         makeCamera(*settings);
-        QVERIFY(QFile::remove(ConfigFilePath()));
-        QVERIFY(StoreTest::WriteFile(ConfigFilePath() + "/blocks-the-rename", "x"));
-        QCOMPARE(DeleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::ConfigNotWritten);
+        QVERIFY(QFile::remove(configFilePath()));
+        QVERIFY(StoreTest::WriteFile(configFilePath() + "/blocks-the-rename", "x"));
+        QCOMPARE(deleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::ConfigNotWritten);
         QVERIFY(QFileInfo::exists(strFolder + "/M_regfile.dat"));
         QCOMPARE(settings->value(strGroup + "/chModelName").toString(), QString("M"));
 
-        QVERIFY(QDir(ConfigFilePath()).removeRecursively());
-        QCOMPARE(DeleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::Deleted);
+        QVERIFY(QDir(configFilePath()).removeRecursively());
+        QCOMPARE(deleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::Deleted);
         QVERIFY(!QFileInfo::exists(strFolder));
-        QVERIFY(!StoreTest::ReadFile(ConfigFilePath()).contains(strGroup.toUtf8()));
+        QVERIFY(!StoreTest::ReadFile(configFilePath()).contains(strGroup.toUtf8()));
     }
 
     void occupancy_followsTheHolderWithinThisProcess()

@@ -55,7 +55,7 @@ private:
     void AddCamera(QSettings& settings, const QString& strGroup, const QString& strModel, int nImages = 3)
     {
         VirtualStore::SupportedModelTable models;
-        VirtualStore::WriteVirtualCameraGroup(settings, strGroup, strModel, models);
+        VirtualStore::writeVirtualCameraGroup(settings, strGroup, strModel, models);
         StoreTest::MakeCollectionFolder(Path("collected/" + strModel), strModel, nImages);
         QVERIFY(QDir().mkpath(StoreDir() + "/Cameras/" + strGroup));
         QVERIFY(VirtualStore::CopyDirectory(Path("collected/" + strModel), StoreDir() + "/Cameras/" + strGroup, true));

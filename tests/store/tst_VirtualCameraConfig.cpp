@@ -90,8 +90,8 @@ private slots:
         {
             QSettings settings(ConfigPath(), QSettings::IniFormat);
             settings.setIniCodec("utf-8");
-            WriteVirtualCameraGroup(settings, "Vir10000001", "QVX-ID3160C", models);
-            WriteVirtualCameraGroup(settings, "Vir10000002", "QVX-ID3160C", models);
+            writeVirtualCameraGroup(settings, "Vir10000001", "QVX-ID3160C", models);
+            writeVirtualCameraGroup(settings, "Vir10000002", "QVX-ID3160C", models);
         }
         const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
         const QByteArray expected = kGlobal + "\n"
@@ -107,8 +107,8 @@ private slots:
                                                    "[Vir00000001]\nchModelName=Old\n"));
         SupportedModelTable models;
         {
-            std::unique_ptr<QSettings> settings(OpenVirtualCameraSettings(ConfigPath(), nullptr));
-            WriteVirtualCameraGroup(*settings, "Vir00000002", "QVX-ID1003M", models);
+            std::unique_ptr<QSettings> settings(openVirtualCameraSettings(ConfigPath(), nullptr));
+            writeVirtualCameraGroup(*settings, "Vir00000002", "QVX-ID1003M", models);
         }
         QSettings reread(ConfigPath(), QSettings::IniFormat);
         QCOMPARE(reread.value("Global/VirtualMode").toString(), QString("1"));
@@ -120,31 +120,31 @@ private slots:
     void unknownModel_writesEmptyVersionAndGainsAnEmptyRow()
     {
         SupportedModelTable models;
-        const int nRows = models.Size();
+        const int nRows = models.size();
         {
             QSettings settings(ConfigPath(), QSettings::IniFormat);
-            WriteVirtualCameraGroup(settings, "Vir12345678", "Unlisted-ID", models);
+            writeVirtualCameraGroup(settings, "Vir12345678", "Unlisted-ID", models);
         }
         QVERIFY(StoreTest::ReadFile(ConfigPath()).contains("\nchDeviceVersion=\n"));
-        QCOMPARE(models.Size(), nRows + 1);
-        QVERIFY(models.Rows().contains("Unlisted-ID"));
-        QCOMPARE(models.Rows().value("Unlisted-ID"), QString());
+        QCOMPARE(models.size(), nRows + 1);
+        QVERIFY(models.rows().contains("Unlisted-ID"));
+        QCOMPARE(models.rows().value("Unlisted-ID"), QString());
     }
 
     void configFileWritability()
     {
-        QVERIFY2(IsConfigFileWritable(ConfigPath()), "a missing file is created later, so it passes");
+        QVERIFY2(isConfigFileWritable(ConfigPath()), "a missing file is created later, so it passes");
         QVERIFY(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=1\n"));
-        QVERIFY(IsConfigFileWritable(ConfigPath()));
+        QVERIFY(isConfigFileWritable(ConfigPath()));
         QCOMPARE(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
 
         QVERIFY(QDir().mkpath(m_pDir->path() + "/folder.ini"));
-        QVERIFY(!IsConfigFileWritable(m_pDir->path() + "/folder.ini"));
+        QVERIFY(!isConfigFileWritable(m_pDir->path() + "/folder.ini"));
 
         QVERIFY(::chmod(QFile::encodeName(ConfigPath()).constData(), 0444) == 0);
         const StoreTest::FilePermissionsEnforced permissions;
         QVERIFY2(permissions.IsActive(), "could not drop the capabilities that override file permissions");
-        QVERIFY(!IsConfigFileWritable(ConfigPath()));
+        QVERIFY(!isConfigFileWritable(ConfigPath()));
         QCOMPARE(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
     }
 
@@ -157,16 +157,16 @@ private slots:
                                                    "[..]\nchModelName=Escape\n"
                                                    "[Vir4]\nchModelName=\"A,B %1\"\n"));
         QSettings missing(m_pDir->path() + "/missing.ini", QSettings::IniFormat);
-        QVERIFY(ReadVirtualCameraList(missing).isEmpty());
+        QVERIFY(readVirtualCameraList(missing).isEmpty());
         QSettings settings(ConfigPath(), QSettings::IniFormat);
         settings.setIniCodec("utf-8");
-        const QVector<VirtualCameraEntry> entries = ReadVirtualCameraList(settings);
+        const QVector<VirtualCameraEntry> entries = readVirtualCameraList(settings);
         QCOMPARE(entries.size(), 3);
         QCOMPARE(entries[0].strGroup, QString("Vir10"));
         QCOMPARE(entries[0].strModel, QString("Ten"));
         QCOMPARE(entries[1].strGroup, QString("Vir2"));
         QCOMPARE(entries[2].strModel, QString("A,B %1"));
-        QCOMPARE(VirtualCameraEntryText(entries[2].strModel, entries[2].strGroup), QString("A,B %1(Vir4)"));
+        QCOMPARE(virtualCameraEntryText(entries[2].strModel, entries[2].strGroup), QString("A,B %1(Vir4)"));
     }
 
     void collectedModels_areTheVisibleSubfoldersByNameIgnoringCase()
@@ -176,24 +176,24 @@ private slots:
             QVERIFY(QDir().mkpath(root + "/" + name));
         QVERIFY(StoreTest::WriteFile(root + "/file.txt", "not a model"));
         bool bExists = false;
-        QCOMPARE(ListCollectedModels(root, bExists), QStringList({"A-ID", "b-ID", "c-ID"}));
+        QCOMPARE(listCollectedModels(root, bExists), QStringList({"A-ID", "b-ID", "c-ID"}));
         QVERIFY(bExists);
-        QVERIFY(ListCollectedModels(root + "/missing", bExists).isEmpty());
+        QVERIFY(listCollectedModels(root + "/missing", bExists).isEmpty());
         QVERIFY(!bExists);
     }
 
     void planningACamera_cleansTheNameAndTakesTheIdFromTheClock()
     {
-        const auto plan = PlanVirtualCamera("A%B", "/root", 1731734400123);
+        const auto plan = planVirtualCamera("A%B", "/root", 1731734400123);
         QVERIFY(plan.has_value());
         QCOMPARE(plan->strModel, QString("AB"));
         QCOMPARE(plan->strSourceFolder, QString("/root/AB"));
         QCOMPARE(plan->strId, QString("73440012"));
         QCOMPARE(plan->strGroup, QString("Vir73440012"));
-        QCOMPARE(plan->strCameraFolder, StorePath() + "/Cameras/Vir73440012");
-        QVERIFY(!PlanVirtualCamera("", "/root", 1731734400123));
-        QVERIFY(!PlanVirtualCamera("..", "/root", 1731734400123));
-        QVERIFY(!PlanVirtualCamera("a/b", "/root", 1731734400123));
+        QCOMPARE(plan->strCameraFolder, storePath() + "/Cameras/Vir73440012");
+        QVERIFY(!planVirtualCamera("", "/root", 1731734400123));
+        QVERIFY(!planVirtualCamera("..", "/root", 1731734400123));
+        QVERIFY(!planVirtualCamera("a/b", "/root", 1731734400123));
     }
 
 };

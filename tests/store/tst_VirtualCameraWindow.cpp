@@ -126,12 +126,12 @@ private:
 
     QString CollectionRoot() const { return GetVirtualCameraRoot(); }
 
-    QByteArray ConfigBytes() const { return StoreTest::ReadFile(VirtualStore::ConfigFilePath()); }
+    QByteArray ConfigBytes() const { return StoreTest::ReadFile(VirtualStore::configFilePath()); }
 
 private slots:
     void init()
     {
-        QVERIFY(QDir(VirtualStore::StorePath()).removeRecursively());
+        QVERIFY(QDir(VirtualStore::storePath()).removeRecursively());
         QVERIFY(QDir(CollectionRoot()).removeRecursively());
     }
 
@@ -157,7 +157,7 @@ private slots:
         QVERIFY2(match.hasMatch(), qPrintable(strText));
         const QString strGroup = match.captured(1);
         QCOMPARE(List()->item(0)->data(kGroupRole).toString(), strGroup);
-        const QString strFolder = VirtualStore::CameraFolder(strGroup);
+        const QString strFolder = VirtualStore::cameraFolder(strGroup);
         QCOMPARE(StoreTest::ReadFile(strFolder + "/Jpg/2.jpg"),
                  StoreTest::ReadFile(CollectionRoot() + "/QVX-ID5120M/Jpg/2.jpg"));
         QTRY_VERIFY(ConfigBytes().contains(("chSerialNumber=" + strGroup).toUtf8()));
@@ -181,7 +181,7 @@ private slots:
 
         quorvex::store::CameraHold hold;
         std::string error;
-        QVERIFY2(hold.acquire(VirtualStore::RegisterFilePath(strGroup, "QVX-ID2040M").toStdString(), error),
+        QVERIFY2(hold.acquire(VirtualStore::registerFilePath(strGroup, "QVX-ID2040M").toStdString(), error),
                  error.c_str());
         List()->setCurrentRow(0);
         QString strWarning;
@@ -189,12 +189,12 @@ private slots:
         QVERIFY(DeleteThroughContextMenu());
         QCOMPARE(strWarning, QString("The camera is connected, please disconnect and try again!"));
         QCOMPARE(List()->count(), 1);
-        QVERIFY(QFileInfo::exists(VirtualStore::CameraFolder(strGroup) + "/QVX-ID2040M.xml"));
+        QVERIFY(QFileInfo::exists(VirtualStore::cameraFolder(strGroup) + "/QVX-ID2040M.xml"));
 
         hold.release();
         QVERIFY(DeleteThroughContextMenu());
         QCOMPARE(List()->count(), 0);
-        QVERIFY(!QFileInfo::exists(VirtualStore::CameraFolder(strGroup)));
+        QVERIFY(!QFileInfo::exists(VirtualStore::cameraFolder(strGroup)));
     }
 
 };

@@ -18,11 +18,11 @@ class VirtualIdentityTest : public QObject
 private slots:
     void cameraId_isTheClockInTensOfMillisecondsModuloTenDigits()
     {
-        QCOMPARE(CameraIdFromClock(1731734400123), QString("73440012"));
-        QCOMPARE(CameraIdFromClock(1731734400129), QString("73440012"));
-        QCOMPARE(CameraIdFromClock(1731734400130), QString("73440013"));
-        QCOMPARE(CameraIdFromClock(1600000000005), QString("00000000"));
-        QCOMPARE(GroupNameForId("73440012"), QString("Vir73440012"));
+        QCOMPARE(cameraIdFromClock(1731734400123), QString("73440012"));
+        QCOMPARE(cameraIdFromClock(1731734400129), QString("73440012"));
+        QCOMPARE(cameraIdFromClock(1731734400130), QString("73440013"));
+        QCOMPARE(cameraIdFromClock(1600000000005), QString("00000000"));
+        QCOMPARE(groupNameForId("73440012"), QString("Vir73440012"));
     }
 
     void generators_stayInTheirRanges()
