@@ -1,5 +1,7 @@
 #include "CollectPaths.h"
 
+#include "XqFileNames.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -14,34 +16,34 @@ QString collectionFolderOf(const QString& virtualCameraRoot, const QString& mode
 
 QString imageFolderOf(const QString& collectionFolder)
 {
-    return QStringLiteral("%1%2").arg(collectionFolder, QStringLiteral("/Jpg"));
+    return collectionFolder + QLatin1Char('/') + QLatin1String(xq::names::kImageFolder);
 }
 
 QString imageFileOf(const QString& imageFolder, quint32 frameNumber)
 {
     // Joined, not chained arg(): a "%1" in the model part of the folder
     // would take the frame number.
-    return imageFolder + QLatin1Char('/') + QString::number(frameNumber) + QStringLiteral(".jpg");
+    return imageFolder + QLatin1Char('/') + QString::number(frameNumber) + QLatin1String(xq::names::kImageSuffix);
 }
 
 QString csvFileOf(const QString& collectionFolder)
 {
-    return collectionFolder + QStringLiteral("/ImportInformation.csv");
+    return collectionFolder + QLatin1Char('/') + QLatin1String(xq::names::kCodesFile);
 }
 
 QString featureDescriptionName(const QString& modelName)
 {
-    return QStringLiteral("%1.xml").arg(modelName);
+    return modelName + QLatin1String(xq::names::kDescriptionSuffix);
 }
 
 QString registerDumpName(const QString& modelName)
 {
-    return QStringLiteral("%1_regfile.dat").arg(modelName);
+    return modelName + QLatin1String(xq::names::kRegisterDumpSuffix);
 }
 
 QString stringRegisterDumpName(const QString& modelName)
 {
-    return QStringLiteral("%1_strRegFile.dat").arg(modelName);
+    return modelName + QLatin1String(xq::names::kStringRegisterDumpSuffix);
 }
 
 bool isSafeModelName(const QString& modelName)

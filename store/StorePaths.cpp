@@ -1,5 +1,7 @@
 #include "StorePaths.h"
 
+#include "XqFileNames.h"
+
 #include "XQInterface.h"
 #include "store_names.h"
 
@@ -15,24 +17,24 @@ QString systemTempPath()
 
 QString storePath()
 {
-    return systemTempPath() + "/VirtualCamera";
+    return systemTempPath() + "/" + xq::names::kVirtualCameraFolder;
 }
 
 QString configFilePath()
 {
-    return storePath() + "/VirtualCameraConfig.ini";
+    return storePath() + "/" + xq::names::kStoreConfigFile;
 }
 
 QString cameraFolder(const QString& strGroup)
 {
     // Joined, not filled in with arg(): a "%1" inside the temporary folder's
     // path must stay text.
-    return storePath() + "/Cameras/" + strGroup;
+    return storePath() + "/" + xq::names::kStoreCamerasFolder + "/" + strGroup;
 }
 
 QString registerFilePath(const QString& strGroup, const QString& strModel)
 {
-    return cameraFolder(strGroup) + "/" + strModel + "_regfile.dat";
+    return cameraFolder(strGroup) + "/" + strModel + xq::names::kRegisterDumpSuffix;
 }
 
 bool isSafeStoreName(const QString& strName)
@@ -46,7 +48,7 @@ bool isCameraFolderInsideStore(const QString& strGroup, QString& strReason)
         strReason = QStringLiteral("the group cannot name a folder");
         return false;
     }
-    const QString strCameras = storePath() + "/Cameras";
+    const QString strCameras = storePath() + "/" + xq::names::kStoreCamerasFolder;
     const QString strFolder = cameraFolder(strGroup);
     // A link anywhere on the way would make the removal act elsewhere.
     for (const QString& strPath : {storePath(), strCameras, strFolder}) {

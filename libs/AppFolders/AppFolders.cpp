@@ -1,5 +1,7 @@
 #include "AppFolders.h"
 
+#include "XqFileNames.h"
+
 #include "XQInterface.h"
 
 #include <QCoreApplication>
@@ -26,7 +28,7 @@ QString suiteFolderOf(const QString& baseFolder)
 
 QString virtualCameraRootOf(const QString& baseFolder)
 {
-    return baseFolder + QStringLiteral("/../common/VirtualCamera");
+    return baseFolder + QStringLiteral("/../common/") + QLatin1String(xq::names::kVirtualCameraFolder);
 }
 
 bool suiteHoldsCollections(const QString& baseFolder)
@@ -69,7 +71,7 @@ QString GetVirtualCameraRoot()
     const QString baseFolder = GetBaseDirPath();
     if (suiteHoldsCollections(baseFolder))
         return virtualCameraRootOf(baseFolder);
-    const QString perUserRoot = XQInterface::userDataPath() + QStringLiteral("/VirtualCamera");
+    const QString perUserRoot = XQInterface::userDataPath() + QLatin1Char('/') + QLatin1String(xq::names::kVirtualCameraFolder);
     static std::atomic_bool told{false};
     if (!told.exchange(true))
         qInfo().noquote() << "collections are kept per user in" << perUserRoot << "since the suite in"

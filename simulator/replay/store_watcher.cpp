@@ -1,5 +1,7 @@
 #include "store_watcher.h"
 
+#include "XqFileNames.h"
+
 #include "store_reader.h"
 
 #include <cerrno>
@@ -74,8 +76,8 @@ bool StoreWatcher::rearm(std::string& error)
         if (!isFolder(it->path()))
             continue;
         watch(it->path());
-        if (isFolder(it->path() / "Jpg"))
-            watch(it->path() / "Jpg");
+        if (isFolder(it->path() / xq::names::kImageFolder))
+            watch(it->path() / xq::names::kImageFolder);
     }
     return true;
 }

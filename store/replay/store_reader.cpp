@@ -213,10 +213,10 @@ std::optional<StoreCamera> readCamera(const IniSection& section, const fs::path&
         failure = "camera folder " + camera.folder + " is missing";
         return std::nullopt;
     }
-    const fs::path xml = folder / (camera.modelName + ".xml");
-    const fs::path registers = folder / (camera.modelName + "_regfile.dat");
-    const fs::path stringRegisters = folder / (camera.modelName + "_strRegFile.dat");
-    const fs::path images = folder / "Jpg";
+    const fs::path xml = folder / (camera.modelName + xq::names::kDescriptionSuffix);
+    const fs::path registers = folder / (camera.modelName + xq::names::kRegisterDumpSuffix);
+    const fs::path stringRegisters = folder / (camera.modelName + xq::names::kStringRegisterDumpSuffix);
+    const fs::path images = folder / xq::names::kImageFolder;
     for (const fs::path* required : {&xml, &registers, &stringRegisters}) {
         if (!isRegularFile(*required)) {
             failure = "file " + required->string() + " is missing";
@@ -232,7 +232,7 @@ std::optional<StoreCamera> readCamera(const IniSection& section, const fs::path&
         failure = "no .jpg image in " + camera.imageFolder;
         return std::nullopt;
     }
-    const fs::path csv = folder / "ImportInformation.csv";
+    const fs::path csv = folder / xq::names::kCodesFile;
     if (isRegularFile(csv))
         camera.importInformation = csv.string();
     return camera;
@@ -255,7 +255,7 @@ std::string defaultStoreDirectory()
         // Relative values are invalid by the XDG rules and ignored.
         base = (!cache.empty() && cache.front() == '/' ? cache : homeFolder() + "/.cache") + "/ZELTA";
     }
-    return base + "/VirtualCamera";
+    return base + "/" + xq::names::kVirtualCameraFolder;
 }
 
 bool parseHexWord(const std::string& text, std::uint32_t& value)

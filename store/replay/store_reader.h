@@ -6,14 +6,16 @@
 // docs/virtual-camera-store.md describes the layout and the rules.
 
 #include <array>
+
+#include "XqFileNames.h"
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace quorvex::store {
 
-inline constexpr const char* kConfigFileName = "VirtualCameraConfig.ini";
-inline constexpr const char* kCamerasFolderName = "Cameras";
+inline constexpr const char* kConfigFileName = xq::names::kStoreConfigFile;
+inline constexpr const char* kCamerasFolderName = xq::names::kStoreCamerasFolder;
 inline constexpr const char* kGlobalGroup = "Global";
 
 struct StoreCamera final {

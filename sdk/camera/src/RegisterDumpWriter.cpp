@@ -1,5 +1,7 @@
 #include "RegisterDumpWriter.h"
 
+#include "XqFileNames.h"
+
 #include "XQSdkDefs.h"
 
 #include <stdlib.h>
@@ -144,7 +146,7 @@ int writeRegisterDumps(const RegisterRecording& recording, const std::string& di
     if (!isSafeModelName(model))
         return XQ_ERR_INVALID_PARAMETER;
     const std::string base = (directory.empty() ? dumpDirectory() : directory) + "/" + model;
-    const std::string paths[] = {base + "_regfile.dat", base + "_strRegFile.dat"};
+    const std::string paths[] = {base + names::kRegisterDumpSuffix, base + names::kStringRegisterDumpSuffix};
     // Both files are complete on disk before either replaces an older one.
     std::string temporaries[2];
     for (int index = 0; index < 2; ++index) {
