@@ -32,31 +32,31 @@ void WriteAll(int fd, const QByteArray& bytes)
 } // namespace
 
 Console::Console(int outFd, int errFd)
-    : m_nOutFd(outFd)
-    , m_nErrFd(errFd)
-    , m_bOutIsTerminal(::isatty(outFd) == 1)
+    : m_outFd(outFd)
+    , m_errFd(errFd)
+    , m_outIsTerminal(::isatty(outFd) == 1)
 {
 }
 
 void Console::out(const QString& text) const
 {
-    WriteAll(m_nOutFd, text.toUtf8());
+    WriteAll(m_outFd, text.toUtf8());
 }
 
 void Console::err(const QString& text) const
 {
-    WriteAll(m_nErrFd, text.toUtf8());
+    WriteAll(m_errFd, text.toUtf8());
 }
 
 void Console::json(const QJsonObject& document) const
 {
-    WriteAll(m_nOutFd, QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n');
+    WriteAll(m_outFd, QJsonDocument(document).toJson(QJsonDocument::Compact) + '\n');
 }
 
 int Console::columns() const
 {
     winsize size{};
-    if (m_bOutIsTerminal && ::ioctl(m_nOutFd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+    if (m_outIsTerminal && ::ioctl(m_outFd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
         return size.ws_col;
     return 80;
 }

@@ -20,14 +20,14 @@ public:
     // One compact JSON document and a newline on the results descriptor.
     void json(const QJsonObject& document) const;
 
-    bool outIsTerminal() const { return m_bOutIsTerminal; }
+    bool outIsTerminal() const { return m_outIsTerminal; }
     // Columns of the results terminal; 80 when unknown.
     int columns() const;
 
 private:
-    int m_nOutFd;
-    int m_nErrFd;
-    bool m_bOutIsTerminal;
+    int m_outFd;
+    int m_errFd;
+    bool m_outIsTerminal;
 };
 
 // Duplicates standard output to a new descriptor for the results and points

@@ -40,8 +40,8 @@ StopSignals::StopSignals(QObject* parent)
 {
     if (g_pipe[0] < 0 && ::pipe2(g_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
-    m_pNotifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
-    connect(m_pNotifier, &QSocketNotifier::activated, this, &StopSignals::onReadable);
+    m_notifier = new QSocketNotifier(g_pipe[0], QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &StopSignals::onReadable);
     SetHandler(&OnSignal);
 }
 

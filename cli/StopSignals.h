@@ -24,7 +24,7 @@ signals:
 private:
     void onReadable();
 
-    QSocketNotifier* m_pNotifier = nullptr;
+    QSocketNotifier* m_notifier = nullptr;
 };
 
 } // namespace cli

@@ -40,8 +40,8 @@ std::unique_ptr<QSettings> OpenStoreSettings()
 
 bool IsHeld(const VirtualStore::VirtualCameraEntry& entry)
 {
-    return VirtualStore::isSafeStoreName(entry.strModel)
-        && VirtualStore::IsFileOccupied(VirtualStore::registerFilePath(entry.strGroup, entry.strModel));
+    return VirtualStore::isSafeStoreName(entry.model)
+        && VirtualStore::IsFileOccupied(VirtualStore::registerFilePath(entry.group, entry.model));
 }
 
 QString Shown(const QString& path)
@@ -69,7 +69,7 @@ int runAdd(const Request& request, const Console& console)
     const std::optional<VirtualStore::VirtualCameraPlan> plan = VirtualStore::planFreshVirtualCamera(model, root);
     // "%" is dropped from a model's name when planned, so the copy would
     // come from another folder.
-    if (!plan || plan->strModel != model)
+    if (!plan || plan->model != model)
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("\"%1\" cannot name a virtual camera").arg(printable(model)));
 
@@ -91,15 +91,15 @@ int runAdd(const Request& request, const Console& console)
     if (outcome == VirtualStore::CreationOutcome::CopyIncomplete)
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("copying %1 into %2 failed; virtual camera %3 was not kept")
-                          .arg(Shown(plan->strSourceFolder), Shown(plan->strCameraFolder), plan->strGroup));
+                          .arg(Shown(plan->sourceFolder), Shown(plan->cameraFolder), plan->group));
 
     if (request.json)
-        console.json({{QStringLiteral("group"), plan->strGroup},
-                      {QStringLiteral("model"), plan->strModel},
-                      {QStringLiteral("folder"), QDir::cleanPath(plan->strCameraFolder)},
+        console.json({{QStringLiteral("group"), plan->group},
+                      {QStringLiteral("model"), plan->model},
+                      {QStringLiteral("folder"), QDir::cleanPath(plan->cameraFolder)},
                       {QStringLiteral("config"), QDir::cleanPath(configPath)}});
     else
-        console.out(plan->strGroup + QLatin1Char('\n'));
+        console.out(plan->group + QLatin1Char('\n'));
     return kExitOk;
 }
 
@@ -110,10 +110,10 @@ int runCameras(const Request& request, const Console& console)
     if (request.json) {
         QJsonArray cameras;
         for (const VirtualStore::VirtualCameraEntry& entry : entries)
-            cameras.append(QJsonObject{{QStringLiteral("group"), entry.strGroup},
-                                       {QStringLiteral("model"), entry.strModel},
+            cameras.append(QJsonObject{{QStringLiteral("group"), entry.group},
+                                       {QStringLiteral("model"), entry.model},
                                        {QStringLiteral("folder"),
-                                        QDir::cleanPath(VirtualStore::cameraFolder(entry.strGroup))},
+                                        QDir::cleanPath(VirtualStore::cameraFolder(entry.group))},
                                        {QStringLiteral("held"), IsHeld(entry)}});
         console.json({{QStringLiteral("store"), QDir::cleanPath(VirtualStore::storePath())},
                       {QStringLiteral("cameras"), cameras}});
@@ -126,8 +126,8 @@ int runCameras(const Request& request, const Console& console)
     int groupWidth = 5;
     int modelWidth = 5;
     for (const VirtualStore::VirtualCameraEntry& entry : entries) {
-        groupWidth = std::max(groupWidth, static_cast<int>(printable(entry.strGroup).size()));
-        modelWidth = std::max(modelWidth, static_cast<int>(printable(entry.strModel).size()));
+        groupWidth = std::max(groupWidth, static_cast<int>(printable(entry.group).size()));
+        modelWidth = std::max(modelWidth, static_cast<int>(printable(entry.model).size()));
     }
     const auto line = [&](const QString& group, const QString& model, const QString& held, const QString& folder) {
         return group.leftJustified(groupWidth + 2) + model.leftJustified(modelWidth + 2) + held.leftJustified(6)
@@ -136,9 +136,9 @@ int runCameras(const Request& request, const Console& console)
     QString table = line(QStringLiteral("GROUP"), QStringLiteral("MODEL"), QStringLiteral("HELD"),
                          QStringLiteral("FOLDER"));
     for (const VirtualStore::VirtualCameraEntry& entry : entries)
-        table += line(printable(entry.strGroup), printable(entry.strModel),
+        table += line(printable(entry.group), printable(entry.model),
                       IsHeld(entry) ? QStringLiteral("yes") : QStringLiteral("no"),
-                      Shown(VirtualStore::cameraFolder(entry.strGroup)));
+                      Shown(VirtualStore::cameraFolder(entry.group)));
     console.out(table);
     return kExitOk;
 }
@@ -149,7 +149,7 @@ int runDelete(const Request& request, const Console& console)
     const std::unique_ptr<QSettings> settings = OpenStoreSettings();
     const QVector<VirtualStore::VirtualCameraEntry> entries = VirtualStore::readVirtualCameraList(*settings);
     const auto it = std::find_if(entries.cbegin(), entries.cend(),
-                                 [&group](const VirtualStore::VirtualCameraEntry& entry) { return entry.strGroup == group; });
+                                 [&group](const VirtualStore::VirtualCameraEntry& entry) { return entry.group == group; });
     if (it == entries.cend())
         return Refuse(request, console, kExitNotFound,
                       QStringLiteral("no virtual camera %1 in %2").arg(printable(group), Shown(VirtualStore::storePath())));
@@ -160,7 +160,7 @@ int runDelete(const Request& request, const Console& console)
                           .arg(Shown(VirtualStore::configFilePath())));
 
     QString reason;
-    switch (VirtualStore::deleteVirtualCamera(it->strGroup, it->strModel, settings.get(), &reason)) {
+    switch (VirtualStore::deleteVirtualCamera(it->group, it->model, settings.get(), &reason)) {
     case VirtualStore::DeletionOutcome::UnsafeGroup: // the list never holds one
         return Refuse(request, console, kExitFailed,
                       QStringLiteral("\"%1\" cannot name a camera folder").arg(printable(group)));
@@ -179,9 +179,9 @@ int runDelete(const Request& request, const Console& console)
         break;
     }
     if (request.json)
-        console.json({{QStringLiteral("deleted"), group}, {QStringLiteral("model"), it->strModel}});
+        console.json({{QStringLiteral("deleted"), group}, {QStringLiteral("model"), it->model}});
     else
-        console.out(QStringLiteral("deleted %1 (%2)\n").arg(printable(group), printable(it->strModel)));
+        console.out(QStringLiteral("deleted %1 (%2)\n").arg(printable(group), printable(it->model)));
     return kExitOk;
 }
 

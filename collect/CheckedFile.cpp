@@ -9,32 +9,32 @@ namespace collect {
 
 CheckedFile::~CheckedFile()
 {
-    if (m_pFile != nullptr)
-        std::fclose(m_pFile);
+    if (m_file != nullptr)
+        std::fclose(m_file);
 }
 
 bool CheckedFile::fail(const char* what, int error)
 {
-    m_strError = QString::fromLatin1(what) + QLatin1Char(' ') + m_strPath + QStringLiteral(": ")
+    m_error = QString::fromLatin1(what) + QLatin1Char(' ') + m_path + QStringLiteral(": ")
         + QString::fromLocal8Bit(std::strerror(error));
     return false;
 }
 
 bool CheckedFile::open(const QString& path)
 {
-    m_strPath = path;
-    m_pFile = std::fopen(QFile::encodeName(path).constData(), "wb+");
-    return m_pFile != nullptr || fail("cannot open", errno);
+    m_path = path;
+    m_file = std::fopen(QFile::encodeName(path).constData(), "wb+");
+    return m_file != nullptr || fail("cannot open", errno);
 }
 
 bool CheckedFile::write(const void* data, std::size_t length)
 {
-    if (m_pFile == nullptr)
+    if (m_file == nullptr)
         return fail("not open:", EBADF);
     if (length == 0)
         return true;
     errno = 0;
-    if (std::fwrite(data, 1, length, m_pFile) != length)
+    if (std::fwrite(data, 1, length, m_file) != length)
         return fail("cannot write", errno != 0 ? errno : EIO);
     return true;
 }
@@ -46,10 +46,10 @@ bool CheckedFile::write(const char* text)
 
 bool CheckedFile::close()
 {
-    if (m_pFile == nullptr)
+    if (m_file == nullptr)
         return fail("not open:", EBADF);
-    std::FILE* const file = m_pFile;
-    m_pFile = nullptr;
+    std::FILE* const file = m_file;
+    m_file = nullptr;
     errno = 0;
     const bool flushed = std::fflush(file) == 0;
     const int flushError = errno;

@@ -25,16 +25,16 @@ public:
     // Flushes and closes; false when anything written did not reach the file.
     bool close();
 
-    bool isOpen() const { return m_pFile != nullptr; }
+    bool isOpen() const { return m_file != nullptr; }
     // What failed and why, with the file's path.
-    QString error() const { return m_strError; }
+    QString error() const { return m_error; }
 
 private:
     bool fail(const char* what, int error);
 
-    std::FILE* m_pFile = nullptr;
-    QString m_strPath;
-    QString m_strError;
+    std::FILE* m_file = nullptr;
+    QString m_path;
+    QString m_error;
 };
 
 // Writes a whole file; false with *error set when any step fails.

@@ -94,9 +94,9 @@ void SyncFolderEntry(const QString& folder)
 } // namespace
 
 StagingFolder::StagingFolder(QString path, QString collectionFolder, int fd)
-    : m_strPath(std::move(path))
-    , m_strCollectionFolder(std::move(collectionFolder))
-    , m_nFd(fd)
+    : m_path(std::move(path))
+    , m_collectionFolder(std::move(collectionFolder))
+    , m_fd(fd)
 {
 }
 
@@ -131,35 +131,35 @@ std::unique_ptr<StagingFolder> StagingFolder::create(const QString& root, const 
 StagingFolder::~StagingFolder()
 {
     // Still holding the lock, so no sweep races the removal.
-    if (!m_bCommitted)
-        RemoveTree(m_strPath);
-    ::close(m_nFd);
+    if (!m_committed)
+        RemoveTree(m_path);
+    ::close(m_fd);
 }
 
 bool StagingFolder::commit(QString* error)
 {
     // Everything written must be on disk before the rename makes it the
     // collection; a full or failing disk shows here at the latest.
-    if (::syncfs(m_nFd) != 0) {
-        *error = QStringLiteral("cannot flush ") + m_strPath + QStringLiteral(": ") + ErrnoText(errno);
+    if (::syncfs(m_fd) != 0) {
+        *error = QStringLiteral("cannot flush ") + m_path + QStringLiteral(": ") + ErrnoText(errno);
         return false;
     }
-    const QByteArray staging = QFile::encodeName(m_strPath);
-    const QByteArray target = QFile::encodeName(m_strCollectionFolder);
+    const QByteArray staging = QFile::encodeName(m_path);
+    const QByteArray target = QFile::encodeName(m_collectionFolder);
     for (int attempt = 0; attempt < kCommitAttempts; ++attempt) {
         if (::renameat2(AT_FDCWD, staging.constData(), AT_FDCWD, target.constData(), RENAME_EXCHANGE) == 0) {
             // The old collection now has the staging name; ours is in place.
-            m_bCommitted = true;
-            RemoveTree(m_strPath);
-            SyncFolderEntry(QFileInfo(m_strCollectionFolder).path());
+            m_committed = true;
+            RemoveTree(m_path);
+            SyncFolderEntry(QFileInfo(m_collectionFolder).path());
             return true;
         }
         if (errno == ENOENT) {
             // No collection yet. Another job may make one meanwhile, then
             // exchange with that one.
             if (::renameat2(AT_FDCWD, staging.constData(), AT_FDCWD, target.constData(), RENAME_NOREPLACE) == 0) {
-                m_bCommitted = true;
-                SyncFolderEntry(QFileInfo(m_strCollectionFolder).path());
+                m_committed = true;
+                SyncFolderEntry(QFileInfo(m_collectionFolder).path());
                 return true;
             }
             if (errno == EEXIST)
@@ -169,7 +169,7 @@ bool StagingFolder::commit(QString* error)
             return commitWithoutExchange(error);
         break;
     }
-    *error = QStringLiteral("cannot rename ") + m_strPath + QStringLiteral(" to ") + m_strCollectionFolder
+    *error = QStringLiteral("cannot rename ") + m_path + QStringLiteral(" to ") + m_collectionFolder
         + QStringLiteral(": ") + ErrnoText(errno);
     return false;
 }
@@ -178,27 +178,27 @@ bool StagingFolder::commit(QString* error)
 // under a staging name (swept if the process dies before it is removed).
 bool StagingFolder::commitWithoutExchange(QString* error)
 {
-    const QByteArray staging = QFile::encodeName(m_strPath);
-    const QByteArray target = QFile::encodeName(m_strCollectionFolder);
-    const QString modelName = QFileInfo(m_strCollectionFolder).fileName();
-    const QString retired = QFileInfo(m_strCollectionFolder).path() + QLatin1Char('/') + NewStagingName(modelName);
+    const QByteArray staging = QFile::encodeName(m_path);
+    const QByteArray target = QFile::encodeName(m_collectionFolder);
+    const QString modelName = QFileInfo(m_collectionFolder).fileName();
+    const QString retired = QFileInfo(m_collectionFolder).path() + QLatin1Char('/') + NewStagingName(modelName);
     const QByteArray retiredBytes = QFile::encodeName(retired);
     const bool hadCollection = ::rename(target.constData(), retiredBytes.constData()) == 0;
     if (!hadCollection && errno != ENOENT) {
-        *error = QStringLiteral("cannot move ") + m_strCollectionFolder + QStringLiteral(" aside: ") + ErrnoText(errno);
+        *error = QStringLiteral("cannot move ") + m_collectionFolder + QStringLiteral(" aside: ") + ErrnoText(errno);
         return false;
     }
     if (::rename(staging.constData(), target.constData()) != 0) {
-        *error = QStringLiteral("cannot rename ") + m_strPath + QStringLiteral(" to ") + m_strCollectionFolder
+        *error = QStringLiteral("cannot rename ") + m_path + QStringLiteral(" to ") + m_collectionFolder
             + QStringLiteral(": ") + ErrnoText(errno);
         if (hadCollection)
             ::rename(retiredBytes.constData(), target.constData());
         return false;
     }
-    m_bCommitted = true;
+    m_committed = true;
     if (hadCollection)
         RemoveTree(retired);
-    SyncFolderEntry(QFileInfo(m_strCollectionFolder).path());
+    SyncFolderEntry(QFileInfo(m_collectionFolder).path());
     return true;
 }
 

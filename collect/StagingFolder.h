@@ -26,8 +26,8 @@ public:
     StagingFolder(const StagingFolder&) = delete;
     StagingFolder& operator=(const StagingFolder&) = delete;
 
-    QString path() const { return m_strPath; }
-    QString collectionFolder() const { return m_strCollectionFolder; }
+    QString path() const { return m_path; }
+    QString collectionFolder() const { return m_collectionFolder; }
 
     // Flushes the folder's file system, then puts the folder in the place of
     // the collection folder in one step (exchanging it with an existing one,
@@ -40,10 +40,10 @@ private:
     StagingFolder(QString path, QString collectionFolder, int fd);
     bool commitWithoutExchange(QString* error);
 
-    QString m_strPath;
-    QString m_strCollectionFolder;
-    int m_nFd = -1;
-    bool m_bCommitted = false;
+    QString m_path;
+    QString m_collectionFolder;
+    int m_fd = -1;
+    bool m_committed = false;
 };
 
 // True for a name a staging folder can have ("." + model + ".collecting-"

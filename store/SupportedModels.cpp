@@ -36,12 +36,12 @@ const std::pair<const char*, const char*> kModelRows[] = {
 SupportedModelTable::SupportedModelTable()
 {
     for (const auto& [model, version] : kModelRows)
-        m_mapVersions.insert(QString::fromLatin1(model), QString::fromLatin1(version));
+        m_versions.insert(QString::fromLatin1(model), QString::fromLatin1(version));
 }
 
 QString SupportedModelTable::versionFor(const QString& strModel)
 {
-    return m_mapVersions[strModel];
+    return m_versions[strModel];
 }
 
 SupportedModelTable& supportedModels()

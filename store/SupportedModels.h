@@ -16,11 +16,11 @@ public:
     // gains a row with an empty version, as a map's operator[] would.
     QString versionFor(const QString& strModel);
 
-    int size() const { return m_mapVersions.size(); }
-    const QMap<QString, QString>& rows() const { return m_mapVersions; }
+    int size() const { return m_versions.size(); }
+    const QMap<QString, QString>& rows() const { return m_versions; }
 
 private:
-    QMap<QString, QString> m_mapVersions;
+    QMap<QString, QString> m_versions;
 };
 
 // The table of the running program, filled at first use.

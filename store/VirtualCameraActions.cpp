@@ -32,7 +32,7 @@ std::optional<VirtualCameraPlan> planFreshVirtualCamera(const QString& strModel,
     for (int attempt = 0; attempt < kPlanAttempts; ++attempt) {
         std::optional<VirtualCameraPlan> plan =
             planVirtualCamera(strModel, strCollectionRoot, QDateTime::currentMSecsSinceEpoch());
-        if (!plan || !QFileInfo::exists(plan->strCameraFolder))
+        if (!plan || !QFileInfo::exists(plan->cameraFolder))
             return plan;
         QThread::msleep(kClockStepMs);
     }
@@ -43,14 +43,14 @@ CreationOutcome createVirtualCamera(const VirtualCameraPlan& plan,
                                     const std::function<bool(const QString& strGroup, const QString& strModel)>& writeGroup,
                                     const std::function<QSettings*()>& settingsInUse)
 {
-    QDir().mkpath(plan.strCameraFolder);
-    if (!writeGroup(plan.strGroup, plan.strModel)) {
-        QDir().rmdir(plan.strCameraFolder); // only while still empty
+    QDir().mkpath(plan.cameraFolder);
+    if (!writeGroup(plan.group, plan.model)) {
+        QDir().rmdir(plan.cameraFolder); // only while still empty
         return CreationOutcome::GroupNotWritten;
     }
-    if (CopyDirectory(plan.strSourceFolder, plan.strCameraFolder, true))
+    if (CopyDirectory(plan.sourceFolder, plan.cameraFolder, true))
         return CreationOutcome::Created;
-    deleteVirtualCamera(plan.strGroup, plan.strModel, settingsInUse ? settingsInUse() : nullptr);
+    deleteVirtualCamera(plan.group, plan.model, settingsInUse ? settingsInUse() : nullptr);
     return CreationOutcome::CopyIncomplete;
 }
 

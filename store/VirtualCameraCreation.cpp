@@ -11,13 +11,13 @@ std::optional<VirtualCameraPlan> planVirtualCamera(const QString& strPickedText,
     if (strPickedText.isEmpty())
         return std::nullopt;
     VirtualCameraPlan plan;
-    plan.strModel = QString(strPickedText).remove('%');
-    if (!isSafeStoreName(plan.strModel))
+    plan.model = QString(strPickedText).remove('%');
+    if (!isSafeStoreName(plan.model))
         return std::nullopt;
-    plan.strSourceFolder = strCollectionRoot + "/" + plan.strModel;
-    plan.strId = cameraIdFromClock(nClockMSecs);
-    plan.strGroup = groupNameForId(plan.strId);
-    plan.strCameraFolder = cameraFolder(plan.strGroup);
+    plan.sourceFolder = strCollectionRoot + "/" + plan.model;
+    plan.id = cameraIdFromClock(nClockMSecs);
+    plan.group = groupNameForId(plan.id);
+    plan.cameraFolder = cameraFolder(plan.group);
     return plan;
 }
 

@@ -9,11 +9,11 @@
 namespace VirtualStore {
 
 struct VirtualCameraPlan final {
-    QString strModel;        // the picked text without any "%"
-    QString strSourceFolder; // the model's collection folder
-    QString strId;           // eight digits from the clock
-    QString strGroup;        // "Vir" + ID
-    QString strCameraFolder; // the store's camera folder for the group
+    QString model;        // the picked text without any "%"
+    QString sourceFolder; // the model's collection folder
+    QString id;           // eight digits from the clock
+    QString group;        // "Vir" + ID
+    QString cameraFolder; // the store's camera folder for the group
 };
 
 // Nothing for an empty text, or for a model name that cannot name a folder.

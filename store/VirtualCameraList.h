@@ -11,8 +11,8 @@ class QSettings;
 namespace VirtualStore {
 
 struct VirtualCameraEntry final {
-    QString strGroup;
-    QString strModel;
+    QString group;
+    QString model;
 };
 
 // One entry per camera group that has a chModelName key, in the settings

@@ -52,7 +52,7 @@ void QVirtualCamMainWidget::InitVirtualCameraList()
     const QVector<VirtualStore::VirtualCameraEntry> entries =
         VirtualStore::readVirtualCameraList(*m_pVirtualCamSettings);
     for (const VirtualStore::VirtualCameraEntry& entry : entries)
-        UpdateVirtualCameraList(entry.strModel, entry.strGroup);
+        UpdateVirtualCameraList(entry.model, entry.group);
 }
 
 bool QVirtualCamMainWidget::WriteVirtualCameraConfig(QString strGroup, QString strModel)
@@ -91,12 +91,12 @@ void QVirtualCamMainWidget::OnAddVirtualBtn()
     if (outcome == VirtualStore::CreationOutcome::GroupNotWritten)
         return;
     if (outcome == VirtualStore::CreationOutcome::CopyIncomplete) {
-        qInfo() << "Copying" << plan->strSourceFolder << "into" << plan->strCameraFolder << "failed";
+        qInfo() << "Copying" << plan->sourceFolder << "into" << plan->cameraFolder << "failed";
         CustomMessageBox::warning(this, tr("Copying the collected files failed. The virtual camera was not created!"),
                                   tr("Prompt"), CustomMessageBox::ConfirmButton);
         return;
     }
-    UpdateVirtualCameraList(plan->strModel, plan->strGroup);
+    UpdateVirtualCameraList(plan->model, plan->group);
 }
 
 void QVirtualCamMainWidget::UpdateVirtualComBobox()

@@ -208,7 +208,7 @@ void TestLoop::createVirtualCamera()
 {
     m_plan = VirtualStore::planVirtualCamera(m_model, CollectionRoot(), QDateTime::currentMSecsSinceEpoch());
     QVERIFY(m_plan.has_value());
-    QVERIFY(m_plan->strGroup.startsWith(QStringLiteral("Vir")));
+    QVERIFY(m_plan->group.startsWith(QStringLiteral("Vir")));
     const std::unique_ptr<QSettings> settings(
         VirtualStore::openVirtualCameraSettings(VirtualStore::configFilePath(), nullptr));
     const VirtualStore::CreationOutcome outcome =
@@ -221,7 +221,7 @@ void TestLoop::createVirtualCamera()
         });
     QCOMPARE(outcome, VirtualStore::CreationOutcome::Created);
     QVERIFY(VirtualStore::storePath().startsWith(qEnvironmentVariable("QUORVEX_SYSTEM_TEMP")));
-    QVERIFY(QFileInfo::exists(VirtualStore::registerFilePath(m_plan->strGroup, m_model)));
+    QVERIFY(QFileInfo::exists(VirtualStore::registerFilePath(m_plan->group, m_model)));
 }
 
 void TestLoop::DiscoverVirtualCamera()
@@ -234,20 +234,20 @@ void TestLoop::DiscoverVirtualCamera()
     QVERIFY2(readers.size() == 1,
              qPrintable(QStringLiteral("the virtual camera was not found; simulator said: ") + OutputOf(m_storeSimulator)));
     m_virtualRecord = readers.first();
-    QCOMPARE(SerialOf(m_virtualRecord), m_plan->strGroup);
+    QCOMPARE(SerialOf(m_virtualRecord), m_plan->group);
     QCOMPARE(ModelOf(m_virtualRecord), m_model);
     QVERIFY2(!collect::isListedCodeReader(m_virtualRecord), "the window's table leaves virtual cameras out");
     QCOMPARE(AddressOf(m_virtualRecord), QStringLiteral("127.0.0.2"));
 
     const std::vector<std::string> aravisSerials = SerialNumbersFromAravis();
-    QVERIFY2(std::find(aravisSerials.begin(), aravisSerials.end(), m_plan->strGroup.toStdString()) != aravisSerials.end(),
+    QVERIFY2(std::find(aravisSerials.begin(), aravisSerials.end(), m_plan->group.toStdString()) != aravisSerials.end(),
              "Aravis discovers the virtual camera under its serial number");
 }
 
 void TestLoop::CompareFeatureValues()
 {
     QString error;
-    const XQ_HANDLE camera = OpenCameraBySerial(m_plan->strGroup, &error);
+    const XQ_HANDLE camera = OpenCameraBySerial(m_plan->group, &error);
     QVERIFY2(camera != nullptr, qPrintable(error));
     XQ_GIGE_SetGvcpTimeout(camera, kGvcpTimeoutMs);
     FeatureWalk replayed;
@@ -268,7 +268,7 @@ void TestLoop::CompareFeatureValues()
 
 void TestLoop::GrabFramesAndCodes()
 {
-    const QString cameraFolder = VirtualStore::cameraFolder(m_plan->strGroup);
+    const QString cameraFolder = VirtualStore::cameraFolder(m_plan->group);
     // That the collection wrote a row per image is the job test's to check.
     const int imageCount = QDir(cameraFolder + QStringLiteral("/Jpg")).entryList({QStringLiteral("*.jpg")}, QDir::Files).size();
     QVERIFY(imageCount > 0);

@@ -17,7 +17,7 @@ bool XTestDisplay::open()
     m_strName = qEnvironmentVariable("DISPLAY");
     m_pDisplay = m_strName.isEmpty() ? nullptr : XOpenDisplay(m_strName.toLatin1().constData());
     if (!m_pDisplay)
-        m_strError = "cannot open the display \"" + m_strName + "\"; the test runs on run-test's private X server";
+        m_error = "cannot open the display \"" + m_strName + "\"; the test runs on run-test's private X server";
     return m_pDisplay != nullptr;
 }
 

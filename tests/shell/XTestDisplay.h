@@ -19,7 +19,7 @@ public:
 
     // Connects to $DISPLAY; false with errorText() set when it cannot.
     bool open();
-    QString errorText() const { return m_strError; }
+    QString errorText() const { return m_error; }
     QString name() const { return m_strName; } // ":N"
 
     // A mapped top-level window whose title contains the text; 0 when none.
@@ -40,5 +40,5 @@ private:
 
     _XDisplay* m_pDisplay = nullptr;
     QString m_strName;
-    QString m_strError;
+    QString m_error;
 };

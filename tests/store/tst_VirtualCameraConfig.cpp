@@ -162,11 +162,11 @@ private slots:
         settings.setIniCodec("utf-8");
         const QVector<VirtualCameraEntry> entries = readVirtualCameraList(settings);
         QCOMPARE(entries.size(), 3);
-        QCOMPARE(entries[0].strGroup, QString("Vir10"));
-        QCOMPARE(entries[0].strModel, QString("Ten"));
-        QCOMPARE(entries[1].strGroup, QString("Vir2"));
-        QCOMPARE(entries[2].strModel, QString("A,B %1"));
-        QCOMPARE(virtualCameraEntryText(entries[2].strModel, entries[2].strGroup), QString("A,B %1(Vir4)"));
+        QCOMPARE(entries[0].group, QString("Vir10"));
+        QCOMPARE(entries[0].model, QString("Ten"));
+        QCOMPARE(entries[1].group, QString("Vir2"));
+        QCOMPARE(entries[2].model, QString("A,B %1"));
+        QCOMPARE(virtualCameraEntryText(entries[2].model, entries[2].group), QString("A,B %1(Vir4)"));
     }
 
     void collectedModels_areTheVisibleSubfoldersByNameIgnoringCase()
@@ -186,11 +186,11 @@ private slots:
     {
         const auto plan = planVirtualCamera("A%B", "/root", 1731734400123);
         QVERIFY(plan.has_value());
-        QCOMPARE(plan->strModel, QString("AB"));
-        QCOMPARE(plan->strSourceFolder, QString("/root/AB"));
-        QCOMPARE(plan->strId, QString("73440012"));
-        QCOMPARE(plan->strGroup, QString("Vir73440012"));
-        QCOMPARE(plan->strCameraFolder, storePath() + "/Cameras/Vir73440012");
+        QCOMPARE(plan->model, QString("AB"));
+        QCOMPARE(plan->sourceFolder, QString("/root/AB"));
+        QCOMPARE(plan->id, QString("73440012"));
+        QCOMPARE(plan->group, QString("Vir73440012"));
+        QCOMPARE(plan->cameraFolder, storePath() + "/Cameras/Vir73440012");
         QVERIFY(!planVirtualCamera("", "/root", 1731734400123));
         QVERIFY(!planVirtualCamera("..", "/root", 1731734400123));
         QVERIFY(!planVirtualCamera("a/b", "/root", 1731734400123));
