@@ -1,5 +1,7 @@
 #include "DeviceListing.h"
 
+#include "XqFileNames.h"
+
 #include "XQInterface.h"
 
 #include <algorithm>
@@ -23,7 +25,7 @@ QString ipAddressText(unsigned int address)
 
 bool isVirtualCameraSerial(const QString& serial)
 {
-    return serial.contains(QLatin1String("Vir"));
+    return serial.contains(QLatin1String(xq::names::kVirtualCameraPrefix));
 }
 
 bool isListedCodeReader(const XQ_CODEREADER_DEVICE_INFO& record)

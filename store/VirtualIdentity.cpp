@@ -1,5 +1,7 @@
 #include "VirtualIdentity.h"
 
+#include "XqFileNames.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -28,7 +30,7 @@ QString cameraIdFromClock(qint64 nMSecsSinceEpoch)
 
 QString groupNameForId(const QString& strId)
 {
-    return QStringLiteral("Vir") + strId;
+    return QLatin1String(xq::names::kVirtualCameraPrefix) + strId;
 }
 
 QString GenerateVirtualMac()

@@ -19,5 +19,8 @@ inline constexpr char kCodesFile[] = "ImportInformation.csv";
 inline constexpr char kVirtualCameraFolder[] = "VirtualCamera";
 inline constexpr char kStoreConfigFile[] = "VirtualCameraConfig.ini";
 inline constexpr char kStoreCamerasFolder[] = "Cameras";
+// A virtual camera's group, folder and serial number: this prefix and an
+// eight-digit ID. Discovery tells virtual cameras from devices by it.
+inline constexpr char kVirtualCameraPrefix[] = "Vir";
 
 } // namespace xq::names
