@@ -146,10 +146,9 @@ TEST_F(AravisClient, untunedClient_getsEveryFrameComplete)
             frames.insert(frames.end(), got.begin(), got.end());
         }
         ASSERT_EQ(static_cast<int>(frames.size()), expected);
-        // As in the trigger test: a receiver starved of the CPU on a loaded
-        // machine can lose more of a frame than Aravis will ask again for,
-        // or a frame's last packets, which it never asks for; one such frame
-        // is tolerated.
+        // Every frame complete. CTest runs this test with nothing beside it:
+        // a plain-socket receiver starved of the CPU by other work loses
+        // more of a frame than Aravis asks again for, whatever the device.
         guint64 incomplete = 0;
         std::size_t previous = frames.size();
         for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -166,12 +165,10 @@ TEST_F(AravisClient, untunedClient_getsEveryFrameComplete)
             }
             previous = i;
         }
-        EXPECT_LE(incomplete, 1u) << "incomplete frames";
+        EXPECT_EQ(incomplete, 0u) << "incomplete frames";
         guint64 resent = 0, missing = 0;
         arv_gv_stream_get_statistics(ARV_GV_STREAM(stream.get()), &resent, &missing);
-        if (incomplete == 0) {
-            EXPECT_EQ(missing, 0u);
-        }
+        EXPECT_EQ(missing, 0u);
         if (c.loss > 0) {
             EXPECT_GT(resent, 0u) << "the losses were not recovered by resend";
         }
