@@ -1,5 +1,6 @@
 // The styling mix-in and the default theme, checked on rendered pixels as
 // well as on the generated style sheet text.
+#include "QtPrinters.h"
 #include "Custom.h"
 #include "CustomLabel.h"
 #include "CustomMainWindow.h"
@@ -12,6 +13,8 @@
 #include <QResource>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -56,99 +59,87 @@ private:
 
 } // namespace
 
-class TestCustomStyle : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void invalidArguments_changeNothing();
-    void borderAndBackground_areRendered();
-    void backgroundImage_fillsTheButton();
-    void withoutBundle_widgetsKeepThePlainLook();
-    void withBundle_themeIsRendered_ownSettersWin_titleControlsKeepTheirSize();
-};
-
-void TestCustomStyle::invalidArguments_changeNothing()
+TEST(TestCustomStyle, invalidArguments_changeNothing)
 {
     CustomLabel label;
-    QVERIFY(label.cSetFontColor(QStringLiteral("red"), 0));
+    ASSERT_TRUE(label.cSetFontColor(QStringLiteral("red"), 0));
     const QString before = label.styleSheet();
 
-    QVERIFY(!label.cSetBorderColor(QStringLiteral("#f76900"), 7, 0));
-    QVERIFY(!label.cSetBorderColor(QStringLiteral("#f76900"), 3, 3));
-    QVERIFY(!label.cSetBorderColor(QStringLiteral("not-a-colour"), 3, 0));
-    QVERIFY(!label.cSetFontColor(QStringLiteral("red; background: blue"), 0));
-    QVERIFY(!label.cSetFontColor(QString(), -1));
-    QVERIFY(!label.cSetFontSize(0, 0));
-    QVERIFY(!label.cSetBackgroundImage(QStringLiteral("x.png\"); background: blue; border-image: url(\""), 0));
-    QVERIFY(!label.cSetBackgroundImage(QStringLiteral("a\nb.png"), 0));
-    QCOMPARE(label.styleSheet(), before);
+    ASSERT_TRUE(!label.cSetBorderColor(QStringLiteral("#f76900"), 7, 0));
+    ASSERT_TRUE(!label.cSetBorderColor(QStringLiteral("#f76900"), 3, 3));
+    ASSERT_TRUE(!label.cSetBorderColor(QStringLiteral("not-a-colour"), 3, 0));
+    ASSERT_TRUE(!label.cSetFontColor(QStringLiteral("red; background: blue"), 0));
+    ASSERT_TRUE(!label.cSetFontColor(QString(), -1));
+    ASSERT_TRUE(!label.cSetFontSize(0, 0));
+    ASSERT_TRUE(!label.cSetBackgroundImage(QStringLiteral("x.png\"); background: blue; border-image: url(\""), 0));
+    ASSERT_TRUE(!label.cSetBackgroundImage(QStringLiteral("a\nb.png"), 0));
+    ASSERT_EQ(label.styleSheet(), before);
 }
 
-void TestCustomStyle::borderAndBackground_areRendered()
+TEST(TestCustomStyle, borderAndBackground_areRendered)
 {
     CustomLabel label;
     label.resize(60, 40);
-    QVERIFY(label.cSetBackgroundColor(QStringLiteral("#00ff00"), 0));
-    QVERIFY(label.cSetBorderWidth(3, 0));
-    QVERIFY(label.cSetBorderColor(QStringLiteral("#ff0000"), CustomObject::EdgeAll, 0));
+    ASSERT_TRUE(label.cSetBackgroundColor(QStringLiteral("#00ff00"), 0));
+    ASSERT_TRUE(label.cSetBorderWidth(3, 0));
+    ASSERT_TRUE(label.cSetBorderColor(QStringLiteral("#ff0000"), CustomObject::EdgeAll, 0));
     const QImage image = render(&label);
-    QVERIFY2(near(image.pixelColor(1, 20), Qt::red), qPrintable(describe(image.pixelColor(1, 20))));
-    QVERIFY(near(image.pixelColor(58, 20), Qt::red));
-    QVERIFY(near(image.pixelColor(30, 1), Qt::red));
-    QVERIFY(near(image.pixelColor(30, 38), Qt::red));
-    QVERIFY2(near(image.pixelColor(30, 20), Qt::green), qPrintable(describe(image.pixelColor(30, 20))));
+    ASSERT_TRUE(near(image.pixelColor(1, 20), Qt::red)) << qPrintable(describe(image.pixelColor(1, 20)));
+    ASSERT_TRUE(near(image.pixelColor(58, 20), Qt::red));
+    ASSERT_TRUE(near(image.pixelColor(30, 1), Qt::red));
+    ASSERT_TRUE(near(image.pixelColor(30, 38), Qt::red));
+    ASSERT_TRUE(near(image.pixelColor(30, 20), Qt::green)) << qPrintable(describe(image.pixelColor(30, 20)));
 
     // One edge only draws only that side.
-    QVERIFY(label.cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeBottom, 0));
+    ASSERT_TRUE(label.cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeBottom, 0));
     const QImage edge = render(&label);
-    QVERIFY(near(edge.pixelColor(30, 38), Qt::blue));
-    QVERIFY2(!near(edge.pixelColor(30, 1), Qt::blue), qPrintable(describe(edge.pixelColor(30, 1))));
-    QVERIFY(!near(edge.pixelColor(1, 20), Qt::blue));
+    ASSERT_TRUE(near(edge.pixelColor(30, 38), Qt::blue));
+    ASSERT_TRUE(!near(edge.pixelColor(30, 1), Qt::blue)) << qPrintable(describe(edge.pixelColor(30, 1)));
+    ASSERT_TRUE(!near(edge.pixelColor(1, 20), Qt::blue));
 }
 
-void TestCustomStyle::backgroundImage_fillsTheButton()
+TEST(TestCustomStyle, backgroundImage_fillsTheButton)
 {
     QTemporaryDir dir;
-    QVERIFY(dir.isValid());
+    ASSERT_TRUE(dir.isValid());
     QImage image(8, 8, QImage::Format_RGB32);
     image.fill(QColor(0x20, 0x40, 0xe0));
     // A folder name with a space and parentheses, as user folders have.
-    QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("my icons (1)")));
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("my icons (1)")));
     const QString path = dir.filePath(QStringLiteral("my icons (1)/help.png"));
-    QVERIFY(image.save(path));
+    ASSERT_TRUE(image.save(path));
 
     CustomPushButton button(nullptr, CustomPushButton::StyleFlat);
     button.resize(32, 32);
     for (int state = 0; state < 3; ++state)
-        QVERIFY(button.cSetBackgroundImage(path, state));
+        ASSERT_TRUE(button.cSetBackgroundImage(path, state));
     const QImage shot = render(&button);
-    QVERIFY2(near(shot.pixelColor(16, 16), QColor(0x20, 0x40, 0xe0)), qPrintable(describe(shot.pixelColor(16, 16))));
+    ASSERT_TRUE(near(shot.pixelColor(16, 16), QColor(0x20, 0x40, 0xe0))) << qPrintable(describe(shot.pixelColor(16, 16)));
 }
 
-void TestCustomStyle::withoutBundle_widgetsKeepThePlainLook()
+TEST(TestCustomStyle, withoutBundle_widgetsKeepThePlainLook)
 {
-    QVERIFY(!QFile::exists(Custom::defaultStyleSheetPath()));
-    QVERIFY(Custom::defaultStyleSheet().isEmpty());
+    ASSERT_TRUE(!QFile::exists(Custom::defaultStyleSheetPath()));
+    ASSERT_TRUE(Custom::defaultStyleSheet().isEmpty());
     CustomMainWindow window;
-    QVERIFY(window.styleSheet().isEmpty());
+    ASSERT_TRUE(window.styleSheet().isEmpty());
     CustomMenu menu;
-    QVERIFY(menu.styleSheet().isEmpty());
+    ASSERT_TRUE(menu.styleSheet().isEmpty());
 }
 
-void TestCustomStyle::withBundle_themeIsRendered_ownSettersWin_titleControlsKeepTheirSize()
+TEST(TestCustomStyle, withBundle_themeIsRendered_ownSettersWin_titleControlsKeepTheirSize)
 {
-    QVERIFY2(QFile::exists(kBundle), qPrintable(QStringLiteral("theme bundle not built: %1").arg(kBundle)));
+    ASSERT_TRUE(QFile::exists(kBundle)) << qPrintable(QStringLiteral("theme bundle not built: %1").arg(kBundle));
     BundleScope bundle;
-    QVERIFY(bundle.registered());
+    ASSERT_TRUE(bundle.registered());
     CustomMainWindow window;
-    QVERIFY(window.styleSheet().startsWith(Custom::defaultStyleSheet()));
+    ASSERT_TRUE(window.styleSheet().startsWith(Custom::defaultStyleSheet()));
     window.cTitleBar()->cSetTitleHeight(40);
     auto* const central = new QWidget;
     auto* const layout = new QHBoxLayout(central);
     auto* const primary = new CustomPushButton(QStringLiteral("Go"), central, CustomPushButton::StylePrimary);
     auto* const outline = new CustomPushButton(QStringLiteral("Record"), central, CustomPushButton::StyleOutline);
-    QVERIFY(outline->cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeAll, CustomObject::StateNormal));
+    ASSERT_TRUE(outline->cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeAll, CustomObject::StateNormal));
     auto* const table = new CustomTableWidget(2, 2);
     for (int row = 0; row < 2; ++row) {
         table->setItem(row, 0, new QTableWidgetItem);
@@ -163,25 +154,22 @@ void TestCustomStyle::withBundle_themeIsRendered_ownSettersWin_titleControlsKeep
     window.cSetCentralWidget(central);
     window.resize(500, 300);
     window.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
 
     const QImage go = render(primary);
-    QVERIFY2(near(go.pixelColor(6, 13), QColor(0xf7, 0x69, 0x00)), qPrintable(describe(go.pixelColor(6, 13))));
+    ASSERT_TRUE(near(go.pixelColor(6, 13), QColor(0xf7, 0x69, 0x00))) << qPrintable(describe(go.pixelColor(6, 13)));
     // An own setter beats the theme; the rest of the theme's look (white face) stays.
     const QImage record = render(outline);
-    QVERIFY2(near(record.pixelColor(0, 13), Qt::blue, 40), qPrintable(describe(record.pixelColor(0, 13))));
-    QVERIFY2(near(record.pixelColor(6, 5), Qt::white), qPrintable(describe(record.pixelColor(6, 5))));
+    ASSERT_TRUE(near(record.pixelColor(0, 13), Qt::blue, 40)) << qPrintable(describe(record.pixelColor(0, 13)));
+    ASSERT_TRUE(near(record.pixelColor(6, 5), Qt::white)) << qPrintable(describe(record.pixelColor(6, 5)));
     // A corner of the box interior, away from the tick.
     const QImage cells = render(table->viewport());
     const QPoint inChecked = table->checkBoxRect(0, 0).topLeft() + QPoint(3, 3);
     const QPoint inUnchecked = table->checkBoxRect(1, 0).topLeft() + QPoint(3, 3);
-    QVERIFY2(near(cells.pixelColor(inChecked), QColor(0xf7, 0x69, 0x00), 30),
-             qPrintable(describe(cells.pixelColor(inChecked))));
-    QVERIFY2(near(cells.pixelColor(inUnchecked), Qt::white, 12), qPrintable(describe(cells.pixelColor(inUnchecked))));
+    ASSERT_TRUE(near(cells.pixelColor(inChecked), QColor(0xf7, 0x69, 0x00), 30)) << qPrintable(describe(cells.pixelColor(inChecked)));
+    ASSERT_TRUE(near(cells.pixelColor(inUnchecked), Qt::white, 12)) << qPrintable(describe(cells.pixelColor(inUnchecked)));
     // The theme must not squeeze the title bar's controls.
     const QSize control = window.cTitleBar()->cControlButton(CustomTitleBar::CloseControl)->size();
-    QVERIFY2(control.height() == 40, qPrintable(QStringLiteral("control %1x%2").arg(control.width()).arg(control.height())));
+    ASSERT_TRUE(control.height() == 40) << qPrintable(QStringLiteral("control %1x%2").arg(control.width()).arg(control.height()));
 }
 
-QTEST_MAIN(TestCustomStyle)
-#include "tst_CustomStyle.moc"

@@ -1,5 +1,6 @@
 // The main window: what a language change touches.
 
+#include "QtPrinters.h"
 #include "CustomCheckHeaderView.h"
 #include "CustomLabel.h"
 #include "CustomPushButton.h"
@@ -8,7 +9,9 @@
 #include "QVirtualCamMainWidget.h"
 #include "XQInterface.h"
 
-#include <QtTest>
+#include <QtCore>
+
+#include <gtest/gtest.h>
 #include <QTranslator>
 
 namespace {
@@ -48,24 +51,20 @@ QStringList headerLabels(QTableWidget* table)
 
 } // namespace
 
-class MainWindowTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
+class MainWindowTest : public ::testing::Test {
+protected:
     // The window's own texts come from tr in its context and are re-applied
     // on a language change; a cell text set elsewhere stays as it is.
-    void languageChange_reappliesExactlyTheNamedTexts();
 };
 
-void MainWindowTest::languageChange_reappliesExactlyTheNamedTexts()
+TEST_F(MainWindowTest, languageChange_reappliesExactlyTheNamedTexts)
 {
     QVirtualCamMainWidget window;
-    QVERIFY(window.Init());
+    ASSERT_TRUE(window.Init());
     auto* table = window.findChild<CustomTableWidget*>();
-    QVERIFY(table);
-    QVERIFY(qobject_cast<CustomCheckHeaderView*>(table->horizontalHeader())->isCheckBoxVisible(0));
-    QVERIFY(!window.findChild<CustomPushButton*>("CollectBtn")->isEnabled());
+    ASSERT_TRUE(table);
+    ASSERT_TRUE(qobject_cast<CustomCheckHeaderView*>(table->horizontalHeader())->isCheckBoxVisible(0));
+    ASSERT_TRUE(!window.findChild<CustomPushButton*>("CollectBtn")->isEnabled());
     const QStringList english = headerLabels(table);
     table->setItem(0, 4, new QTableWidgetItem("Collect Finished"));
 
@@ -73,24 +72,21 @@ void MainWindowTest::languageChange_reappliesExactlyTheNamedTexts()
     QCoreApplication::installTranslator(&translator);  // sends LanguageChange
     QCoreApplication::processEvents();
 
-    QCOMPARE(window.windowTitle(), QString("<Quorvex>"));
-    QCOMPARE(window.cTitleBar()->cTitleText(), "<Quorvex> " + XQInterface::curExeVersion());
-    QCOMPARE(window.findChild<CustomPushButton*>("CollectBtn")->text(), QString("<Record>"));
-    QVERIFY(buttonWithText(&window, "<Add>"));
-    QVERIFY(window.findChild<CustomLabel*>()->text().startsWith('<'));
-    QCOMPARE(headerLabels(table),
-             (QStringList{"", "<Model Name>", "<IP Address>", "<Version>", "<Collect Status>"}));
+    ASSERT_EQ(window.windowTitle(), QString("<Quorvex>"));
+    ASSERT_EQ(window.cTitleBar()->cTitleText(), "<Quorvex> " + XQInterface::curExeVersion());
+    ASSERT_EQ(window.findChild<CustomPushButton*>("CollectBtn")->text(), QString("<Record>"));
+    ASSERT_TRUE(buttonWithText(&window, "<Add>"));
+    ASSERT_TRUE(window.findChild<CustomLabel*>()->text().startsWith('<'));
+    ASSERT_EQ(headerLabels(table), (QStringList{"", "<Model Name>", "<IP Address>", "<Version>", "<Collect Status>"}));
     bool helpTranslated = false;
     for (CustomPushButton* button : window.cTitleBar()->findChildren<CustomPushButton*>())
         helpTranslated = helpTranslated || button->toolTip() == "<View Document>";
-    QVERIFY(helpTranslated);
-    QCOMPARE(table->item(0, 4)->text(), QString("Collect Finished"));
+    ASSERT_TRUE(helpTranslated);
+    ASSERT_EQ(table->item(0, 4)->text(), QString("Collect Finished"));
 
     QCoreApplication::removeTranslator(&translator);
     QCoreApplication::processEvents();
-    QCOMPARE(window.windowTitle(), QString("Quorvex"));
-    QCOMPARE(headerLabels(table), english);
+    ASSERT_EQ(window.windowTitle(), QString("Quorvex"));
+    ASSERT_EQ(headerLabels(table), english);
 }
 
-QTEST_MAIN(MainWindowTest)
-#include "tst_mainwindow.moc"

@@ -1,6 +1,8 @@
 // The single-instance decision between real processes: this test process
 // plays the first copy (or a later one), a helper process the other.
 
+#include "MessageLog.h"
+#include "QtPrinters.h"
 #include "Custom.h"
 #include "SingleInstance.h"
 
@@ -9,13 +11,13 @@
 #include <QWidget>
 #include <QtTest>
 
+#include <gtest/gtest.h>
+
 #include <memory>
 
-class SingleInstanceTest : public QObject
-{
-    Q_OBJECT
-
-private:
+class SingleInstanceTest : public ::testing::Test {
+protected:
+    void SetUp() override;
     // Starts the helper as a later copy and lets this process's event loop
     // answer it; returns its exit code, -1 when it did not end.
     int runSecondCopy(const QStringList& arguments = {})
@@ -31,7 +33,6 @@ private:
         }
         return helper.exitStatus() == QProcess::NormalExit ? helper.exitCode() : -1;
     }
-
     std::unique_ptr<QProcess> startHoldingFirstCopy()
     {
         auto helper = std::make_unique<QProcess>();
@@ -43,7 +44,6 @@ private:
             return nullptr;
         return helper;
     }
-
     // One raw request; the server's one-line answer.
     QByteArray ask(const QByteArray& request)
     {
@@ -60,114 +60,115 @@ private:
         }, 6000);
         return reply.trimmed();
     }
-
-private slots:
-    void init()
-    {
-        closeInstanceGuard();
-        Custom::setLanguage(Custom::English);
-    }
-
-    void cleanupTestCase() { closeInstanceGuard(); }
-
-    void channelLivesInThePrivateRuntimeFolder()
-    {
-        const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-        QVERIFY2(!runtime.isEmpty(), "the test runs with a private XDG_RUNTIME_DIR");
-        QVERIFY(instanceSocketPath().startsWith(runtime + '/'));
-        QVERIFY(instanceLockPath().startsWith(runtime + '/'));
-    }
-
-    void secondCopy_exitsZero_andRestoresMinimisedFirstWindow()
-    {
-        QVERIFY(!isAlreadyRunning());
-        QWidget other;
-        other.setWindowTitle("Some other window");
-        QWidget window;
-        window.setWindowTitle("Quorvex");
-        window.showMinimized();
-        other.show();
-        other.activateWindow();
-        QTRY_VERIFY(other.isActiveWindow());
-
-        QCOMPARE(runSecondCopy(), 0);
-        QTRY_VERIFY(!window.isMinimized());
-        QTRY_VERIFY(window.isActiveWindow());
-        QVERIFY(window.isVisible());
-    }
-
-    void chineseTitle_isSearchedBeforeEnglish()
-    {
-        QWidget english;
-        english.setWindowTitle("Quorvex");
-        QWidget chinese;
-        chinese.setWindowTitle(QStringLiteral("奎沃思"));
-        QCOMPARE(findInstanceWindow(), &chinese);
-        chinese.setWindowTitle("Quorvex V1");
-        QCOMPARE(findInstanceWindow(), &english);
-        english.setWindowTitle("Quorvex V1");
-        QCOMPARE(findInstanceWindow(), static_cast<QWidget*>(nullptr));
-    }
-
-    void secondCopyWithLanguage_switchesTheFirstCopy()
-    {
-        QVERIFY(!isAlreadyRunning());
-        Custom::setLanguage(Custom::Chinese);
-        QTest::ignoreMessage(QtInfoMsg, "Quorvex ENG");
-        QCOMPARE(runSecondCopy({"ENG"}), 0);
-        QCOMPARE(Custom::language(), int(Custom::English));
-
-        QTest::ignoreMessage(QtInfoMsg, "Quorvex CN");
-        QCOMPARE(runSecondCopy({"CH"}), 0);
-        QCOMPARE(Custom::language(), int(Custom::Chinese));
-
-        // Any other spelling only brings the window forward.
-        QCOMPARE(runSecondCopy({"eng"}), 0);
-        QCOMPARE(runSecondCopy({"ENG", "extra"}), 0);
-        QCOMPARE(Custom::language(), int(Custom::English));
-    }
-
-    void firstCopyEnded_nextStartIsFirstAgain()
-    {
-        // Ended normally.
-        QVERIFY(!isAlreadyRunning());
-        closeInstanceGuard();
-        QCOMPARE(runSecondCopy(), 3);
-
-        // Killed: the lock dies with it and the socket file it left is replaced;
-        // a later copy exits 0 even when the first shows no window.
-        std::unique_ptr<QProcess> first = startHoldingFirstCopy();
-        QVERIFY2(first, "the helper did not become the first copy");
-        QVERIFY(isAlreadyRunning());
-        first->kill();
-        QVERIFY(first->waitForFinished(10000));
-        QVERIFY(QFile::exists(instanceSocketPath()));
-        QVERIFY(!isAlreadyRunning());
-        QCOMPARE(runSecondCopy(), 0);
-    }
-
-    void hostileRequests_areRefused_andTheServerKeepsServing()
-    {
-        QVERIFY(!isAlreadyRunning());
-        Custom::setLanguage(Custom::Chinese);
-        QCOMPARE(ask("HELLO\n"), QByteArray("ERROR"));
-        QCOMPARE(ask("ACTIVATE de\n"), QByteArray("ERROR"));
-        QCOMPARE(ask("ACTIVATE ENG CH\n"), QByteArray("ERROR"));
-        QCOMPARE(ask(QByteArray(10000, 'A')), QByteArray("ERROR"));
-        QCOMPARE(ask(QByteArray("ACTIVATE\0ENG\n", 13)), QByteArray("ERROR"));
-        QCOMPARE(Custom::language(), int(Custom::Chinese));
-
-        // A client that says nothing is dropped after a while.
-        QLocalSocket silent;
-        silent.connectToServer(instanceSocketPath());
-        QVERIFY(silent.waitForConnected(2000));
-        QTRY_COMPARE_WITH_TIMEOUT(silent.state(), QLocalSocket::UnconnectedState, 8000);
-
-        QCOMPARE(ask("ACTIVATE\n"), QByteArray("OK"));
-        QCOMPARE(runSecondCopy({"ENG"}), 0);
-        QCOMPARE(Custom::language(), int(Custom::English));
-    }
+    static void TearDownTestSuite() { closeInstanceGuard(); }
 };
 
-QTEST_MAIN(SingleInstanceTest)
-#include "tst_shell_single_instance.moc"
+void SingleInstanceTest::SetUp()
+{
+    closeInstanceGuard();
+    Custom::setLanguage(Custom::English);
+}
+
+TEST_F(SingleInstanceTest, channelLivesInThePrivateRuntimeFolder)
+{
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    ASSERT_TRUE(!runtime.isEmpty()) << "the test runs with a private XDG_RUNTIME_DIR";
+    ASSERT_TRUE(instanceSocketPath().startsWith(runtime + '/'));
+    ASSERT_TRUE(instanceLockPath().startsWith(runtime + '/'));
+}
+
+TEST_F(SingleInstanceTest, secondCopy_exitsZero_andRestoresMinimisedFirstWindow)
+{
+    ASSERT_TRUE(!isAlreadyRunning());
+    QWidget other;
+    other.setWindowTitle("Some other window");
+    QWidget window;
+    window.setWindowTitle("Quorvex");
+    window.showMinimized();
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(other.isActiveWindow()); }));
+
+    ASSERT_EQ(runSecondCopy(), 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(!window.isMinimized()); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(window.isActiveWindow()); }));
+    ASSERT_TRUE(window.isVisible());
+}
+
+TEST_F(SingleInstanceTest, chineseTitle_isSearchedBeforeEnglish)
+{
+    QWidget english;
+    english.setWindowTitle("Quorvex");
+    QWidget chinese;
+    chinese.setWindowTitle(QStringLiteral("奎沃思"));
+    ASSERT_EQ(findInstanceWindow(), &chinese);
+    chinese.setWindowTitle("Quorvex V1");
+    ASSERT_EQ(findInstanceWindow(), &english);
+    english.setWindowTitle("Quorvex V1");
+    ASSERT_EQ(findInstanceWindow(), static_cast<QWidget*>(nullptr));
+}
+
+TEST_F(SingleInstanceTest, secondCopyWithLanguage_switchesTheFirstCopy)
+{
+    ASSERT_TRUE(!isAlreadyRunning());
+    Custom::setLanguage(Custom::Chinese);
+    {
+        const MessageLog log;
+        ASSERT_EQ(runSecondCopy({"ENG"}), 0);
+        ASSERT_EQ(Custom::language(), int(Custom::English));
+        EXPECT_EQ(log.count("Quorvex ENG"), 1);
+    }
+    {
+        const MessageLog log;
+        ASSERT_EQ(runSecondCopy({"CH"}), 0);
+        ASSERT_EQ(Custom::language(), int(Custom::Chinese));
+        EXPECT_EQ(log.count("Quorvex CN"), 1);
+    }
+
+    // Any other spelling only brings the window forward.
+    ASSERT_EQ(runSecondCopy({"eng"}), 0);
+    ASSERT_EQ(runSecondCopy({"ENG", "extra"}), 0);
+    ASSERT_EQ(Custom::language(), int(Custom::English));
+}
+
+TEST_F(SingleInstanceTest, firstCopyEnded_nextStartIsFirstAgain)
+{
+    // Ended normally.
+    ASSERT_TRUE(!isAlreadyRunning());
+    closeInstanceGuard();
+    ASSERT_EQ(runSecondCopy(), 3);
+
+    // Killed: the lock dies with it and the socket file it left is replaced;
+    // a later copy exits 0 even when the first shows no window.
+    std::unique_ptr<QProcess> first = startHoldingFirstCopy();
+    ASSERT_TRUE(first) << "the helper did not become the first copy";
+    ASSERT_TRUE(isAlreadyRunning());
+    first->kill();
+    ASSERT_TRUE(first->waitForFinished(10000));
+    ASSERT_TRUE(QFile::exists(instanceSocketPath()));
+    ASSERT_TRUE(!isAlreadyRunning());
+    ASSERT_EQ(runSecondCopy(), 0);
+}
+
+TEST_F(SingleInstanceTest, hostileRequests_areRefused_andTheServerKeepsServing)
+{
+    ASSERT_TRUE(!isAlreadyRunning());
+    Custom::setLanguage(Custom::Chinese);
+    ASSERT_EQ(ask("HELLO\n"), QByteArray("ERROR"));
+    ASSERT_EQ(ask("ACTIVATE de\n"), QByteArray("ERROR"));
+    ASSERT_EQ(ask("ACTIVATE ENG CH\n"), QByteArray("ERROR"));
+    ASSERT_EQ(ask(QByteArray(10000, 'A')), QByteArray("ERROR"));
+    ASSERT_EQ(ask(QByteArray("ACTIVATE\0ENG\n", 13)), QByteArray("ERROR"));
+    ASSERT_EQ(Custom::language(), int(Custom::Chinese));
+
+    // A client that says nothing is dropped after a while.
+    QLocalSocket silent;
+    silent.connectToServer(instanceSocketPath());
+    ASSERT_TRUE(silent.waitForConnected(2000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (silent.state()) == (QLocalSocket::UnconnectedState); }, 8000)) << "waited for silent.state() == QLocalSocket::UnconnectedState";
+
+    ASSERT_EQ(ask("ACTIVATE\n"), QByteArray("OK"));
+    ASSERT_EQ(runSecondCopy({"ENG"}), 0);
+    ASSERT_EQ(Custom::language(), int(Custom::English));
+}
+

@@ -1,6 +1,7 @@
 // The store's configuration file: what a new camera's group looks like on
 // disk, the model table behind its version text, and reading the list back.
 
+#include "QtPrinters.h"
 #include "StoreTestSupport.h"
 #include "StorePaths.h"
 #include "SupportedModels.h"
@@ -11,7 +12,9 @@
 #include <QRegularExpression>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QtCore>
+
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <sys/stat.h>
@@ -68,135 +71,129 @@ const QByteArray kGlobal = "[Global]\nTriggerIntervalTime=2000\nVirtualMode=1\n"
 
 } // namespace
 
-class VirtualCameraConfigTest : public QObject
-{
-    Q_OBJECT
-
-private:
+class VirtualCameraConfigTest : public ::testing::Test {
+protected:
+    void SetUp() override;
     std::unique_ptr<QTemporaryDir> m_pDir;
     QString ConfigPath() const { return m_pDir->path() + "/VirtualCameraConfig.ini"; }
-
-private slots:
-    void init()
-    {
-        m_pDir = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_pDir->isValid());
-    }
-
     // Global, then each group with exact texts, separated by a blank line.
-    void twoCamerasOfOneModel_shareModelAndVersionButNotSerial()
-    {
-        SupportedModelTable models;
-        {
-            QSettings settings(ConfigPath(), QSettings::IniFormat);
-            settings.setIniCodec("utf-8");
-            writeVirtualCameraGroup(settings, "Vir10000001", "QVX-ID3160C", models);
-            writeVirtualCameraGroup(settings, "Vir10000002", "QVX-ID3160C", models);
-        }
-        const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
-        const QByteArray expected = kGlobal + "\n"
-            + ExpectedGroup("Vir10000001", "QVX-ID3160C", "V3.4.0.R 240902", TakeIdentity(bytes, "Vir10000001"))
-            + "\n"
-            + ExpectedGroup("Vir10000002", "QVX-ID3160C", "V3.4.0.R 240902", TakeIdentity(bytes, "Vir10000002"));
-        QCOMPARE(bytes, expected);
-    }
-
-    void addingToAnEditedFile_rewritesGlobalAndKeepsOtherGroups()
-    {
-        QVERIFY(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=0\nTriggerIntervalTime=5\n\n"
-                                                   "[Vir00000001]\nchModelName=Old\n"));
-        SupportedModelTable models;
-        {
-            std::unique_ptr<QSettings> settings(openVirtualCameraSettings(ConfigPath(), nullptr));
-            writeVirtualCameraGroup(*settings, "Vir00000002", "QVX-ID1003M", models);
-        }
-        QSettings reread(ConfigPath(), QSettings::IniFormat);
-        QCOMPARE(reread.value("Global/VirtualMode").toString(), QString("1"));
-        QCOMPARE(reread.value("Global/TriggerIntervalTime").toString(), QString("2000"));
-        QCOMPARE(reread.value("Vir00000001/chModelName").toString(), QString("Old"));
-        QCOMPARE(reread.value("Vir00000002/chSerialNumber").toString(), QString("Vir00000002"));
-    }
-
-    void unknownModel_writesEmptyVersionAndGainsAnEmptyRow()
-    {
-        SupportedModelTable models;
-        const int nRows = models.size();
-        {
-            QSettings settings(ConfigPath(), QSettings::IniFormat);
-            writeVirtualCameraGroup(settings, "Vir12345678", "Unlisted-ID", models);
-        }
-        QVERIFY(StoreTest::ReadFile(ConfigPath()).contains("\nchDeviceVersion=\n"));
-        QCOMPARE(models.size(), nRows + 1);
-        QVERIFY(models.rows().contains("Unlisted-ID"));
-        QCOMPARE(models.rows().value("Unlisted-ID"), QString());
-    }
-
-    void configFileWritability()
-    {
-        QVERIFY2(isConfigFileWritable(ConfigPath()), "a missing file is created later, so it passes");
-        QVERIFY(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=1\n"));
-        QVERIFY(isConfigFileWritable(ConfigPath()));
-        QCOMPARE(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
-
-        QVERIFY(QDir().mkpath(m_pDir->path() + "/folder.ini"));
-        QVERIFY(!isConfigFileWritable(m_pDir->path() + "/folder.ini"));
-
-        QVERIFY(::chmod(QFile::encodeName(ConfigPath()).constData(), 0444) == 0);
-        const StoreTest::FilePermissionsEnforced permissions;
-        QVERIFY2(permissions.IsActive(), "could not drop the capabilities that override file permissions");
-        QVERIFY(!isConfigFileWritable(ConfigPath()));
-        QCOMPARE(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
-    }
-
-    void listReading_ordersGroupsAsTextAndSkipsWhatIsNotACamera()
-    {
-        QVERIFY(StoreTest::WriteFile(ConfigPath(), "[Vir2]\nchModelName=Two\n"
-                                                   "[Global]\nVirtualMode=1\n"
-                                                   "[Vir10]\nbIsConnect=0\nchModelName=Ten\n"
-                                                   "[Vir3]\nbIsConnect=0\n"
-                                                   "[..]\nchModelName=Escape\n"
-                                                   "[Vir4]\nchModelName=\"A,B %1\"\n"));
-        QSettings missing(m_pDir->path() + "/missing.ini", QSettings::IniFormat);
-        QVERIFY(readVirtualCameraList(missing).isEmpty());
-        QSettings settings(ConfigPath(), QSettings::IniFormat);
-        settings.setIniCodec("utf-8");
-        const QVector<VirtualCameraEntry> entries = readVirtualCameraList(settings);
-        QCOMPARE(entries.size(), 3);
-        QCOMPARE(entries[0].group, QString("Vir10"));
-        QCOMPARE(entries[0].model, QString("Ten"));
-        QCOMPARE(entries[1].group, QString("Vir2"));
-        QCOMPARE(entries[2].model, QString("A,B %1"));
-        QCOMPARE(virtualCameraEntryText(entries[2].model, entries[2].group), QString("A,B %1(Vir4)"));
-    }
-
-    void collectedModels_areTheVisibleSubfoldersByNameIgnoringCase()
-    {
-        const QString root = m_pDir->path() + "/root";
-        for (const char* name : {"b-ID", "A-ID", ".hidden", "c-ID"})
-            QVERIFY(QDir().mkpath(root + "/" + name));
-        QVERIFY(StoreTest::WriteFile(root + "/file.txt", "not a model"));
-        bool bExists = false;
-        QCOMPARE(listCollectedModels(root, bExists), QStringList({"A-ID", "b-ID", "c-ID"}));
-        QVERIFY(bExists);
-        QVERIFY(listCollectedModels(root + "/missing", bExists).isEmpty());
-        QVERIFY(!bExists);
-    }
-
-    void planningACamera_cleansTheNameAndTakesTheIdFromTheClock()
-    {
-        const auto plan = planVirtualCamera("A%B", "/root", 1731734400123);
-        QVERIFY(plan.has_value());
-        QCOMPARE(plan->model, QString("AB"));
-        QCOMPARE(plan->sourceFolder, QString("/root/AB"));
-        QCOMPARE(plan->id, QString("73440012"));
-        QCOMPARE(plan->group, QString("Vir73440012"));
-        QCOMPARE(plan->cameraFolder, storePath() + "/Cameras/Vir73440012");
-        QVERIFY(!planVirtualCamera("", "/root", 1731734400123));
-        QVERIFY(!planVirtualCamera("..", "/root", 1731734400123));
-        QVERIFY(!planVirtualCamera("a/b", "/root", 1731734400123));
-    }
-
 };
 
-QTEST_GUILESS_MAIN(VirtualCameraConfigTest)
-#include "tst_VirtualCameraConfig.moc"
+void VirtualCameraConfigTest::SetUp()
+{
+    m_pDir = std::make_unique<QTemporaryDir>();
+    ASSERT_TRUE(m_pDir->isValid());
+}
+
+TEST_F(VirtualCameraConfigTest, twoCamerasOfOneModel_shareModelAndVersionButNotSerial)
+{
+    SupportedModelTable models;
+    {
+        QSettings settings(ConfigPath(), QSettings::IniFormat);
+        settings.setIniCodec("utf-8");
+        writeVirtualCameraGroup(settings, "Vir10000001", "QVX-ID3160C", models);
+        writeVirtualCameraGroup(settings, "Vir10000002", "QVX-ID3160C", models);
+    }
+    const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
+    const QByteArray expected = kGlobal + "\n"
+        + ExpectedGroup("Vir10000001", "QVX-ID3160C", "V3.4.0.R 240902", TakeIdentity(bytes, "Vir10000001"))
+        + "\n"
+        + ExpectedGroup("Vir10000002", "QVX-ID3160C", "V3.4.0.R 240902", TakeIdentity(bytes, "Vir10000002"));
+    ASSERT_EQ(bytes, expected);
+}
+
+TEST_F(VirtualCameraConfigTest, addingToAnEditedFile_rewritesGlobalAndKeepsOtherGroups)
+{
+    ASSERT_TRUE(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=0\nTriggerIntervalTime=5\n\n"
+                                               "[Vir00000001]\nchModelName=Old\n"));
+    SupportedModelTable models;
+    {
+        std::unique_ptr<QSettings> settings(openVirtualCameraSettings(ConfigPath(), nullptr));
+        writeVirtualCameraGroup(*settings, "Vir00000002", "QVX-ID1003M", models);
+    }
+    QSettings reread(ConfigPath(), QSettings::IniFormat);
+    ASSERT_EQ(reread.value("Global/VirtualMode").toString(), QString("1"));
+    ASSERT_EQ(reread.value("Global/TriggerIntervalTime").toString(), QString("2000"));
+    ASSERT_EQ(reread.value("Vir00000001/chModelName").toString(), QString("Old"));
+    ASSERT_EQ(reread.value("Vir00000002/chSerialNumber").toString(), QString("Vir00000002"));
+}
+
+TEST_F(VirtualCameraConfigTest, unknownModel_writesEmptyVersionAndGainsAnEmptyRow)
+{
+    SupportedModelTable models;
+    const int nRows = models.size();
+    {
+        QSettings settings(ConfigPath(), QSettings::IniFormat);
+        writeVirtualCameraGroup(settings, "Vir12345678", "Unlisted-ID", models);
+    }
+    ASSERT_TRUE(StoreTest::ReadFile(ConfigPath()).contains("\nchDeviceVersion=\n"));
+    ASSERT_EQ(models.size(), nRows + 1);
+    ASSERT_TRUE(models.rows().contains("Unlisted-ID"));
+    ASSERT_EQ(models.rows().value("Unlisted-ID"), QString());
+}
+
+TEST_F(VirtualCameraConfigTest, configFileWritability)
+{
+    ASSERT_TRUE(isConfigFileWritable(ConfigPath())) << "a missing file is created later, so it passes";
+    ASSERT_TRUE(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=1\n"));
+    ASSERT_TRUE(isConfigFileWritable(ConfigPath()));
+    ASSERT_EQ(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
+
+    ASSERT_TRUE(QDir().mkpath(m_pDir->path() + "/folder.ini"));
+    ASSERT_TRUE(!isConfigFileWritable(m_pDir->path() + "/folder.ini"));
+
+    ASSERT_TRUE(::chmod(QFile::encodeName(ConfigPath()).constData(), 0444) == 0);
+    const StoreTest::FilePermissionsEnforced permissions;
+    ASSERT_TRUE(permissions.IsActive()) << "could not drop the capabilities that override file permissions";
+    ASSERT_TRUE(!isConfigFileWritable(ConfigPath()));
+    ASSERT_EQ(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
+}
+
+TEST_F(VirtualCameraConfigTest, listReading_ordersGroupsAsTextAndSkipsWhatIsNotACamera)
+{
+    ASSERT_TRUE(StoreTest::WriteFile(ConfigPath(), "[Vir2]\nchModelName=Two\n"
+                                               "[Global]\nVirtualMode=1\n"
+                                               "[Vir10]\nbIsConnect=0\nchModelName=Ten\n"
+                                               "[Vir3]\nbIsConnect=0\n"
+                                               "[..]\nchModelName=Escape\n"
+                                               "[Vir4]\nchModelName=\"A,B %1\"\n"));
+    QSettings missing(m_pDir->path() + "/missing.ini", QSettings::IniFormat);
+    ASSERT_TRUE(readVirtualCameraList(missing).isEmpty());
+    QSettings settings(ConfigPath(), QSettings::IniFormat);
+    settings.setIniCodec("utf-8");
+    const QVector<VirtualCameraEntry> entries = readVirtualCameraList(settings);
+    ASSERT_EQ(entries.size(), 3);
+    ASSERT_EQ(entries[0].group, QString("Vir10"));
+    ASSERT_EQ(entries[0].model, QString("Ten"));
+    ASSERT_EQ(entries[1].group, QString("Vir2"));
+    ASSERT_EQ(entries[2].model, QString("A,B %1"));
+    ASSERT_EQ(virtualCameraEntryText(entries[2].model, entries[2].group), QString("A,B %1(Vir4)"));
+}
+
+TEST_F(VirtualCameraConfigTest, collectedModels_areTheVisibleSubfoldersByNameIgnoringCase)
+{
+    const QString root = m_pDir->path() + "/root";
+    for (const char* name : {"b-ID", "A-ID", ".hidden", "c-ID"})
+        ASSERT_TRUE(QDir().mkpath(root + "/" + name));
+    ASSERT_TRUE(StoreTest::WriteFile(root + "/file.txt", "not a model"));
+    bool bExists = false;
+    ASSERT_EQ(listCollectedModels(root, bExists), QStringList({"A-ID", "b-ID", "c-ID"}));
+    ASSERT_TRUE(bExists);
+    ASSERT_TRUE(listCollectedModels(root + "/missing", bExists).isEmpty());
+    ASSERT_TRUE(!bExists);
+}
+
+TEST_F(VirtualCameraConfigTest, planningACamera_cleansTheNameAndTakesTheIdFromTheClock)
+{
+    const auto plan = planVirtualCamera("A%B", "/root", 1731734400123);
+    ASSERT_TRUE(plan.has_value());
+    ASSERT_EQ(plan->model, QString("AB"));
+    ASSERT_EQ(plan->sourceFolder, QString("/root/AB"));
+    ASSERT_EQ(plan->id, QString("73440012"));
+    ASSERT_EQ(plan->group, QString("Vir73440012"));
+    ASSERT_EQ(plan->cameraFolder, storePath() + "/Cameras/Vir73440012");
+    ASSERT_TRUE(!planVirtualCamera("", "/root", 1731734400123));
+    ASSERT_TRUE(!planVirtualCamera("..", "/root", 1731734400123));
+    ASSERT_TRUE(!planVirtualCamera("a/b", "/root", 1731734400123));
+}
+

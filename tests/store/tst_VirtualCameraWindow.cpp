@@ -1,6 +1,7 @@
 // The window's right half against a real store: "Add" and "Delete" from the
 // list's context menu, and the refusal while a serving program holds the camera.
 
+#include "QtPrinters.h"
 #include "StoreTestSupport.h"
 #include "AppFolders.h"
 #include "CustomComboBox.h"
@@ -19,6 +20,8 @@
 #include <QRegularExpression>
 #include <QSettings>
 #include <QtTest>
+
+#include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
@@ -66,13 +69,11 @@ void ConfirmNextMessageBox(QString* pText)
 
 } // namespace
 
-class VirtualCameraWindowTest : public QObject
-{
-    Q_OBJECT
-
-private:
+class VirtualCameraWindowTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
     std::unique_ptr<QVirtualCamMainWidget> m_pWindow;
-
     CustomComboBox* Selector() const { return m_pWindow->findChild<CustomComboBox*>(); }
     CustomListWidget* List() const { return m_pWindow->findChild<CustomListWidget*>(); }
     CustomPushButton* AddButton() const
@@ -82,14 +83,12 @@ private:
                 return pButton;
         return nullptr;
     }
-
     void OpenWindow()
     {
         m_pWindow = std::make_unique<QVirtualCamMainWidget>();
-        QVERIFY(m_pWindow->Init());
-        QVERIFY(Selector() && List() && AddButton());
+        ASSERT_TRUE(m_pWindow->Init());
+        ASSERT_TRUE(Selector() && List() && AddButton());
     }
-
     QStringList ListTexts() const
     {
         QStringList texts;
@@ -97,7 +96,6 @@ private:
             texts << List()->item(nRow)->text();
         return texts;
     }
-
     // Right-clicks the list's empty space and picks "Delete" from the menu;
     // false if no menu came up.
     bool DeleteThroughContextMenu()
@@ -123,81 +121,73 @@ private:
         QTest::qWait(bMenuShown ? 0 : 300);
         return bMenuShown;
     }
-
     QString CollectionRoot() const { return GetVirtualCameraRoot(); }
-
     QByteArray ConfigBytes() const { return StoreTest::ReadFile(VirtualStore::configFilePath()); }
-
-private slots:
-    void init()
-    {
-        QVERIFY(QDir(VirtualStore::storePath()).removeRecursively());
-        QVERIFY(QDir(CollectionRoot()).removeRecursively());
-    }
-
-    void cleanup()
-    {
-        m_pWindow.reset();
-    }
-
     // End-to-end smoke; the store functions underneath have their own tests.
-    void add_thenDelete_createsAndRemovesFolderGroupAndEntry()
-    {
-        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID5120M", "QVX-ID5120M");
-        OpenWindow();
-        // Without a current entry the context menu does not come up.
-        List()->setCurrentItem(nullptr);
-        QVERIFY(!DeleteThroughContextMenu());
-        Selector()->setCurrentText("QVX-ID5120M");
-        AddButton()->click();
-
-        QCOMPARE(List()->count(), 1);
-        const QString strText = List()->item(0)->text();
-        const QRegularExpressionMatch match = QRegularExpression("^QVX-ID5120M\\((Vir\\d{8})\\)$").match(strText);
-        QVERIFY2(match.hasMatch(), qPrintable(strText));
-        const QString strGroup = match.captured(1);
-        QCOMPARE(List()->item(0)->data(kGroupRole).toString(), strGroup);
-        const QString strFolder = VirtualStore::cameraFolder(strGroup);
-        QCOMPARE(StoreTest::ReadFile(strFolder + "/Jpg/2.jpg"),
-                 StoreTest::ReadFile(CollectionRoot() + "/QVX-ID5120M/Jpg/2.jpg"));
-        QTRY_VERIFY(ConfigBytes().contains(("chSerialNumber=" + strGroup).toUtf8()));
-
-        List()->setCurrentRow(0);
-        QVERIFY(DeleteThroughContextMenu());
-        QCOMPARE(List()->count(), 0);
-        QVERIFY(!QFileInfo::exists(strFolder));
-        QTRY_VERIFY(!ConfigBytes().contains(strGroup.toUtf8()));
-        QVERIFY(ConfigBytes().contains("[Global]"));
-    }
-
-    void delete_whileAServerHoldsTheCamera_isRefusedWithAWarning()
-    {
-        StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID2040M", "QVX-ID2040M");
-        OpenWindow();
-        Selector()->setCurrentText("QVX-ID2040M");
-        AddButton()->click();
-        QCOMPARE(List()->count(), 1);
-        const QString strGroup = List()->item(0)->data(kGroupRole).toString();
-
-        quorvex::store::CameraHold hold;
-        std::string error;
-        QVERIFY2(hold.acquire(VirtualStore::registerFilePath(strGroup, "QVX-ID2040M").toStdString(), error),
-                 error.c_str());
-        List()->setCurrentRow(0);
-        QString strWarning;
-        ConfirmNextMessageBox(&strWarning);
-        QVERIFY(DeleteThroughContextMenu());
-        QCOMPARE(strWarning, QString("The camera is connected, please disconnect and try again!"));
-        QCOMPARE(List()->count(), 1);
-        QVERIFY(QFileInfo::exists(VirtualStore::cameraFolder(strGroup) + "/QVX-ID2040M.xml"));
-
-        hold.release();
-        QVERIFY(DeleteThroughContextMenu());
-        QCOMPARE(List()->count(), 0);
-        QVERIFY(!QFileInfo::exists(VirtualStore::cameraFolder(strGroup)));
-    }
-
 };
 
-QTEST_MAIN(VirtualCameraWindowTest)
-#include "tst_VirtualCameraWindow.moc"
+void VirtualCameraWindowTest::SetUp()
+{
+    ASSERT_TRUE(QDir(VirtualStore::storePath()).removeRecursively());
+    ASSERT_TRUE(QDir(CollectionRoot()).removeRecursively());
+}
+
+void VirtualCameraWindowTest::TearDown()
+{
+    m_pWindow.reset();
+}
+
+TEST_F(VirtualCameraWindowTest, add_thenDelete_createsAndRemovesFolderGroupAndEntry)
+{
+    StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID5120M", "QVX-ID5120M");
+    OpenWindow();
+    // Without a current entry the context menu does not come up.
+    List()->setCurrentItem(nullptr);
+    ASSERT_TRUE(!DeleteThroughContextMenu());
+    Selector()->setCurrentText("QVX-ID5120M");
+    AddButton()->click();
+
+    ASSERT_EQ(List()->count(), 1);
+    const QString strText = List()->item(0)->text();
+    const QRegularExpressionMatch match = QRegularExpression("^QVX-ID5120M\\((Vir\\d{8})\\)$").match(strText);
+    ASSERT_TRUE(match.hasMatch()) << qPrintable(strText);
+    const QString strGroup = match.captured(1);
+    ASSERT_EQ(List()->item(0)->data(kGroupRole).toString(), strGroup);
+    const QString strFolder = VirtualStore::cameraFolder(strGroup);
+    ASSERT_EQ(StoreTest::ReadFile(strFolder + "/Jpg/2.jpg"), StoreTest::ReadFile(CollectionRoot() + "/QVX-ID5120M/Jpg/2.jpg"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(ConfigBytes().contains(("chSerialNumber=" + strGroup).toUtf8())); }));
+
+    List()->setCurrentRow(0);
+    ASSERT_TRUE(DeleteThroughContextMenu());
+    ASSERT_EQ(List()->count(), 0);
+    ASSERT_TRUE(!QFileInfo::exists(strFolder));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(!ConfigBytes().contains(strGroup.toUtf8())); }));
+    ASSERT_TRUE(ConfigBytes().contains("[Global]"));
+}
+
+TEST_F(VirtualCameraWindowTest, delete_whileAServerHoldsTheCamera_isRefusedWithAWarning)
+{
+    StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID2040M", "QVX-ID2040M");
+    OpenWindow();
+    Selector()->setCurrentText("QVX-ID2040M");
+    AddButton()->click();
+    ASSERT_EQ(List()->count(), 1);
+    const QString strGroup = List()->item(0)->data(kGroupRole).toString();
+
+    quorvex::store::CameraHold hold;
+    std::string error;
+    ASSERT_TRUE(hold.acquire(VirtualStore::registerFilePath(strGroup, "QVX-ID2040M").toStdString(), error)) << error.c_str();
+    List()->setCurrentRow(0);
+    QString strWarning;
+    ConfirmNextMessageBox(&strWarning);
+    ASSERT_TRUE(DeleteThroughContextMenu());
+    ASSERT_EQ(strWarning, QString("The camera is connected, please disconnect and try again!"));
+    ASSERT_EQ(List()->count(), 1);
+    ASSERT_TRUE(QFileInfo::exists(VirtualStore::cameraFolder(strGroup) + "/QVX-ID2040M.xml"));
+
+    hold.release();
+    ASSERT_TRUE(DeleteThroughContextMenu());
+    ASSERT_EQ(List()->count(), 0);
+    ASSERT_TRUE(!QFileInfo::exists(VirtualStore::cameraFolder(strGroup)));
+}
+
