@@ -4,6 +4,7 @@
 // a job that is stopped or killed or runs out of disk (the previous
 // collection survives each), and against a store that cannot be written.
 
+#include "QtPrinters.h"
 #include "CliProcess.h"
 #include "CodeReaders.h"
 
@@ -18,6 +19,8 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QtTest>
+
+#include <gtest/gtest.h>
 
 #include <csignal>
 #include <unistd.h>
@@ -108,35 +111,17 @@ bool WaitForProgress(QProcess& process, int minimum, QByteArray* seen)
 
 } // namespace
 
-class CliCommandsTest final : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void init();
-
-    void help_everyCommandAnswersWithItsUsage();
-    void wrongLines_exitTwoWithAMessageAndNoOutput();
-    void noDevices_listsNothingAndRefusesToCollect();
-    void heldAndUnknownDevices_listedWithFields_collectSkipsOrRefuses();
-    void collect_twoReadersOfOneModel_takeTurnsAndBothSucceed();
-    void collect_failedStoppedOrKilled_keepsThePreviousCollection();
-    void collect_fullDisk_failsAndKeepsThePreviousCollection();
-
-    void store_addListRefuseWhileHeldThenDelete();
-    void add_unknownModel_namesTheCollectedOnes();
-    void add_unwritableStore_failsAndLosesNothing();
-
-private:
+class CliCommandsTest : public ::testing::Test {
+protected:
+    void SetUp() override;
     QVector<XQ_CODEREADER_DEVICE_INFO> startReaders(DeviceProcess& simulator, int count);
-
     CliSuite m_suite;
 };
 
-void CliCommandsTest::init()
+void CliCommandsTest::SetUp()
 {
     QString error;
-    QVERIFY2(m_suite.prepare(&error), qPrintable(error));
+    ASSERT_TRUE(m_suite.prepare(&error)) << qPrintable(error);
     QDir(m_suite.storePath()).removeRecursively();
 }
 
@@ -149,22 +134,21 @@ QVector<XQ_CODEREADER_DEVICE_INFO> CliCommandsTest::startReaders(DeviceProcess& 
     return readers;
 }
 
-void CliCommandsTest::help_everyCommandAnswersWithItsUsage()
+TEST_F(CliCommandsTest, help_everyCommandAnswersWithItsUsage)
 {
     const CliResult overall = m_suite.run({QStringLiteral("--help")});
-    QCOMPARE(overall.exitCode, 0);
+    ASSERT_EQ(overall.exitCode, 0);
     for (const char* command : {"devices", "collect", "add", "cameras", "delete"}) {
-        QVERIFY2(overall.out.contains(command), overall.out.constData());
+        ASSERT_TRUE(overall.out.contains(command)) << overall.out.constData();
         const CliResult result = m_suite.run({QString::fromLatin1(command), QStringLiteral("--help")});
-        QVERIFY2(result.exitCode == 0 && result.err.isEmpty()
-                     && result.out.startsWith(QByteArray("usage: quorvex-cli [--json] ") + command),
-                 qPrintable(result.describe()));
+        ASSERT_TRUE(result.exitCode == 0 && result.err.isEmpty()
+                     && result.out.startsWith(QByteArray("usage: quorvex-cli [--json] ") + command)) << qPrintable(result.describe());
     }
     const CliResult topic = m_suite.run({QStringLiteral("help"), QStringLiteral("add")});
-    QVERIFY2(topic.exitCode == 0 && topic.out.startsWith("usage: quorvex-cli [--json] add"), qPrintable(topic.describe()));
+    ASSERT_TRUE(topic.exitCode == 0 && topic.out.startsWith("usage: quorvex-cli [--json] add")) << qPrintable(topic.describe());
 }
 
-void CliCommandsTest::wrongLines_exitTwoWithAMessageAndNoOutput()
+TEST_F(CliCommandsTest, wrongLines_exitTwoWithAMessageAndNoOutput)
 {
     // Which lines the parser refuses and why is tst_cli_units' to check;
     // here a refused line, one with --json, and a help topic that is none.
@@ -173,92 +157,87 @@ void CliCommandsTest::wrongLines_exitTwoWithAMessageAndNoOutput()
                                    {QStringLiteral("help"), QStringLiteral("frobnicate")}};
     for (const QStringList& arguments : lines) {
         const CliResult result = m_suite.run(arguments);
-        QVERIFY2(result.exitCode == 2 && result.out.isEmpty() && result.err.startsWith("quorvex-cli: ")
-                     && result.err.contains("usage:"),
-                 qPrintable(arguments.join(' ') + QLatin1Char('\n') + result.describe()));
+        ASSERT_TRUE(result.exitCode == 2 && result.out.isEmpty() && result.err.startsWith("quorvex-cli: ")
+                     && result.err.contains("usage:")) << qPrintable(arguments.join(' ') + QLatin1Char('\n') + result.describe());
     }
 }
 
-void CliCommandsTest::noDevices_listsNothingAndRefusesToCollect()
+TEST_F(CliCommandsTest, noDevices_listsNothingAndRefusesToCollect)
 {
     const CliResult text = m_suite.run({QStringLiteral("devices")});
-    QVERIFY2(text.exitCode == 0 && text.out.isEmpty() && text.err.contains("no code readers found"),
-             qPrintable(text.describe()));
+    ASSERT_TRUE(text.exitCode == 0 && text.out.isEmpty() && text.err.contains("no code readers found")) << qPrintable(text.describe());
 
     const CliResult json = m_suite.run({QStringLiteral("--json"), QStringLiteral("devices"), QStringLiteral("--all")});
-    QVERIFY2(json.exitCode == 0 && json.json().value(QStringLiteral("devices")).isArray(), qPrintable(json.describe()));
-    QCOMPARE(json.json().value(QStringLiteral("devices")).toArray().size(), 0);
+    ASSERT_TRUE(json.exitCode == 0 && json.json().value(QStringLiteral("devices")).isArray()) << qPrintable(json.describe());
+    ASSERT_EQ(json.json().value(QStringLiteral("devices")).toArray().size(), 0);
 
     const CliResult collect = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), QStringLiteral("--all")});
-    QVERIFY2(collect.exitCode == 3 && collect.err.contains("no code readers found"), qPrintable(collect.describe()));
-    QVERIFY(!collect.json().value(QStringLiteral("error")).toString().isEmpty());
-    QVERIFY(!QFileInfo::exists(m_suite.collectionRoot()));
+    ASSERT_TRUE(collect.exitCode == 3 && collect.err.contains("no code readers found")) << qPrintable(collect.describe());
+    ASSERT_TRUE(!collect.json().value(QStringLiteral("error")).toString().isEmpty());
+    ASSERT_TRUE(!QFileInfo::exists(m_suite.collectionRoot()));
 }
 
-void CliCommandsTest::heldAndUnknownDevices_listedWithFields_collectSkipsOrRefuses()
+TEST_F(CliCommandsTest, heldAndUnknownDevices_listedWithFields_collectSkipsOrRefuses)
 {
     DeviceProcess simulator;
     const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, 2);
-    QVERIFY(readers.size() == 2);
+    ASSERT_TRUE(readers.size() == 2);
     const XQ_CODEREADER_DEVICE_INFO& held = readers[0];
     const XQ_CODEREADER_DEVICE_INFO& free = readers[1];
     XQ_HANDLE handle = nullptr;
-    QCOMPARE(XQ_CODEREADER_CreateHandle(&handle, &held), XQ_OK);
-    QCOMPARE(XQ_CODEREADER_OpenDevice(handle), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_CreateHandle(&handle, &held), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_OpenDevice(handle), XQ_OK);
 
     const CliResult json = m_suite.run({QStringLiteral("devices"), QStringLiteral("--json")});
-    QVERIFY2(json.exitCode == 0, qPrintable(json.describe()));
+    ASSERT_TRUE(json.exitCode == 0) << qPrintable(json.describe());
     const QJsonArray devices = json.json().value(QStringLiteral("devices")).toArray();
-    QCOMPARE(devices.size(), 2);
+    ASSERT_EQ(devices.size(), 2);
     for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
         const auto match = std::find_if(devices.begin(), devices.end(), [&](const QJsonValue& value) {
             return value.toObject().value(QStringLiteral("serial")).toString() == SerialOf(reader);
         });
-        QVERIFY2(match != devices.end(), qPrintable(SerialOf(reader)));
+        ASSERT_TRUE(match != devices.end()) << qPrintable(SerialOf(reader));
         const QJsonObject device = match->toObject();
-        QCOMPARE(device.value(QStringLiteral("model")).toString(), ModelOf(reader));
-        QCOMPARE(device.value(QStringLiteral("address")).toString(), AddressOf(reader));
-        QCOMPARE(device.value(QStringLiteral("kind")).toString(), QStringLiteral("code reader"));
-        QCOMPARE(device.value(QStringLiteral("accessible")).toBool(), &reader != &held);
+        ASSERT_EQ(device.value(QStringLiteral("model")).toString(), ModelOf(reader));
+        ASSERT_EQ(device.value(QStringLiteral("address")).toString(), AddressOf(reader));
+        ASSERT_EQ(device.value(QStringLiteral("kind")).toString(), QStringLiteral("code reader"));
+        ASSERT_EQ(device.value(QStringLiteral("accessible")).toBool(), &reader != &held);
         // The version is read from the device, so only the free one shows it.
-        if (&reader == &free)
-            QCOMPARE(device.value(QStringLiteral("version")).toString(),
-                     QString::fromUtf8(reinterpret_cast<const char*>(reader.stGigE.chDeviceVersion)));
+        if (&reader == &free) {
+            ASSERT_EQ(device.value(QStringLiteral("version")).toString(), QString::fromUtf8(reinterpret_cast<const char*>(reader.stGigE.chDeviceVersion)));
+        }
     }
     const CliResult text = m_suite.run({QStringLiteral("devices")});
-    QVERIFY2(text.exitCode == 0, qPrintable(text.describe()));
+    ASSERT_TRUE(text.exitCode == 0) << qPrintable(text.describe());
     const QStringList lines = QString::fromUtf8(text.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    QCOMPARE(lines.size(), 3);
+    ASSERT_EQ(lines.size(), 3);
     const QString freeRow = lines.filter(SerialOf(free)).value(0);
-    QVERIFY2(freeRow.contains(ModelOf(free)) && freeRow.contains(AddressOf(free)) && freeRow.endsWith(QStringLiteral("yes")),
-             qPrintable(freeRow));
+    ASSERT_TRUE(freeRow.contains(ModelOf(free)) && freeRow.contains(AddressOf(free)) && freeRow.endsWith(QStringLiteral("yes"))) << qPrintable(freeRow);
 
     // A typo stops the whole command before any job starts; the message
     // lists the serials there are.
     const CliResult unknown = m_suite.run({QStringLiteral("collect"), SerialOf(free), QStringLiteral("QD-NOT-THERE")});
-    QVERIFY2(unknown.exitCode == 3 && unknown.err.contains("QD-NOT-THERE") && unknown.err.contains(SerialOf(free).toUtf8()),
-             qPrintable(unknown.describe()));
+    ASSERT_TRUE(unknown.exitCode == 3 && unknown.err.contains("QD-NOT-THERE") && unknown.err.contains(SerialOf(free).toUtf8())) << qPrintable(unknown.describe());
     const CliResult alone = m_suite.run({QStringLiteral("collect"), SerialOf(held)});
-    QVERIFY2(alone.exitCode == 4 && alone.err.contains("held by another client"), qPrintable(alone.describe()));
-    QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{});
+    ASSERT_TRUE(alone.exitCode == 4 && alone.err.contains("held by another client")) << qPrintable(alone.describe());
+    ASSERT_EQ(Entries(m_suite.collectionRoot()), QStringList{});
 
     // Everything else is still collected; the status tells what was left.
     const CliResult all = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), QStringLiteral("--all")},
                                       CliSuite::systemEnvironment(), kJobTimeoutMs);
     XQ_CODEREADER_DestroyHandle(handle);
-    QVERIFY2(all.exitCode == 4, qPrintable(all.describe()));
-    QCOMPARE(all.json().value(QStringLiteral("collectionRoot")).toString(), QDir::cleanPath(m_suite.collectionRoot()));
+    ASSERT_TRUE(all.exitCode == 4) << qPrintable(all.describe());
+    ASSERT_EQ(all.json().value(QStringLiteral("collectionRoot")).toString(), QDir::cleanPath(m_suite.collectionRoot()));
     QMap<QString, QJsonObject> outcomes;
     for (const QJsonValue& value : all.json().value(QStringLiteral("devices")).toArray())
         outcomes[value.toObject().value(QStringLiteral("serial")).toString()] = value.toObject();
-    QCOMPARE(outcomes.value(SerialOf(held)).value(QStringLiteral("outcome")).toString(), QStringLiteral("busy"));
-    QCOMPARE(outcomes.value(SerialOf(free)).value(QStringLiteral("outcome")).toString(), QStringLiteral("collected"));
-    QCOMPARE(outcomes.value(SerialOf(free)).value(QStringLiteral("folder")).toString(),
-             QDir::cleanPath(m_suite.collectionRoot() + QLatin1Char('/') + ModelOf(free)));
-    QCOMPARE(Entries(m_suite.collectionRoot()), QStringList{ModelOf(free)});
+    ASSERT_EQ(outcomes.value(SerialOf(held)).value(QStringLiteral("outcome")).toString(), QStringLiteral("busy"));
+    ASSERT_EQ(outcomes.value(SerialOf(free)).value(QStringLiteral("outcome")).toString(), QStringLiteral("collected"));
+    ASSERT_EQ(outcomes.value(SerialOf(free)).value(QStringLiteral("folder")).toString(), QDir::cleanPath(m_suite.collectionRoot() + QLatin1Char('/') + ModelOf(free)));
+    ASSERT_EQ(Entries(m_suite.collectionRoot()), QStringList{ModelOf(free)});
 }
 
-void CliCommandsTest::collect_twoReadersOfOneModel_takeTurnsAndBothSucceed()
+TEST_F(CliCommandsTest, collect_twoReadersOfOneModel_takeTurnsAndBothSucceed)
 {
     // A fixed fault: readers of one model raced for one folder. Demo readers
     // repeat their four models, so the fifth has the first's.
@@ -268,48 +247,45 @@ void CliCommandsTest::collect_twoReadersOfOneModel_takeTurnsAndBothSucceed()
     for (const XQ_CODEREADER_DEVICE_INFO& reader : readers)
         if (ModelOf(reader) == kModel)
             serials << SerialOf(reader);
-    QCOMPARE(serials.size(), 2);
+    ASSERT_EQ(serials.size(), 2);
 
     const CliResult result = m_suite.run(QStringList{QStringLiteral("collect")} + serials,
                                          CliSuite::systemEnvironment(), kJobTimeoutMs);
-    QVERIFY2(result.exitCode == 0, qPrintable(result.describe()));
-    QVERIFY2(result.out.contains((serials[1] + QLatin1Char(' ') + kModel + QStringLiteral(" waiting")).toUtf8()),
-             result.out.constData());
+    ASSERT_TRUE(result.exitCode == 0) << qPrintable(result.describe());
+    ASSERT_TRUE(result.out.contains((serials[1] + QLatin1Char(' ') + kModel + QStringLiteral(" waiting")).toUtf8())) << result.out.constData();
     const QString folder = QDir::cleanPath(m_suite.collectionRoot() + QLatin1Char('/') + kModel);
     for (const QString& serial : serials) {
         // Plain lines, not a terminal: each change of a device's
         // percentage, rising to 100, then where its folder is.
         const QVector<int> percentages = PercentagesOf(result.out, serial);
-        QVERIFY2(percentages.size() > 3 && std::is_sorted(percentages.begin(), percentages.end())
-                     && percentages.last() == 100,
-                 result.out.constData());
-        QVERIFY2(result.out.contains((serial + QLatin1Char(' ') + kModel + QStringLiteral(" collected into ") + folder).toUtf8()),
-                 result.out.constData());
+        ASSERT_TRUE(percentages.size() > 3 && std::is_sorted(percentages.begin(), percentages.end())
+                     && percentages.last() == 100) << result.out.constData();
+        ASSERT_TRUE(result.out.contains((serial + QLatin1Char(' ') + kModel + QStringLiteral(" collected into ") + folder).toUtf8())) << result.out.constData();
     }
     // The second reader starts only when the first has ended.
     const int firstDone = result.out.indexOf((serials[0] + QLatin1Char(' ') + kModel + QStringLiteral(" collected")).toUtf8());
     const int secondStarts = result.out.indexOf((serials[1] + QLatin1Char(' ') + kModel + QStringLiteral(" 0%")).toUtf8());
-    QVERIFY2(firstDone >= 0 && secondStarts > firstDone, result.out.constData());
-    QCOMPARE(Entries(folder), CollectedFilesOf(kModel));
-    QVERIFY(!Entries(folder + QStringLiteral("/Jpg")).isEmpty());
+    ASSERT_TRUE(firstDone >= 0 && secondStarts > firstDone) << result.out.constData();
+    ASSERT_EQ(Entries(folder), CollectedFilesOf(kModel));
+    ASSERT_TRUE(!Entries(folder + QStringLiteral("/Jpg")).isEmpty());
     // The engine's own chatter on standard output stays out of the results.
-    QVERIFY2(!result.out.contains("CodeNum["), result.out.constData());
-    QCOMPARE(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+    ASSERT_TRUE(!result.out.contains("CodeNum[")) << result.out.constData();
+    ASSERT_EQ(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
 }
 
-void CliCommandsTest::collect_failedStoppedOrKilled_keepsThePreviousCollection()
+TEST_F(CliCommandsTest, collect_failedStoppedOrKilled_keepsThePreviousCollection)
 {
     // {a device vanishes: exit 1, "failed: "; SIGTERM: exit 130, "stopped",
     // within a second; SIGKILL: its folder is left until the next start}
     for (const int ending : {0, SIGTERM, SIGKILL}) {
         DeviceProcess simulator;
         const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, ending == 0 ? 1 : 2);
-        QVERIFY(!readers.isEmpty());
+        ASSERT_TRUE(!readers.isEmpty());
         QDir(m_suite.collectionRoot()).removeRecursively();
         QStringList models;
         for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
             models << ModelOf(reader);
-            QVERIFY(FakeCollection(m_suite.collectionRoot(), ModelOf(reader)));
+            ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), ModelOf(reader)));
         }
         models.sort();
         const QMap<QString, QByteArray> before = Contents(m_suite.collectionRoot());
@@ -318,56 +294,55 @@ void CliCommandsTest::collect_failedStoppedOrKilled_keepsThePreviousCollection()
         m_suite.start(cli, {QStringLiteral("collect"), QStringLiteral("--all")});
         QByteArray seen;
         // Past the images, inside the feature-tree walks.
-        QVERIFY2(WaitForProgress(cli, 12, &seen), seen.constData());
+        ASSERT_TRUE(WaitForProgress(cli, 12, &seen)) << seen.constData();
         QElapsedTimer stopping;
         stopping.start();
         if (ending == 0)
             simulator.stop(true);
         else
             ::kill(static_cast<pid_t>(cli.processId()), ending);
-        QVERIFY(cli.waitForFinished(kJobTimeoutMs));
+        ASSERT_TRUE(cli.waitForFinished(kJobTimeoutMs));
         if (ending == SIGTERM) {
             qInfo("SIGTERM to exit: %lld ms", static_cast<long long>(stopping.elapsed()));
-            QVERIFY2(stopping.elapsed() < 5000, "a second is the aim; five is far beyond it");
+            ASSERT_TRUE(stopping.elapsed() < 5000) << "a second is the aim; five is far beyond it";
         }
         seen += cli.readAllStandardOutput();
         if (ending == SIGKILL) {
-            QCOMPARE(cli.exitStatus(), QProcess::CrashExit);
-            QVERIFY(Entries(m_suite.collectionRoot()).size() > models.size());
+            ASSERT_EQ(cli.exitStatus(), QProcess::CrashExit);
+            ASSERT_TRUE(Entries(m_suite.collectionRoot()).size() > models.size());
         } else {
             const QByteArray said = ending == 0 ? SerialOf(readers.first()).toUtf8() + ' ' + ModelOf(readers.first()).toUtf8() + " failed: "
                                                 : QByteArray("stopped");
-            QVERIFY2(cli.exitStatus() == QProcess::NormalExit && cli.exitCode() == (ending == 0 ? 1 : 130)
-                         && seen.contains(said),
-                     qPrintable(seen + cli.readAllStandardError()));
+            ASSERT_TRUE(cli.exitStatus() == QProcess::NormalExit && cli.exitCode() == (ending == 0 ? 1 : 130)
+                         && seen.contains(said)) << qPrintable(seen + cli.readAllStandardError());
         }
         // Killed jobs, and stopped ones that did not end in time, leave their
         // folders, hidden and apart; the next start sweeps them, even one
         // that collects nothing.
-        QCOMPARE(Contents(m_suite.collectionRoot(), false), before);
+        ASSERT_EQ(Contents(m_suite.collectionRoot(), false), before);
         if (Entries(m_suite.collectionRoot()).size() > models.size()) {
-            QVERIFY(ending != 0);
+            ASSERT_TRUE(ending != 0);
             const CliResult next = m_suite.run({QStringLiteral("collect"), QStringLiteral("QD-NOT-THERE")});
-            QVERIFY2(next.exitCode == 3 && next.err.contains("left by an interrupted collection"), qPrintable(next.describe()));
+            ASSERT_TRUE(next.exitCode == 3 && next.err.contains("left by an interrupted collection")) << qPrintable(next.describe());
         }
         // The earlier collections byte for byte, nothing else; nothing staged.
-        QCOMPARE(Entries(m_suite.collectionRoot()), models);
-        QCOMPARE(Contents(m_suite.collectionRoot()), before);
-        QCOMPARE(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+        ASSERT_EQ(Entries(m_suite.collectionRoot()), models);
+        ASSERT_EQ(Contents(m_suite.collectionRoot()), before);
+        ASSERT_EQ(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
     }
 }
 
-void CliCommandsTest::collect_fullDisk_failsAndKeepsThePreviousCollection()
+TEST_F(CliCommandsTest, collect_fullDisk_failsAndKeepsThePreviousCollection)
 {
     DeviceProcess simulator;
     const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, 1);
-    QVERIFY(!readers.isEmpty());
+    ASSERT_TRUE(!readers.isEmpty());
     const QString seed = qEnvironmentVariable("QUORVEX_TEST_HOME") + QStringLiteral("/seed");
     const QString after = qEnvironmentVariable("QUORVEX_TEST_HOME") + QStringLiteral("/after");
     QDir(seed).removeRecursively();
     QDir(after).removeRecursively();
-    QVERIFY(FakeCollection(seed, ModelOf(readers.first())) && QDir().mkpath(after));
-    QVERIFY(QDir().mkpath(m_suite.collectionRoot()));
+    ASSERT_TRUE(FakeCollection(seed, ModelOf(readers.first())) && QDir().mkpath(after));
+    ASSERT_TRUE(QDir().mkpath(m_suite.collectionRoot()));
 
     // A small tmpfs on the collection root in a mount namespace of its own,
     // holding the earlier collection and filled up but for 16 KiB; what is
@@ -381,106 +356,100 @@ void CliCommandsTest::collect_fullDisk_failsAndKeepsThePreviousCollection()
     const QString unshare = ::geteuid() == 0 ? QStringLiteral("-m") : QStringLiteral("-rm");
     cli.start(QStringLiteral("unshare"), {unshare, QStringLiteral("sh"), QStringLiteral("-c"), script, QStringLiteral("sh"),
                                           m_suite.collectionRoot(), seed, after, m_suite.applicationDir()});
-    QVERIFY2(cli.waitForFinished(kJobTimeoutMs), "unshare (util-linux) with mount namespaces is needed");
+    ASSERT_TRUE(cli.waitForFinished(kJobTimeoutMs)) << "unshare (util-linux) with mount namespaces is needed";
     const QByteArray out = cli.readAllStandardOutput() + cli.readAllStandardError();
-    QVERIFY2(cli.exitCode() == 1 && out.contains("failed: Collect Failed!"), out.constData());
-    QCOMPARE(Contents(after), Contents(seed));
+    ASSERT_TRUE(cli.exitCode() == 1 && out.contains("failed: Collect Failed!")) << out.constData();
+    ASSERT_EQ(Contents(after), Contents(seed));
 }
 
-void CliCommandsTest::store_addListRefuseWhileHeldThenDelete()
+TEST_F(CliCommandsTest, store_addListRefuseWhileHeldThenDelete)
 {
-    QVERIFY(FakeCollection(m_suite.collectionRoot(), kModel));
+    ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), kModel));
 
     const CliResult empty = m_suite.run({QStringLiteral("cameras")});
-    QVERIFY2(empty.exitCode == 0 && empty.out.isEmpty() && empty.err.contains("no virtual cameras"),
-             qPrintable(empty.describe()));
+    ASSERT_TRUE(empty.exitCode == 0 && empty.out.isEmpty() && empty.err.contains("no virtual cameras")) << qPrintable(empty.describe());
 
     const CliResult added = m_suite.run({QStringLiteral("add"), kModel});
-    QVERIFY2(added.exitCode == 0, qPrintable(added.describe()));
+    ASSERT_TRUE(added.exitCode == 0) << qPrintable(added.describe());
     const QString group = QString::fromUtf8(added.out).trimmed();
-    QVERIFY2(QRegularExpression(QStringLiteral("^Vir\\d{8}$")).match(group).hasMatch(), qPrintable(group));
+    ASSERT_TRUE(QRegularExpression(QStringLiteral("^Vir\\d{8}$")).match(group).hasMatch()) << qPrintable(group);
     const QString cameraFolder = m_suite.storePath() + QStringLiteral("/Cameras/") + group;
-    QCOMPARE(Entries(cameraFolder), CollectedFilesOf(kModel));
+    ASSERT_EQ(Entries(cameraFolder), CollectedFilesOf(kModel));
 
     // A second camera right away gets its own group.
     const CliResult second = m_suite.run({QStringLiteral("--json"), QStringLiteral("add"), kModel});
-    QVERIFY2(second.exitCode == 0, qPrintable(second.describe()));
+    ASSERT_TRUE(second.exitCode == 0) << qPrintable(second.describe());
     const QString secondGroup = second.json().value(QStringLiteral("group")).toString();
-    QVERIFY(secondGroup.startsWith(QStringLiteral("Vir")) && secondGroup != group);
-    QCOMPARE(second.json().value(QStringLiteral("folder")).toString(),
-             QDir::cleanPath(m_suite.storePath() + QStringLiteral("/Cameras/") + secondGroup));
+    ASSERT_TRUE(secondGroup.startsWith(QStringLiteral("Vir")) && secondGroup != group);
+    ASSERT_EQ(second.json().value(QStringLiteral("folder")).toString(), QDir::cleanPath(m_suite.storePath() + QStringLiteral("/Cameras/") + secondGroup));
 
     const CliResult listed = m_suite.run({QStringLiteral("--json"), QStringLiteral("cameras")});
-    QVERIFY2(listed.exitCode == 0, qPrintable(listed.describe()));
+    ASSERT_TRUE(listed.exitCode == 0) << qPrintable(listed.describe());
     const QJsonArray cameras = listed.json().value(QStringLiteral("cameras")).toArray();
-    QCOMPARE(cameras.size(), 2);
+    ASSERT_EQ(cameras.size(), 2);
     for (const QJsonValue& value : cameras) {
-        QCOMPARE(value.toObject().value(QStringLiteral("model")).toString(), kModel);
-        QCOMPARE(value.toObject().value(QStringLiteral("held")).toBool(), false);
+        ASSERT_EQ(value.toObject().value(QStringLiteral("model")).toString(), kModel);
+        ASSERT_EQ(value.toObject().value(QStringLiteral("held")).toBool(), false);
     }
 
     // A serving program holds the camera while a client is connected.
     quorvex::store::CameraHold hold;
     std::string holdError;
-    QVERIFY2(hold.acquire((cameraFolder + QLatin1Char('/') + kModel + QStringLiteral("_regfile.dat")).toStdString(), holdError),
-             holdError.c_str());
+    ASSERT_TRUE(hold.acquire((cameraFolder + QLatin1Char('/') + kModel + QStringLiteral("_regfile.dat")).toStdString(), holdError)) << holdError.c_str();
     const CliResult heldText = m_suite.run({QStringLiteral("cameras")});
-    QVERIFY2(heldText.out.contains((group + QStringLiteral("  ") + kModel).toUtf8()), qPrintable(heldText.describe()));
-    QVERIFY(QString::fromUtf8(heldText.out).split(QLatin1Char('\n')).filter(group).value(0).contains(QStringLiteral(" yes ")));
+    ASSERT_TRUE(heldText.out.contains((group + QStringLiteral("  ") + kModel).toUtf8())) << qPrintable(heldText.describe());
+    ASSERT_TRUE(QString::fromUtf8(heldText.out).split(QLatin1Char('\n')).filter(group).value(0).contains(QStringLiteral(" yes ")));
     const CliResult refused = m_suite.run({QStringLiteral("delete"), group});
-    QVERIFY2(refused.exitCode == 4 && refused.err.contains("connected"), qPrintable(refused.describe()));
-    QCOMPARE(Entries(cameraFolder), CollectedFilesOf(kModel));
+    ASSERT_TRUE(refused.exitCode == 4 && refused.err.contains("connected")) << qPrintable(refused.describe());
+    ASSERT_EQ(Entries(cameraFolder), CollectedFilesOf(kModel));
     hold.release();
 
     const CliResult deleted = m_suite.run({QStringLiteral("--json"), QStringLiteral("delete"), group});
-    QVERIFY2(deleted.exitCode == 0, qPrintable(deleted.describe()));
-    QCOMPARE(deleted.json().value(QStringLiteral("deleted")).toString(), group);
-    QVERIFY(!QFileInfo::exists(cameraFolder));
+    ASSERT_TRUE(deleted.exitCode == 0) << qPrintable(deleted.describe());
+    ASSERT_EQ(deleted.json().value(QStringLiteral("deleted")).toString(), group);
+    ASSERT_TRUE(!QFileInfo::exists(cameraFolder));
     const CliResult again = m_suite.run({QStringLiteral("delete"), group});
-    QVERIFY2(again.exitCode == 3, qPrintable(again.describe()));
+    ASSERT_TRUE(again.exitCode == 3) << qPrintable(again.describe());
     const CliResult remaining = m_suite.run({QStringLiteral("--json"), QStringLiteral("cameras")});
-    QCOMPARE(remaining.json().value(QStringLiteral("cameras")).toArray().size(), 1);
+    ASSERT_EQ(remaining.json().value(QStringLiteral("cameras")).toArray().size(), 1);
     // The collection itself is untouched.
-    QCOMPARE(Entries(m_suite.collectionRoot() + QLatin1Char('/') + kModel), CollectedFilesOf(kModel));
+    ASSERT_EQ(Entries(m_suite.collectionRoot() + QLatin1Char('/') + kModel), CollectedFilesOf(kModel));
 }
 
-void CliCommandsTest::add_unknownModel_namesTheCollectedOnes()
+TEST_F(CliCommandsTest, add_unknownModel_namesTheCollectedOnes)
 {
-    QVERIFY(FakeCollection(m_suite.collectionRoot(), kModel));
+    ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), kModel));
     for (const QString& model : {QStringLiteral("QVX-ID9999"), QStringLiteral(".."), QStringLiteral("QVX-ID%2040M")}) {
         const CliResult result = m_suite.run({QStringLiteral("add"), model});
-        QVERIFY2(result.exitCode == 3, qPrintable(model + QLatin1Char('\n') + result.describe()));
-        QVERIFY2(result.err.contains(kModel.toUtf8()), qPrintable(result.describe()));
+        ASSERT_TRUE(result.exitCode == 3) << qPrintable(model + QLatin1Char('\n') + result.describe());
+        ASSERT_TRUE(result.err.contains(kModel.toUtf8())) << qPrintable(result.describe());
     }
-    QVERIFY(!QFileInfo::exists(m_suite.storePath() + QStringLiteral("/Cameras")));
+    ASSERT_TRUE(!QFileInfo::exists(m_suite.storePath() + QStringLiteral("/Cameras")));
 }
 
-void CliCommandsTest::add_unwritableStore_failsAndLosesNothing()
+TEST_F(CliCommandsTest, add_unwritableStore_failsAndLosesNothing)
 {
-    QVERIFY(FakeCollection(m_suite.collectionRoot(), kModel));
+    ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), kModel));
 
     // The configuration file's name taken by a folder: it cannot be opened
     // for writing, not even by root.
     const QString config = m_suite.storePath() + QStringLiteral("/VirtualCameraConfig.ini");
-    QVERIFY(QDir().mkpath(config));
+    ASSERT_TRUE(QDir().mkpath(config));
     const CliResult blocked = m_suite.run({QStringLiteral("--json"), QStringLiteral("add"), kModel});
-    QVERIFY2(blocked.exitCode == 1 && blocked.err.contains("VirtualCameraConfig.ini") && blocked.err.contains("cannot be written"),
-             qPrintable(blocked.describe()));
-    QVERIFY(!blocked.json().value(QStringLiteral("error")).toString().isEmpty());
-    QCOMPARE(Entries(m_suite.storePath() + QStringLiteral("/Cameras")), QStringList{});
+    ASSERT_TRUE(blocked.exitCode == 1 && blocked.err.contains("VirtualCameraConfig.ini") && blocked.err.contains("cannot be written")) << qPrintable(blocked.describe());
+    ASSERT_TRUE(!blocked.json().value(QStringLiteral("error")).toString().isEmpty());
+    ASSERT_EQ(Entries(m_suite.storePath() + QStringLiteral("/Cameras")), QStringList{});
 
     // The store below a plain file: nothing can be made there at all.
     const QString blocker = qEnvironmentVariable("QUORVEX_TEST_HOME") + QStringLiteral("/not-a-folder");
-    QVERIFY(WriteFile(blocker, "file"));
+    ASSERT_TRUE(WriteFile(blocker, "file"));
     QProcessEnvironment environment = CliSuite::systemEnvironment();
     environment.insert(QStringLiteral("QUORVEX_SYSTEM_TEMP"), blocker);
     const CliResult nowhere = m_suite.run({QStringLiteral("add"), kModel}, environment);
-    QVERIFY2(nowhere.exitCode == 1 && nowhere.err.contains("cannot be written"), qPrintable(nowhere.describe()));
-    QVERIFY(nowhere.out.isEmpty());
+    ASSERT_TRUE(nowhere.exitCode == 1 && nowhere.err.contains("cannot be written")) << qPrintable(nowhere.describe());
+    ASSERT_TRUE(nowhere.out.isEmpty());
 
     // The collection is what it was.
-    QCOMPARE(Entries(m_suite.collectionRoot() + QLatin1Char('/') + kModel), CollectedFilesOf(kModel));
+    ASSERT_EQ(Entries(m_suite.collectionRoot() + QLatin1Char('/') + kModel), CollectedFilesOf(kModel));
 }
 
-QTEST_GUILESS_MAIN(CliCommandsTest)
-#include "tst_cli_commands.moc"

@@ -1,13 +1,19 @@
 // The pieces of quorvex-cli that need no device: the command line, the
 // choice of devices to collect, and how progress and hostile names are shown.
 
+#include "QtPrinters.h"
 #include "CollectCommand.h"
 #include "CommandLine.h"
 #include "Console.h"
 #include "DeviceCommands.h"
 #include "ProgressView.h"
 
-#include <QtTest>
+#include <QtCore>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 #include <cstring>
 
@@ -33,129 +39,128 @@ QStringList SerialsOf(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
 
 } // namespace
 
-class CliUnitsTest final : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void commandLine_accepts_data();
-    void commandLine_accepts();
-    void commandLine_refuses_data();
-    void commandLine_refuses();
-    void selection_takesListedCodeReadersOnceInOrder();
-    void progressLine_fillsTheBarByPercentAndClamps();
-    void hostileNames_cannotDriveTheTerminal();
-    void deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked();
+struct CommandLineAcceptsRow {
+    std::string rowName;
+    QStringList arguments;
+    int command;
+    bool json;
+    bool all;
+    bool help;
+    QStringList operands;
 };
 
-void CliUnitsTest::commandLine_accepts_data()
+static std::vector<CommandLineAcceptsRow> commandLineAcceptsRows()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<int>("command");
-    QTest::addColumn<bool>("json");
-    QTest::addColumn<bool>("all");
-    QTest::addColumn<bool>("help");
-    QTest::addColumn<QStringList>("operands");
-    QTest::newRow("json anywhere") << QStringList{"devices", "--all", "--json"} << int(Command::Devices) << true
-                                   << true << false << QStringList{};
-    QTest::newRow("collect serials") << QStringList{"collect", "QD1", "QD2"} << int(Command::Collect) << false
-                                     << false << false << QStringList{"QD1", "QD2"};
-    QTest::newRow("collect all") << QStringList{"--json", "collect", "-a"} << int(Command::Collect) << true << true
-                                 << false << QStringList{};
+    std::vector<CommandLineAcceptsRow> rows;
+    rows.push_back({"json anywhere", QStringList{"devices", "--all", "--json"}, int(Command::Devices), true, true, false, QStringList{}});
+    rows.push_back({"collect serials", QStringList{"collect", "QD1", "QD2"}, int(Command::Collect), false, false, false, QStringList{"QD1", "QD2"}});
+    rows.push_back({"collect all", QStringList{"--json", "collect", "-a"}, int(Command::Collect), true, true, false, QStringList{}});
     // After "--" a serial may start with a dash and "--json" is an operand.
-    QTest::newRow("double dash") << QStringList{"collect", "--", "-QD1", "--json"} << int(Command::Collect) << false
-                                 << false << false << QStringList{"-QD1", "--json"};
+    rows.push_back({"double dash", QStringList{"collect", "--", "-QD1", "--json"}, int(Command::Collect), false, false, false, QStringList{"-QD1", "--json"}});
     // Help wins over missing operands.
-    QTest::newRow("command help") << QStringList{"collect", "--help"} << int(Command::Collect) << false << false
-                                  << true << QStringList{};
-    QTest::newRow("delete") << QStringList{"delete", "Vir12345678"} << int(Command::Delete) << false << false
-                            << false << QStringList{"Vir12345678"};
-    QTest::newRow("help topic") << QStringList{"help", "collect"} << int(Command::Help) << false << false << false
-                                << QStringList{"collect"};
-    QTest::newRow("version option") << QStringList{"--version"} << int(Command::Version) << false << false << false
-                                    << QStringList{};
+    rows.push_back({"command help", QStringList{"collect", "--help"}, int(Command::Collect), false, false, true, QStringList{}});
+    rows.push_back({"delete", QStringList{"delete", "Vir12345678"}, int(Command::Delete), false, false, false, QStringList{"Vir12345678"}});
+    rows.push_back({"help topic", QStringList{"help", "collect"}, int(Command::Help), false, false, false, QStringList{"collect"}});
+    rows.push_back({"version option", QStringList{"--version"}, int(Command::Version), false, false, false, QStringList{}});
+    return rows;
 }
 
-void CliUnitsTest::commandLine_accepts()
+TEST(CliUnitsTest, commandLine_accepts)
 {
-    QFETCH(QStringList, arguments);
-    QFETCH(int, command);
-    QFETCH(bool, json);
-    QFETCH(bool, all);
-    QFETCH(bool, help);
-    QFETCH(QStringList, operands);
-    const Request request = parseCommandLine(arguments);
-    QVERIFY2(request.error.isEmpty(), qPrintable(request.error));
-    QCOMPARE(int(request.command), command);
-    QCOMPARE(request.json, json);
-    QCOMPARE(request.all, all);
-    QCOMPARE(request.help, help);
-    QCOMPARE(request.operands, operands);
+    for (const CommandLineAcceptsRow& row : commandLineAcceptsRows()) {
+        SCOPED_TRACE(row.rowName);
+        [&] {
+            const QStringList arguments = row.arguments;
+            const int command = row.command;
+            const bool json = row.json;
+            const bool all = row.all;
+            const bool help = row.help;
+            const QStringList operands = row.operands;
+            const Request request = parseCommandLine(arguments);
+            ASSERT_TRUE(request.error.isEmpty()) << qPrintable(request.error);
+            ASSERT_EQ(int(request.command), command);
+            ASSERT_EQ(request.json, json);
+            ASSERT_EQ(request.all, all);
+            ASSERT_EQ(request.help, help);
+            ASSERT_EQ(request.operands, operands);
+        }();
+    }
 }
 
-void CliUnitsTest::commandLine_refuses_data()
+struct CommandLineRefusesRow {
+    std::string rowName;
+    QStringList arguments;
+    QString named;
+};
+
+static std::vector<CommandLineRefusesRow> commandLineRefusesRows()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("named");
-    QTest::newRow("nothing") << QStringList{} << "no command";
-    QTest::newRow("unknown command") << QStringList{"frobnicate"} << "frobnicate";
-    QTest::newRow("unknown option") << QStringList{"devices", "--fast"} << "--fast";
-    QTest::newRow("collect nothing") << QStringList{"collect"} << "serial numbers or --all";
-    QTest::newRow("collect both") << QStringList{"collect", "--all", "QD1"} << "not both";
-    QTest::newRow("add two") << QStringList{"add", "A", "B"} << "exactly one";
-    QTest::newRow("devices operand") << QStringList{"devices", "QD1"} << "QD1";
-    QTest::newRow("all on cameras") << QStringList{"cameras", "--all"} << "--all";
-    QTest::newRow("help two") << QStringList{"help", "add", "delete"} << "at most one";
+    std::vector<CommandLineRefusesRow> rows;
+    rows.push_back({"nothing", QStringList{}, "no command"});
+    rows.push_back({"unknown command", QStringList{"frobnicate"}, "frobnicate"});
+    rows.push_back({"unknown option", QStringList{"devices", "--fast"}, "--fast"});
+    rows.push_back({"collect nothing", QStringList{"collect"}, "serial numbers or --all"});
+    rows.push_back({"collect both", QStringList{"collect", "--all", "QD1"}, "not both"});
+    rows.push_back({"add two", QStringList{"add", "A", "B"}, "exactly one"});
+    rows.push_back({"devices operand", QStringList{"devices", "QD1"}, "QD1"});
+    rows.push_back({"all on cameras", QStringList{"cameras", "--all"}, "--all"});
+    rows.push_back({"help two", QStringList{"help", "add", "delete"}, "at most one"});
+    return rows;
 }
 
-void CliUnitsTest::commandLine_refuses()
+TEST(CliUnitsTest, commandLine_refuses)
 {
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, named);
-    const Request request = parseCommandLine(arguments);
-    QVERIFY2(request.error.contains(named), qPrintable(request.error));
+    for (const CommandLineRefusesRow& row : commandLineRefusesRows()) {
+        SCOPED_TRACE(row.rowName);
+        [&] {
+            const QStringList arguments = row.arguments;
+            const QString named = row.named;
+            const Request request = parseCommandLine(arguments);
+            ASSERT_TRUE(request.error.contains(named)) << qPrintable(request.error);
+        }();
+    }
 }
 
-void CliUnitsTest::selection_takesListedCodeReadersOnceInOrder()
+TEST(CliUnitsTest, selection_takesListedCodeReadersOnceInOrder)
 {
     const QVector<XQ_CODEREADER_DEVICE_INFO> found{Record("QD1", "QVX-ID2040M"), Record("Vir12345678", "QVX-ID2040M"),
                                                    Record("FK1", "Fake camera"), Record("QD2", "QVX-ID3160C"),
                                                    Record("QD1", "QVX-ID2040M")};
     const DeviceSelection all = selectDevices(found, {}, true);
-    QCOMPARE(SerialsOf(all.records), (QStringList{"QD1", "QD2"}));
-    QVERIFY(all.unknownSerials.isEmpty());
+    ASSERT_EQ(SerialsOf(all.records), (QStringList{"QD1", "QD2"}));
+    ASSERT_TRUE(all.unknownSerials.isEmpty());
     // By serial: the order asked, once each; a virtual camera is never
     // collected, so it is as unknown as a typo.
     const DeviceSelection bySerial = selectDevices(found, {"QD2", "QD9", "QD1", "QD2", "Vir12345678"}, false);
-    QCOMPARE(SerialsOf(bySerial.records), (QStringList{"QD2", "QD1"}));
-    QCOMPARE(bySerial.unknownSerials, (QStringList{"QD9", "Vir12345678"}));
+    ASSERT_EQ(SerialsOf(bySerial.records), (QStringList{"QD2", "QD1"}));
+    ASSERT_EQ(bySerial.unknownSerials, (QStringList{"QD9", "Vir12345678"}));
 }
 
-void CliUnitsTest::progressLine_fillsTheBarByPercentAndClamps()
+TEST(CliUnitsTest, progressLine_fillsTheBarByPercentAndClamps)
 {
     JobState job;
     job.serial = "QD1";
     job.model = "QVX-ID2040M";
     job.percent = 45;
-    QCOMPARE(progressLine(job, 5, 12, 20), QString("QD1    QVX-ID2040M   [#########...........]  45%"));
+    ASSERT_EQ(progressLine(job, 5, 12, 20), QString("QD1    QVX-ID2040M   [#########...........]  45%"));
     job.percent = 250;
-    QVERIFY(progressLine(job, 3, 11, 10).contains("[##########]"));
+    ASSERT_TRUE(progressLine(job, 3, 11, 10).contains("[##########]"));
     job.percent = -5;
-    QVERIFY(progressLine(job, 3, 11, 10).contains("[..........]"));
+    ASSERT_TRUE(progressLine(job, 3, 11, 10).contains("[..........]"));
 }
 
-void CliUnitsTest::hostileNames_cannotDriveTheTerminal()
+TEST(CliUnitsTest, hostileNames_cannotDriveTheTerminal)
 {
-    QCOMPARE(printable(QString("ID\x1b[2J\r\nfake")), QString("ID\\x1b[2J\\x0d\\x0afake"));
-    QCOMPARE(printable(QString::fromUtf8("QVX-ID\u0085\u00e9")), QString::fromUtf8("QVX-ID\\x85\u00e9"));
+    ASSERT_EQ(printable(QString("ID\x1b[2J\r\nfake")), QString("ID\\x1b[2J\\x0d\\x0afake"));
+    ASSERT_EQ(printable(QString::fromUtf8("QVX-ID\u0085\u00e9")), QString::fromUtf8("QVX-ID\\x85\u00e9"));
     JobState job;
     job.serial = "QD\n1";
     job.model = "ID\x1b[1A";
-    QVERIFY(!plainProgressLine(job).contains(QLatin1Char('\n')));
-    QVERIFY(!plainProgressLine(job).contains(QLatin1Char('\x1b')));
+    ASSERT_TRUE(!plainProgressLine(job).contains(QLatin1Char('\n')));
+    ASSERT_TRUE(!plainProgressLine(job).contains(QLatin1Char('\x1b')));
 }
 
-void CliUnitsTest::deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked()
+TEST(CliUnitsTest, deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked)
 {
     DeviceEntry reader;
     reader.serial = "QD24A10000";
@@ -169,18 +174,16 @@ void CliUnitsTest::deviceTable_alignsColumnsAndShowsKindOnlyWhenAsked()
     held.model = "Evil\tID";
     held.accessible = false;
     const QStringList lines = deviceTable({reader, held}, false).split('\n', Qt::SkipEmptyParts);
-    QCOMPARE(lines.size(), 3);
-    QVERIFY(lines[0].startsWith("SERIAL"));
-    QVERIFY(!lines[0].contains("KIND"));
+    ASSERT_EQ(lines.size(), 3);
+    ASSERT_TRUE(lines[0].startsWith("SERIAL"));
+    ASSERT_TRUE(!lines[0].contains("KIND"));
     // Every column starts where its header does.
     const int modelColumn = lines[0].indexOf("MODEL");
     const int addressColumn = lines[0].indexOf("ADDRESS");
-    QCOMPARE(lines[1].indexOf("QVX-ID2040M"), modelColumn);
-    QCOMPARE(lines[2].indexOf("Evil\\x09ID"), modelColumn);
-    QCOMPARE(lines[2].indexOf("127.0.0.2"), addressColumn);
-    QVERIFY(lines[2].contains("no (held by another client)"));
-    QVERIFY(deviceTable({reader}, true).contains("code reader"));
+    ASSERT_EQ(lines[1].indexOf("QVX-ID2040M"), modelColumn);
+    ASSERT_EQ(lines[2].indexOf("Evil\\x09ID"), modelColumn);
+    ASSERT_EQ(lines[2].indexOf("127.0.0.2"), addressColumn);
+    ASSERT_TRUE(lines[2].contains("no (held by another client)"));
+    ASSERT_TRUE(deviceTable({reader}, true).contains("code reader"));
 }
 
-QTEST_GUILESS_MAIN(CliUnitsTest)
-#include "tst_cli_units.moc"

@@ -4,6 +4,7 @@
 // and jobs stopped by their model name before any device is touched. One
 // table per function.
 
+#include "QtPrinters.h"
 #include "CaptureCsv.h"
 #include "CollectProgress.h"
 #include "CollectedFiles.h"
@@ -21,6 +22,11 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 #include <climits>
 #include <cstring>
@@ -118,25 +124,7 @@ const QStringList kRefused{QStringLiteral("Invalid device model name!")};
 
 } // namespace
 
-class TestCollectHelpers final : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void progress();
-    void csvBytes();
-    void symbologyNames();
-    void moveFile();
-    void ignoreList();
-    void deviceListing();
-    void stagingFolder_replacesCollectionWhole_sweepsEndedJobsOnly();
-
-    void job_readsIgnoreListFromCurrentFolder();
-    void job_hostileModelName_isRefusedAndWritesNothing_data();
-    void job_hostileModelName_isRefusedAndWritesNothing();
-};
-
-void TestCollectHelpers::progress()
+TEST(TestCollectHelpers, progress)
 {
     // 7/10 and 9/10 in float land just below the exact value: 72 and 90,
     // where all-double arithmetic gives 73 and 91. A single feature reports 10.
@@ -148,9 +136,9 @@ void TestCollectHelpers::progress()
     for (const auto& c : cases) {
         const int percent = c.enumPass ? collect::enumPassProgress(c.index, c.bools, c.enums)
                                        : collect::boolPassProgress(c.index, c.bools, c.enums);
-        QVERIFY2(percent == c.percent, qPrintable(QStringLiteral("%1 %2 of %3+%4 gave %5")
+        ASSERT_TRUE(percent == c.percent) << qPrintable(QStringLiteral("%1 %2 of %3+%4 gave %5")
                                                       .arg(c.enumPass ? "enum" : "bool")
-                                                      .arg(c.index).arg(c.bools).arg(c.enums).arg(percent)));
+                                                      .arg(c.index).arg(c.bools).arg(c.enums).arg(percent));
     }
     // Never backwards, never past 99, for every mix up to 40 of each.
     for (int bools = 0; bools <= 40; ++bools) {
@@ -159,17 +147,16 @@ void TestCollectHelpers::progress()
             for (int i = 0; i < bools + enums; ++i) {
                 const int value = i < bools ? collect::boolPassProgress(i, bools, enums)
                                             : collect::enumPassProgress(i - bools, bools, enums);
-                QVERIFY(value >= previous && value <= collect::kProgressAfterPasses);
+                ASSERT_TRUE(value >= previous && value <= collect::kProgressAfterPasses);
                 previous = value;
             }
         }
     }
 }
 
-void TestCollectHelpers::csvBytes()
+TEST(TestCollectHelpers, csvBytes)
 {
-    QCOMPARE(QByteArray(collect::kCsvHeader),
-             QByteArray("TriggerIndex,FrameNum,PicPath,Code1,CodeType1,CodeCoordinate1,Code2,CodeType2,"
+    ASSERT_EQ(QByteArray(collect::kCsvHeader), QByteArray("TriggerIndex,FrameNum,PicPath,Code1,CodeType1,CodeCoordinate1,Code2,CodeType2,"
                         "CodeCoordinate2,Code3,CodeType3,CodeCoordinate3,Code4,CodeType4,CodeCoordinate4,"
                         "Code5,CodeType5,CodeCoordinate5,Code6,CodeType6,CodeCoordinate6\n"));
     const struct {
@@ -189,25 +176,25 @@ void TestCollectHelpers::csvBytes()
          "1,5,5.jpg,%1%2,EAN8,1.2.3.4.5.6.7.8,%11,EAN8,0.0.0.0.0.0.0.0\r\n"},
     };
     for (const auto& c : cases)
-        QCOMPARE(collect::csvRowOf(c.frame, *FrameWith(c.codes)), c.row);
+        ASSERT_EQ(collect::csvRowOf(c.frame, *FrameWith(c.codes)), c.row);
 
     // Nine codes: the first six are written and the count is cut in place,
     // as it is for a count far beyond the record's room.
     auto frame = FrameWith(QVector<Code>(9, {"c", 39, {1, 2, 3, 4, 5, 6, 7, 8}}));
     std::strcpy(frame->stCodeInfo[6].chCode, "c7");
     const QByteArray row = collect::csvRowOf(3, *frame);
-    QCOMPARE(row, "1,3,3.jpg" + QByteArray(",c,CODE39,1.2.3.4.5.6.7.8").repeated(6) + "\r\n");
-    QCOMPARE(frame->nCodeNum, 6u);
+    ASSERT_EQ(row, "1,3,3.jpg" + QByteArray(",c,CODE39,1.2.3.4.5.6.7.8").repeated(6) + "\r\n");
+    ASSERT_EQ(frame->nCodeNum, 6u);
     frame->nCodeNum = 100000;
-    QCOMPARE(collect::csvRowOf(3, *frame), row);
+    ASSERT_EQ(collect::csvRowOf(3, *frame), row);
 
     // A code text without a NUL stays inside its buffer.
     std::memset(frame->stCodeInfo[0].chCode, 'Z', sizeof frame->stCodeInfo[0].chCode);
     frame->nCodeNum = 1;
-    QCOMPARE(collect::csvRowOf(1, *frame).count('Z'), XQ_CODEREADER_CODE_TEXT_SIZE);
+    ASSERT_EQ(collect::csvRowOf(1, *frame).count('Z'), XQ_CODEREADER_CODE_TEXT_SIZE);
 }
 
-void TestCollectHelpers::symbologyNames()
+TEST(TestCollectHelpers, symbologyNames)
 {
     // Listed at both ends and inside; zero, negative, a gap and past the last.
     const QVector<QPair<int, const char*>> names = {
@@ -216,11 +203,11 @@ void TestCollectHelpers::symbologyNames()
     for (const auto& [number, name] : names) {
         QString result = QStringLiteral("stale");
         QCollectInfoThread::GetCodeTypeName(number, result);
-        QVERIFY2(result == QLatin1String(name), qPrintable(QStringLiteral("%1 named %2").arg(number).arg(result)));
+        ASSERT_TRUE(result == QLatin1String(name)) << qPrintable(QStringLiteral("%1 named %2").arg(number).arg(result));
     }
 }
 
-void TestCollectHelpers::moveFile()
+TEST(TestCollectHelpers, moveFile)
 {
     // Paths below a fresh folder that has an empty "sub"; "" for no file.
     const struct {
@@ -239,19 +226,19 @@ void TestCollectHelpers::moveFile()
     };
     for (const auto& c : cases) {
         QTemporaryDir dir;
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("sub")));
+        ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("sub")));
         const QString source = dir.path() + QLatin1String(c.source);
         const QString target = dir.path() + QLatin1String(c.target);
         const QString targetOnDisk = QString(target).replace(QLatin1Char('\\'), QLatin1Char('/'));
-        QVERIFY(c.sourceBytes.isEmpty() || WriteFile(source, c.sourceBytes));
-        QVERIFY(c.targetBefore.isEmpty() || WriteFile(targetOnDisk, c.targetBefore));
-        QCOMPARE(QCollectInfoThread::MoveFileToPath(source, target, c.overwrite), c.moved);
-        QCOMPARE(ReadAll(targetOnDisk), c.targetAfter);
-        QCOMPARE(ReadAll(source), c.sourceAfter);
+        ASSERT_TRUE(c.sourceBytes.isEmpty() || WriteFile(source, c.sourceBytes));
+        ASSERT_TRUE(c.targetBefore.isEmpty() || WriteFile(targetOnDisk, c.targetBefore));
+        ASSERT_EQ(QCollectInfoThread::MoveFileToPath(source, target, c.overwrite), c.moved);
+        ASSERT_EQ(ReadAll(targetOnDisk), c.targetAfter);
+        ASSERT_EQ(ReadAll(source), c.sourceAfter);
     }
 }
 
-void TestCollectHelpers::ignoreList()
+TEST(TestCollectHelpers, ignoreList)
 {
     using Outcome = collect::IgnoreListContent::Outcome;
     const struct {
@@ -274,10 +261,10 @@ void TestCollectHelpers::ignoreList()
     };
     for (const auto& list : lists) {
         const collect::IgnoreListContent content = collect::parseIgnoreList(list.json);
-        QVERIFY2(content.outcome == list.outcome, list.json.constData());
-        QCOMPARE(content.patterns, list.patterns);
-        QCOMPARE(content.skippedElements, list.skipped);
-        QCOMPARE(content.parseError.isEmpty(), list.outcome != Outcome::NotJson);
+        ASSERT_TRUE(content.outcome == list.outcome) << list.json.constData();
+        ASSERT_EQ(content.patterns, list.patterns);
+        ASSERT_EQ(content.skippedElements, list.skipped);
+        ASSERT_EQ(content.parseError.isEmpty(), list.outcome != Outcome::NotJson);
     }
 
     // Patterns match as case-sensitive substrings; the empty pattern matches
@@ -290,10 +277,10 @@ void TestCollectHelpers::ignoreList()
     } names[] = {{"Gain", gain, true},   {"DigitalGainRaw", gain, true}, {"gainauto", gain, false},
                  {"Width", empty, true}, {"", empty, true},              {"Exposure", none, false}};
     for (const auto& n : names)
-        QVERIFY2((collect::matchingIgnorePattern(QString::fromLatin1(n.name), n.patterns) != nullptr) == n.matches, n.name);
+        ASSERT_TRUE((collect::matchingIgnorePattern(QString::fromLatin1(n.name), n.patterns) != nullptr) == n.matches) << n.name;
 }
 
-void TestCollectHelpers::deviceListing()
+TEST(TestCollectHelpers, deviceListing)
 {
     // Code readers are listed; virtual cameras ("Vir" in the serial, case
     // matters) and devices without "ID" in the model are not.
@@ -305,15 +292,15 @@ void TestCollectHelpers::deviceListing()
                    {"AB12vir34", "QVX-ID2040M", true},  {"QD1", "QVX-id2040M", false},
                    {"QD1", "Fake camera", false},       {"", "", false}};
     for (const auto& r : records)
-        QVERIFY2(collect::isListedCodeReader(RecordOf(r.model, r.serial)) == r.listed, r.serial);
+        ASSERT_TRUE(collect::isListedCodeReader(RecordOf(r.model, r.serial)) == r.listed) << r.serial;
 
     XQ_CODEREADER_DEVICE_INFO full{};
     std::memset(full.stGigE.chModelName, 'I', sizeof full.stGigE.chModelName);
-    QCOMPARE(collect::deviceText(full.stGigE.chModelName).size(), 64);
-    QCOMPARE(collect::ipAddressText(0x0A403402u), QStringLiteral("10.64.52.2"));
+    ASSERT_EQ(collect::deviceText(full.stGigE.chModelName).size(), 64);
+    ASSERT_EQ(collect::ipAddressText(0x0A403402u), QStringLiteral("10.64.52.2"));
 }
 
-void TestCollectHelpers::stagingFolder_replacesCollectionWhole_sweepsEndedJobsOnly()
+TEST(TestCollectHelpers, stagingFolder_replacesCollectionWhole_sweepsEndedJobsOnly)
 {
     QTemporaryDir dir;
     const QString root = dir.path();
@@ -324,21 +311,23 @@ void TestCollectHelpers::stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
     for (const bool before : {false, true}) {
         for (const bool commit : {false, true}) {
             QDir(root + "/ID%1").removeRecursively();
-            if (before)
-                QVERIFY(WriteFile(root + "/ID%1/Jpg/9.jpg", "old"));
+            if (before) {
+                ASSERT_TRUE(WriteFile(root + "/ID%1/Jpg/9.jpg", "old"));
+            }
             {
                 const auto job = collect::StagingFolder::create(root, QStringLiteral("ID%1"), &error);
-                QVERIFY2(job, qPrintable(error));
-                QVERIFY(collect::isStagingFolderName(QFileInfo(job->path()).fileName()));
-                QVERIFY(QFileInfo(job->path()).isHidden());
-                QVERIFY(WriteFile(job->path() + "/Jpg/1.jpg", "new"));
-                if (commit)
-                    QVERIFY2(job->commit(&error), qPrintable(error));
+                ASSERT_TRUE(job) << qPrintable(error);
+                ASSERT_TRUE(collect::isStagingFolderName(QFileInfo(job->path()).fileName()));
+                ASSERT_TRUE(QFileInfo(job->path()).isHidden());
+                ASSERT_TRUE(WriteFile(job->path() + "/Jpg/1.jpg", "new"));
+                if (commit) {
+                    ASSERT_TRUE(job->commit(&error)) << qPrintable(error);
+                }
             }
             const QStringList expected = commit ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/1.jpg"}
                 : before                        ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/9.jpg"}
                                                 : QStringList{};
-            QCOMPARE(FilesBelow(root), expected);
+            ASSERT_EQ(FilesBelow(root), expected);
         }
     }
 
@@ -346,15 +335,15 @@ void TestCollectHelpers::stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
     // is swept, by model or all at once. Collection folders are not touched.
     QDir(root + "/ID%1").removeRecursively();
     const auto running = collect::StagingFolder::create(root, QStringLiteral("ID100"), &error);
-    QVERIFY(running);
+    ASSERT_TRUE(running);
     for (const QString& path : {root + "/.ID100.collecting-1-1/x", root + "/.ID200.collecting-1-1/x", root + "/ID100/x"})
-        QVERIFY(WriteFile(path, "x"));
-    QCOMPARE(collect::deleteCollectedFilesOf(root, QStringLiteral("ID100")), QStringList{root + "/.ID100.collecting-1-1"});
-    QCOMPARE(collect::sweepAbandonedStagingFolders(root), QStringList{root + "/.ID200.collecting-1-1"});
-    QCOMPARE(FilesBelow(root), (QStringList{running->path(), root + "/ID100", root + "/ID100/x"}));
+        ASSERT_TRUE(WriteFile(path, "x"));
+    ASSERT_EQ(collect::deleteCollectedFilesOf(root, QStringLiteral("ID100")), QStringList{root + "/.ID100.collecting-1-1"});
+    ASSERT_EQ(collect::sweepAbandonedStagingFolders(root), QStringList{root + "/.ID200.collecting-1-1"});
+    ASSERT_EQ(FilesBelow(root), (QStringList{running->path(), root + "/ID100", root + "/ID100/x"}));
 }
 
-void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
+TEST(TestCollectHelpers, job_readsIgnoreListFromCurrentFolder)
 {
     // {file content, or none; the patterns it logs; the error it logs, if any}
     const struct {
@@ -370,58 +359,68 @@ void TestCollectHelpers::job_readsIgnoreListFromCurrentFolder()
     };
     for (const auto& file : files) {
         QTemporaryDir work;
-        QVERIFY(file.content.isNull() || WriteFile(work.filePath(QStringLiteral("Config/Config.json")), file.content));
+        ASSERT_TRUE(file.content.isNull() || WriteFile(work.filePath(QStringLiteral("Config/Config.json")), file.content));
         TestLog log;
-        QCOMPARE(RunJob(RecordOf("..", "SN-IGNORE"), work.path()).statuses, kRefused);
-        QCOMPARE(log.messagesStartingWith(QStringLiteral("node = ")), file.nodes);
+        ASSERT_EQ(RunJob(RecordOf("..", "SN-IGNORE"), work.path()).statuses, kRefused);
+        ASSERT_EQ(log.messagesStartingWith(QStringLiteral("node = ")), file.nodes);
         // Each complaint names the file.
         for (const QString& line : {QStringLiteral("can't open error!"), QStringLiteral("Json parse error"),
                                     QStringLiteral("IgnoreNodes element ")}) {
             const QStringList logged = log.messagesStartingWith(line);
-            QVERIFY2(logged.size() == (file.logged.startsWith(line) ? 1 : 0), qPrintable(line));
-            QVERIFY(logged.isEmpty()
+            ASSERT_TRUE(logged.size() == (file.logged.startsWith(line) ? 1 : 0)) << qPrintable(line);
+            ASSERT_TRUE(logged.isEmpty()
                     || (logged.first().startsWith(file.logged) && logged.first().contains(work.filePath("Config/Config.json"))));
         }
         for (const LogLine& line : log.lines()) {
-            QVERIFY2(line.file.endsWith(QStringLiteral("QCollectInfoThread.cpp")), qPrintable(line.file));
-            QVERIFY2(line.function.contains(QStringLiteral("QCollectInfoThread::")), qPrintable(line.function));
+            ASSERT_TRUE(line.file.endsWith(QStringLiteral("QCollectInfoThread.cpp"))) << qPrintable(line.file);
+            ASSERT_TRUE(line.function.contains(QStringLiteral("QCollectInfoThread::"))) << qPrintable(line.function);
         }
     }
 }
 
-void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing_data()
+struct JobHostileModelNameIsRefusedAndWritesNothingRow {
+    std::string rowName;
+    QByteArray model;
+};
+
+static std::vector<JobHostileModelNameIsRefusedAndWritesNothingRow> jobHostileModelNameIsRefusedAndWritesNothingRows()
 {
-    QTest::addColumn<QByteArray>("model");
-    QTest::newRow("parent path") << QByteArray("../../../../tmp/evil");
-    QTest::newRow("absolute") << QByteArray("/tmp/evil");
-    QTest::newRow("dot") << QByteArray(".");
-    QTest::newRow("backslash") << QByteArray("a\\b");
-    QTest::newRow("control character") << QByteArray("ID\nX");
-    QTest::newRow("next line") << QByteArray("ID\xc2\x85");
+    std::vector<JobHostileModelNameIsRefusedAndWritesNothingRow> rows;
+    rows.push_back({"parent path", QByteArray("../../../../tmp/evil")});
+    rows.push_back({"absolute", QByteArray("/tmp/evil")});
+    rows.push_back({"dot", QByteArray(".")});
+    rows.push_back({"backslash", QByteArray("a\\b")});
+    rows.push_back({"control character", QByteArray("ID\nX")});
+    rows.push_back({"next line", QByteArray("ID\xc2\x85")});
+    return rows;
 }
 
-void TestCollectHelpers::job_hostileModelName_isRefusedAndWritesNothing()
+TEST(TestCollectHelpers, job_hostileModelName_isRefusedAndWritesNothing)
 {
-    QFETCH(QByteArray, model);
-    const QStringList before = FilesBelow(SuiteRoot());
-    QTemporaryDir work;
-    const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"), work.path());
+    for (const JobHostileModelNameIsRefusedAndWritesNothingRow& row : jobHostileModelNameIsRefusedAndWritesNothingRows()) {
+        SCOPED_TRACE(row.rowName);
+        [&] {
+            const QByteArray model = row.model;
+            const QStringList before = FilesBelow(SuiteRoot());
+            QTemporaryDir work;
+            const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"), work.path());
 
-    QCOMPARE(result.statuses, kRefused);
-    QCOMPARE(result.finishes, 0);
-    QCOMPARE(result.progresses, 0);
-    QCOMPARE(FilesBelow(SuiteRoot()), before);
-    QCOMPARE(FilesBelow(work.path()), QStringList{});
-    QVERIFY(!QFileInfo::exists(CollectionRoot()));
-    QVERIFY(!QFileInfo::exists(QStringLiteral("/tmp/evil")));
+            ASSERT_EQ(result.statuses, kRefused);
+            ASSERT_EQ(result.finishes, 0);
+            ASSERT_EQ(result.progresses, 0);
+            ASSERT_EQ(FilesBelow(SuiteRoot()), before);
+            ASSERT_EQ(FilesBelow(work.path()), QStringList{});
+            ASSERT_TRUE(!QFileInfo::exists(CollectionRoot()));
+            ASSERT_TRUE(!QFileInfo::exists(QStringLiteral("/tmp/evil")));
+        }();
+    }
 }
 
 int main(int argc, char** argv)
 {
     RunFromOwnSuiteLayout(argv);
+    ::testing::InitGoogleTest(&argc, argv);
     QCoreApplication app(argc, argv);
-    TestCollectHelpers test;
-    return QTest::qExec(&test, argc, argv);
+    return RUN_ALL_TESTS();
 }
 
-#include "tst_collect_helpers.moc"

@@ -4,6 +4,7 @@
 // device that vanishes mid-walk (the previous collection survives it), and a
 // camera that is no code reader.
 
+#include "QtPrinters.h"
 #include "AravisDescription.h"
 #include "CaptureCsv.h"
 #include "CollectProgress.h"
@@ -19,6 +20,8 @@
 #include <QMap>
 #include <QRegularExpression>
 #include <QtTest>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -69,29 +72,17 @@ QStringList FilesIn(const QString& folder)
 
 } // namespace
 
-class TestCollectJob final : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void init();
-    void cleanup();
-
-    void fullJob_leavesCollectionFolderAndReportsInOrder();
-    void ignoreList_skipsBySubstring_nonStringIgnored();
-    void twoDevicesOfOneModel_bothFinish();
-    void disconnectionMidWalk_endsWithCollectFailed();
-    void cameraWithoutRunningMode_failsImageCapture();
-
-private:
+class TestCollectJob : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
     // The simulator with count demo readers; empty (and the case failed)
     // when they are not found.
     QVector<XQ_CODEREADER_DEVICE_INFO> startReaders(int count);
-
     DeviceProcess* m_device = nullptr;
 };
 
-void TestCollectJob::init()
+void TestCollectJob::SetUp()
 {
     // Each case starts from an empty collection root and staging folder.
     QDir(CollectionRoot()).removeRecursively();
@@ -100,13 +91,13 @@ void TestCollectJob::init()
             QFile::remove(ApplicationDir() + QLatin1Char('/') + name);
     }
     // The suite ships a "common" folder; the job makes only the last level.
-    QVERIFY(QDir().mkpath(SuiteRoot() + QStringLiteral("/common")));
-    QVERIFY(QDir::setCurrent(SuiteRoot()));
-    QVERIFY(UseShippedIgnoreList());
+    ASSERT_TRUE(QDir().mkpath(SuiteRoot() + QStringLiteral("/common")));
+    ASSERT_TRUE(QDir::setCurrent(SuiteRoot()));
+    ASSERT_TRUE(UseShippedIgnoreList());
     m_device = new DeviceProcess;
 }
 
-void TestCollectJob::cleanup()
+void TestCollectJob::TearDown()
 {
     delete m_device;
     m_device = nullptr;
@@ -121,63 +112,62 @@ QVector<XQ_CODEREADER_DEVICE_INFO> TestCollectJob::startReaders(int count)
     return readers;
 }
 
-void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
+TEST_F(TestCollectJob, fullJob_leavesCollectionFolderAndReportsInOrder)
 {
     const auto readers = startReaders(1);
-    QVERIFY(!readers.isEmpty());
+    ASSERT_TRUE(!readers.isEmpty());
     const XQ_CODEREADER_DEVICE_INFO& reader = readers.first();
     const QString model = ModelOf(reader);
-    QVERIFY(!model.isEmpty());
+    ASSERT_TRUE(!model.isEmpty());
 
     TestLog log;
     JobRecorder job(reader);
     job.start();
-    QVERIFY2(job.wait(kJobTimeoutMs), "the job did not end");
+    ASSERT_TRUE(job.wait(kJobTimeoutMs)) << "the job did not end";
 
-    QCOMPARE(job.statuses(), QStringList{});
-    QCOMPARE(job.finishes(), QStringList{QStringLiteral("Collect Finished")});
-    QCOMPARE(job.foreignReports(), 0);
+    ASSERT_EQ(job.statuses(), QStringList{});
+    ASSERT_EQ(job.finishes(), QStringList{QStringLiteral("Collect Finished")});
+    ASSERT_EQ(job.foreignReports(), 0);
 
     // Folder: Jpg/1.jpg .. n.jpg, the CSV, the description and both dumps.
     const QString folder = CollectionRoot() + QLatin1Char('/') + model;
-    QCOMPARE(FilesIn(folder), (QStringList{QStringLiteral("ImportInformation.csv"), QStringLiteral("Jpg"),
+    ASSERT_EQ(FilesIn(folder), (QStringList{QStringLiteral("ImportInformation.csv"), QStringLiteral("Jpg"),
                                            model + QStringLiteral(".xml"), model + QStringLiteral("_regfile.dat"),
                                            model + QStringLiteral("_strRegFile.dat")}));
     const QStringList images = FilesIn(folder + QStringLiteral("/Jpg"));
-    QVERIFY(!images.isEmpty());
+    ASSERT_TRUE(!images.isEmpty());
     for (int n = 1; n <= images.size(); ++n)
-        QVERIFY2(images.contains(QStringLiteral("%1.jpg").arg(n)), qPrintable(images.join(' ')));
+        ASSERT_TRUE(images.contains(QStringLiteral("%1.jpg").arg(n))) << qPrintable(images.join(' '));
 
     // CSV: the exact header, then one CR LF row per image naming the codes
     // that are really in that image.
     const QByteArray csv = ReadAll(folder + QStringLiteral("/ImportInformation.csv"));
-    QVERIFY(csv.startsWith(kCsvHeader));
+    ASSERT_TRUE(csv.startsWith(kCsvHeader));
     QByteArray body = csv.mid(kCsvHeader.size());
-    QVERIFY(body.endsWith("\r\n"));
+    ASSERT_TRUE(body.endsWith("\r\n"));
     body.chop(2);
     const QList<QByteArray> rows = body.split('\n');
-    QCOMPARE(rows.size(), images.size());
+    ASSERT_EQ(rows.size(), images.size());
     int codesSeen = 0;
     for (int n = 1; n <= rows.size(); ++n) {
         QByteArray rowBytes = rows[n - 1];
-        QVERIFY2(rowBytes.endsWith('\r') || n == rows.size(), "data rows end in CR LF");
+        ASSERT_TRUE(rowBytes.endsWith('\r') || n == rows.size()) << "data rows end in CR LF";
         if (rowBytes.endsWith('\r'))
             rowBytes.chop(1);
         CsvRow row;
-        QVERIFY2(ParseCsvRow(QString::fromUtf8(rowBytes), &row), rowBytes.constData());
-        QCOMPARE(row.triggerIndex, QStringLiteral("1"));
-        QCOMPARE(row.frameNumber, QString::number(n));
-        QCOMPARE(row.picturePath, QStringLiteral("%1.jpg").arg(n));
-        QVERIFY(row.codes.size() <= 6);
+        ASSERT_TRUE(ParseCsvRow(QString::fromUtf8(rowBytes), &row)) << rowBytes.constData();
+        ASSERT_EQ(row.triggerIndex, QStringLiteral("1"));
+        ASSERT_EQ(row.frameNumber, QString::number(n));
+        ASSERT_EQ(row.picturePath, QStringLiteral("%1.jpg").arg(n));
+        ASSERT_TRUE(row.codes.size() <= 6);
 
         // An independent plain decode of the stored image: the reader must
         // find at least what it finds. The reader's own decoder also reads
         // linear codes line by line, so it may find more of those.
         QVector<FrameCode> decoded;
-        QVERIFY(DecodeFrameCodes(folder + QStringLiteral("/Jpg/%1.jpg").arg(n), &decoded));
-        QVERIFY2(row.codes.size() >= std::min(decoded.size(), 6),
-                 qPrintable(QStringLiteral("frame %1: %2 codes written, %3 in the image")
-                                .arg(n).arg(row.codes.size()).arg(decoded.size())));
+        ASSERT_TRUE(DecodeFrameCodes(folder + QStringLiteral("/Jpg/%1.jpg").arg(n), &decoded));
+        ASSERT_TRUE(row.codes.size() >= std::min(decoded.size(), 6)) << qPrintable(QStringLiteral("frame %1: %2 codes written, %3 in the image")
+                                .arg(n).arg(row.codes.size()).arg(decoded.size()));
         for (const FrameCode& written : row.codes) {
             const auto match = std::find_if(decoded.cbegin(), decoded.cend(), [&](const FrameCode& code) {
                 return code.text == written.text;
@@ -185,10 +175,10 @@ void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
             // Only the line-by-line reading of linear codes may find more.
             const bool linear = !QStringList{"DM", "QR", "MicroQR", "PDF417", "MAXICODE"}.contains(written.typeName);
             if (match == decoded.cend()) {
-                QVERIFY2(linear, qPrintable(QStringLiteral("frame %1: %2 is not in the image").arg(n).arg(written.text)));
+                ASSERT_TRUE(linear) << qPrintable(QStringLiteral("frame %1: %2 is not in the image").arg(n).arg(written.text));
                 continue;
             }
-            QCOMPARE(written.typeName, match->typeName);
+            ASSERT_EQ(written.typeName, match->typeName);
             // A linear code's corners span the rows it was read on: across the
             // bars they agree; along them the plain decode's scan line only
             // has to lie within the written box.
@@ -198,74 +188,74 @@ void TestCollectJob::fullJob_leavesCollectionFolderAndReportsInOrder()
                 const bool inside = linear && i % 2 == 1
                     ? match->corners[i] >= top - kCornerTolerance && match->corners[i] <= bottom + kCornerTolerance
                     : std::abs(written.corners[i] - match->corners[i]) <= kCornerTolerance;
-                QVERIFY2(inside, qPrintable(QStringLiteral("frame %1, %2: coordinate %3 is %4, the image has %5")
-                                                .arg(n).arg(written.text).arg(i).arg(written.corners[i]).arg(match->corners[i])));
+                ASSERT_TRUE(inside) << qPrintable(QStringLiteral("frame %1, %2: coordinate %3 is %4, the image has %5")
+                                                .arg(n).arg(written.text).arg(i).arg(written.corners[i]).arg(match->corners[i]));
             }
         }
         codesSeen += row.codes.size();
     }
-    QVERIFY2(codesSeen > 0, "the demo reader's frames show codes, so some row must name one");
+    ASSERT_TRUE(codesSeen > 0) << "the demo reader's frames show codes, so some row must name one";
 
     // The description byte for byte, as Aravis reads it from the device.
     const QByteArray xml = QByteArray::fromStdString(DescriptionFromAravis(AddressOf(reader).toStdString()));
-    QVERIFY(!xml.isEmpty());
-    QVERIFY(ReadAll(folder + QLatin1Char('/') + model + QStringLiteral(".xml")) == xml);
-    QVERIFY(QFileInfo(folder + QLatin1Char('/') + model + QStringLiteral("_regfile.dat")).size() > 0);
-    QVERIFY(QFileInfo(folder + QLatin1Char('/') + model + QStringLiteral("_strRegFile.dat")).exists());
+    ASSERT_TRUE(!xml.isEmpty());
+    ASSERT_TRUE(ReadAll(folder + QLatin1Char('/') + model + QStringLiteral(".xml")) == xml);
+    ASSERT_TRUE(QFileInfo(folder + QLatin1Char('/') + model + QStringLiteral("_regfile.dat")).size() > 0);
+    ASSERT_TRUE(QFileInfo(folder + QLatin1Char('/') + model + QStringLiteral("_strRegFile.dat")).exists());
 
     // Nothing staged is left beside the program.
-    QCOMPARE(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+    ASSERT_EQ(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
 
     // Progress: the capture counter (0), 9, 10, one value per boolean and
     // per readable enumeration, then 99 and 100.
     const int bools = TotalFromLog(log, QStringLiteral("^boolIndex\\[\\d+\\], boolTotal\\[(\\d+)\\]$"));
     const int enums = TotalFromLog(log, QStringLiteral("^enumIndex\\[\\d+\\], enumTotal\\[(\\d+)\\]"));
-    QVERIFY2(bools > 0 && enums > 0, "a demo code reader has booleans and enumerations with several entries");
+    ASSERT_TRUE(bools > 0 && enums > 0) << "a demo code reader has booleans and enumerations with several entries";
     const QVector<int> progress = job.progress();
-    QVERIFY(progress.size() >= 5 + bools);
-    QCOMPARE(progress.mid(0, 3), (QVector<int>{0, 9, 10}));
+    ASSERT_TRUE(progress.size() >= 5 + bools);
+    ASSERT_EQ(progress.mid(0, 3), (QVector<int>{0, 9, 10}));
     for (int i = 0; i < bools; ++i)
-        QCOMPARE(progress.at(3 + i), collect::boolPassProgress(i, bools, enums));
+        ASSERT_EQ(progress.at(3 + i), collect::boolPassProgress(i, bools, enums));
     const QVector<int> enumPart = progress.mid(3 + bools, progress.size() - 5 - bools);
-    QVERIFY(enumPart.size() <= enums);
+    ASSERT_TRUE(enumPart.size() <= enums);
     int j = 0;
     for (const int value : enumPart) {
         // Enumerations whose value cannot be read report nothing.
         while (j < enums && value != collect::enumPassProgress(j, bools, enums))
             ++j;
-        QVERIFY2(j < enums, "enumeration progress out of order");
+        ASSERT_TRUE(j < enums) << "enumeration progress out of order";
         ++j;
     }
-    QCOMPARE(progress.mid(progress.size() - 2), (QVector<int>{99, 100}));
+    ASSERT_EQ(progress.mid(progress.size() - 2), (QVector<int>{99, 100}));
 }
 
-void TestCollectJob::ignoreList_skipsBySubstring_nonStringIgnored()
+TEST_F(TestCollectJob, ignoreList_skipsBySubstring_nonStringIgnored)
 {
     const auto readers = startReaders(1);
-    QVERIFY(!readers.isEmpty());
+    ASSERT_TRUE(!readers.isEmpty());
 
     // "Trigger" covers TriggerMode, TriggerSource, TriggerSoftware and the
     // reader's trigger strings: every name holding it is skipped, others not.
     // The null is logged and left out; as an empty pattern it would skip all.
-    QVERIFY(WriteIgnoreList(R"({"IgnoreNodes": ["Trigger", null, "Trigger"]})"));
+    ASSERT_TRUE(WriteIgnoreList(R"({"IgnoreNodes": ["Trigger", null, "Trigger"]})"));
     TestLog log;
     JobRecorder job(readers.first());
     job.start();
-    QVERIFY(job.wait(kJobTimeoutMs));
-    QCOMPARE(job.finishes().size(), 1);
+    ASSERT_TRUE(job.wait(kJobTimeoutMs));
+    ASSERT_EQ(job.finishes().size(), 1);
     const QStringList skipped = log.messagesStartingWith(QStringLiteral("no collect "));
     QSet<QString> names;
     for (const QString& line : skipped) {
         const QString name = line.mid(QStringLiteral("no collect ").size());
-        QVERIFY2(name.contains(QStringLiteral("Trigger")), qPrintable(name));
+        ASSERT_TRUE(name.contains(QStringLiteral("Trigger"))) << qPrintable(name);
         names.insert(name);
     }
-    QVERIFY2(names.contains(QStringLiteral("TriggerMode")) && names.size() >= 2, qPrintable(skipped.join('|')));
-    QVERIFY(!log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty());
-    QCOMPARE(log.messagesStartingWith(QStringLiteral("IgnoreNodes element 1: null in ")).size(), 1);
+    ASSERT_TRUE(names.contains(QStringLiteral("TriggerMode")) && names.size() >= 2) << qPrintable(skipped.join('|'));
+    ASSERT_TRUE(!log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty());
+    ASSERT_EQ(log.messagesStartingWith(QStringLiteral("IgnoreNodes element 1: null in ")).size(), 1);
 }
 
-void TestCollectJob::twoDevicesOfOneModel_bothFinish()
+TEST_F(TestCollectJob, twoDevicesOfOneModel_bothFinish)
 {
     // A fixed fault: the second job failed on the folder the first had just made.
     const auto readers = startReaders(5);
@@ -273,90 +263,86 @@ void TestCollectJob::twoDevicesOfOneModel_bothFinish()
     for (const auto& reader : readers)
         byModel[ModelOf(reader)].append(reader);
     const auto pair = std::find_if(byModel.cbegin(), byModel.cend(), [](const auto& group) { return group.size() >= 2; });
-    QVERIFY2(pair != byModel.cend(), "the simulator's demo readers have no two of one model");
+    ASSERT_TRUE(pair != byModel.cend()) << "the simulator's demo readers have no two of one model";
 
     JobRecorder first(pair->at(0));
     JobRecorder second(pair->at(1));
-    QVERIFY(first.serialNumber() != second.serialNumber());
+    ASSERT_TRUE(first.serialNumber() != second.serialNumber());
     first.start();
     second.start();
     for (JobRecorder* job : {&first, &second}) {
-        QVERIFY(job->wait(kJobTimeoutMs));
-        QCOMPARE(job->statuses().join('|'), QString());
-        QCOMPARE(job->finishes(), QStringList{QStringLiteral("Collect Finished")});
-        QCOMPARE(job->foreignReports(), 0);
-        QCOMPARE(job->progress().constLast(), 100);
+        ASSERT_TRUE(job->wait(kJobTimeoutMs));
+        ASSERT_EQ(job->statuses().join('|'), QString());
+        ASSERT_EQ(job->finishes(), QStringList{QStringLiteral("Collect Finished")});
+        ASSERT_EQ(job->foreignReports(), 0);
+        ASSERT_EQ(job->progress().constLast(), 100);
     }
     // The last to finish left its whole collection: one row per image.
     const QString folder = CollectionRoot() + QLatin1Char('/') + pair.key();
     for (const QString& name : {QStringLiteral("ImportInformation.csv"), pair.key() + QStringLiteral(".xml"),
                                 QStringLiteral("Jpg/1.jpg")})
-        QVERIFY2(QFileInfo::exists(folder + QLatin1Char('/') + name), qPrintable(name));
-    QCOMPARE(ReadAll(folder + QStringLiteral("/ImportInformation.csv")).count("\r\n"),
-             FilesIn(folder + QStringLiteral("/Jpg")).size());
-    QCOMPARE(FilesIn(CollectionRoot()), QStringList{pair.key()});
+        ASSERT_TRUE(QFileInfo::exists(folder + QLatin1Char('/') + name)) << qPrintable(name);
+    ASSERT_EQ(ReadAll(folder + QStringLiteral("/ImportInformation.csv")).count("\r\n"), FilesIn(folder + QStringLiteral("/Jpg")).size());
+    ASSERT_EQ(FilesIn(CollectionRoot()), QStringList{pair.key()});
 }
 
-void TestCollectJob::disconnectionMidWalk_endsWithCollectFailed()
+TEST_F(TestCollectJob, disconnectionMidWalk_endsWithCollectFailed)
 {
     const auto readers = startReaders(1);
-    QVERIFY(!readers.isEmpty());
+    ASSERT_TRUE(!readers.isEmpty());
     // A good collection from before: the failed job must leave it as it is.
     const QString model = ModelOf(readers.first());
     const QString previous = CollectionRoot() + QLatin1Char('/') + model;
-    QVERIFY(QDir().mkpath(previous + QStringLiteral("/Jpg")));
+    ASSERT_TRUE(QDir().mkpath(previous + QStringLiteral("/Jpg")));
     const QByteArray image(4096, '\x5a');
     for (const QString& name : {QStringLiteral("/Jpg/1.jpg"), QStringLiteral("/Jpg/77.jpg"), QStringLiteral("/ImportInformation.csv")}) {
         QFile file(previous + name);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(image) == image.size());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(image) == image.size());
     }
 
     TestLog log;
     JobRecorder job(readers.first());
     job.start();
     // Pull the plug once the boolean pass has begun.
-    QVERIFY2(QTest::qWaitFor([&] { return !log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty() || job.wait(0); },
-                             static_cast<int>(kJobTimeoutMs)),
-             "the boolean pass never began");
-    QVERIFY2(!job.wait(0), "the job ended before the device could be pulled");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !log.messagesStartingWith(QStringLiteral("boolIndex[")).isEmpty() || job.wait(0); },
+                             static_cast<int>(kJobTimeoutMs))) << "the boolean pass never began";
+    ASSERT_TRUE(!job.wait(0)) << "the job ended before the device could be pulled";
     m_device->stop(true);
 
-    QVERIFY2(job.wait(kJobTimeoutMs), "the job hangs after the device vanished");
-    QCOMPARE(job.finishes(), QStringList{});
-    QVERIFY2(!job.statuses().isEmpty() && job.statuses().constLast() == QStringLiteral("Collect Failed!"),
-             qPrintable(job.statuses().join('|')));
-    QVERIFY(!job.progress().contains(99));
-    QCOMPARE(FilesIn(CollectionRoot()), QStringList{model});
-    QCOMPARE(FilesIn(previous + QStringLiteral("/Jpg")), (QStringList{QStringLiteral("1.jpg"), QStringLiteral("77.jpg")}));
+    ASSERT_TRUE(job.wait(kJobTimeoutMs)) << "the job hangs after the device vanished";
+    ASSERT_EQ(job.finishes(), QStringList{});
+    ASSERT_TRUE(!job.statuses().isEmpty() && job.statuses().constLast() == QStringLiteral("Collect Failed!")) << qPrintable(job.statuses().join('|'));
+    ASSERT_TRUE(!job.progress().contains(99));
+    ASSERT_EQ(FilesIn(CollectionRoot()), QStringList{model});
+    ASSERT_EQ(FilesIn(previous + QStringLiteral("/Jpg")), (QStringList{QStringLiteral("1.jpg"), QStringLiteral("77.jpg")}));
     for (const QString& name : {QStringLiteral("/Jpg/1.jpg"), QStringLiteral("/Jpg/77.jpg"), QStringLiteral("/ImportInformation.csv")})
-        QVERIFY(ReadAll(previous + name) == image);
+        ASSERT_TRUE(ReadAll(previous + name) == image);
 }
 
-void TestCollectJob::cameraWithoutRunningMode_failsImageCapture()
+TEST_F(TestCollectJob, cameraWithoutRunningMode_failsImageCapture)
 {
     std::string why;
-    QVERIFY2(xqtest::startFakeCamera(*m_device, "127.0.0.1", "GV01", why), why.c_str());
+    ASSERT_TRUE(xqtest::startFakeCamera(*m_device, "127.0.0.1", "GV01", why)) << why.c_str();
     const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(!readers.isEmpty(), qPrintable(QStringLiteral("the fake camera was not found: ") + OutputOf(*m_device)));
+    ASSERT_TRUE(!readers.isEmpty()) << qPrintable(QStringLiteral("the fake camera was not found: ") + OutputOf(*m_device));
 
     JobRecorder job(readers.first());
     job.start();
-    QVERIFY(job.wait(kJobTimeoutMs));
-    QCOMPARE(job.statuses(), QStringList{QStringLiteral("Set Running Mode fail!")});
-    QCOMPARE(job.finishes(), QStringList{});
-    QCOMPARE(job.progress(), QVector<int>{});
+    ASSERT_TRUE(job.wait(kJobTimeoutMs));
+    ASSERT_EQ(job.statuses(), QStringList{QStringLiteral("Set Running Mode fail!")});
+    ASSERT_EQ(job.finishes(), QStringList{});
+    ASSERT_EQ(job.progress(), QVector<int>{});
     // No feature capture: nothing staged, no description in the folder.
     const QString model = ModelOf(readers.first());
-    QCOMPARE(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
-    QVERIFY(!QFileInfo::exists(CollectionRoot() + QLatin1Char('/') + model + QLatin1Char('/') + model + QStringLiteral(".xml")));
+    ASSERT_EQ(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+    ASSERT_TRUE(!QFileInfo::exists(CollectionRoot() + QLatin1Char('/') + model + QLatin1Char('/') + model + QStringLiteral(".xml")));
 }
 
 int main(int argc, char** argv)
 {
     RunFromOwnSuiteLayout(argv);
+    ::testing::InitGoogleTest(&argc, argv);
     QCoreApplication app(argc, argv);
-    TestCollectJob test;
-    return QTest::qExec(&test, argc, argv);
+    return RUN_ALL_TESTS();
 }
 
-#include "tst_collect_job.moc"

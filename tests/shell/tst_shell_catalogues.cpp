@@ -8,7 +8,12 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
-#include <QtTest>
+#include <QtCore>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -63,60 +68,67 @@ QSet<QString> placeholders(const QString& text)
 
 } // namespace
 
-class CatalogueTest : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void everyTrText_hasAFinishedTranslation_data()
-    {
-        QTest::addColumn<QString>("catalogue");
-        QTest::addColumn<QStringList>("sourceFolders");
-        QTest::newRow("tool") << "Quorvex_zh.ts" << QStringList {"app", "collect", "store", "ui"};
-        QTest::newRow("widget library") << "CustomCtr_zh_CN.ts" << QStringList {"libs/CustomCtr"};
-        QTest::newRow("shared tools") << "CommonTools_zh_CN.ts" << QStringList {"libs/CommonTools"};
-    }
-
-    // lupdate over the real sources, merged into a copy of the committed
-    // catalogue: whatever comes out unfinished lacks a translation.
-    void everyTrText_hasAFinishedTranslation()
-    {
-        QFETCH(QString, catalogue);
-        QFETCH(QStringList, sourceFolders);
-        const QString lupdate = QStringLiteral(QUORVEX_LUPDATE);
-        QVERIFY2(QFile::exists(lupdate),
-                 qPrintable(lupdate + " is missing: install the Debian package qttools5-dev-tools"));
-
-        QTemporaryDir temporary;
-        const QString refreshed = temporary.path() + '/' + catalogue;
-        QVERIFY(QFile::copy(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/translations/") + catalogue, refreshed));
-        QFile::setPermissions(refreshed, QFile::ReadOwner | QFile::WriteOwner);
-
-        QStringList arguments {"-locations", "none", "-no-ui-lines", "-silent"};
-        for (const QString& folder : sourceFolders)
-            arguments << QStringLiteral(QUORVEX_SOURCE_DIR "/") + folder;
-        arguments << "-ts" << refreshed;
-        QProcess process;
-        process.start(lupdate, arguments);
-        QVERIFY(process.waitForFinished(120000));
-        QVERIFY2(process.exitCode() == 0, process.readAllStandardError().constData());
-
-        QString error;
-        const QVector<Message> messages = readCatalogue(refreshed, error);
-        QVERIFY2(error.isEmpty(), qPrintable(error));
-        QStringList problems;
-        for (const Message& message : messages) {
-            if (message.type == QLatin1String("vanished") || message.type == QLatin1String("obsolete"))
-                continue;
-            const QString where = QString("%1: \"%2\"").arg(message.context, message.source);
-            if (message.type == QLatin1String("unfinished") || message.translation.trimmed().isEmpty())
-                problems << where + " has no finished translation";
-            else if (placeholders(message.source) != placeholders(message.translation))
-                problems << where + " loses or adds a %-placeholder";
-        }
-        QVERIFY2(problems.isEmpty(), qPrintable("\n  " + problems.join("\n  ")));
-    }
+struct EveryTrTextHasAFinishedTranslationRow {
+    std::string rowName;
+    QString catalogue;
+    QStringList sourceFolders;
 };
 
-QTEST_GUILESS_MAIN(CatalogueTest)
-#include "tst_shell_catalogues.moc"
+static std::vector<EveryTrTextHasAFinishedTranslationRow> everyTrTextHasAFinishedTranslationRows()
+{
+    std::vector<EveryTrTextHasAFinishedTranslationRow> rows;
+    rows.push_back({"tool", "Quorvex_zh.ts", QStringList {"app", "collect", "store", "ui"}});
+    rows.push_back({"widget library", "CustomCtr_zh_CN.ts", QStringList {"libs/CustomCtr"}});
+    rows.push_back({"shared tools", "CommonTools_zh_CN.ts", QStringList {"libs/CommonTools"}});
+    return rows;
+}
+
+class CatalogueTest : public ::testing::Test {
+protected:
+    // lupdate over the real sources, merged into a copy of the committed
+    // catalogue: whatever comes out unfinished lacks a translation.
+};
+
+TEST_F(CatalogueTest, everyTrText_hasAFinishedTranslation)
+{
+    for (const EveryTrTextHasAFinishedTranslationRow& row : everyTrTextHasAFinishedTranslationRows()) {
+        SCOPED_TRACE(row.rowName);
+        [&] {
+            const QString catalogue = row.catalogue;
+            const QStringList sourceFolders = row.sourceFolders;
+            const QString lupdate = QStringLiteral(QUORVEX_LUPDATE);
+            ASSERT_TRUE(QFile::exists(lupdate)) << qPrintable(lupdate + " is missing: install the Debian package qttools5-dev-tools");
+
+            QTemporaryDir temporary;
+            const QString refreshed = temporary.path() + '/' + catalogue;
+            ASSERT_TRUE(QFile::copy(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/translations/") + catalogue, refreshed));
+            QFile::setPermissions(refreshed, QFile::ReadOwner | QFile::WriteOwner);
+
+            QStringList arguments {"-locations", "none", "-no-ui-lines", "-silent"};
+            for (const QString& folder : sourceFolders)
+                arguments << QStringLiteral(QUORVEX_SOURCE_DIR "/") + folder;
+            arguments << "-ts" << refreshed;
+            QProcess process;
+            process.start(lupdate, arguments);
+            ASSERT_TRUE(process.waitForFinished(120000));
+            ASSERT_TRUE(process.exitCode() == 0) << process.readAllStandardError().constData();
+
+            QString error;
+            const QVector<Message> messages = readCatalogue(refreshed, error);
+            ASSERT_TRUE(error.isEmpty()) << qPrintable(error);
+            QStringList problems;
+            for (const Message& message : messages) {
+                if (message.type == QLatin1String("vanished") || message.type == QLatin1String("obsolete"))
+                    continue;
+                const QString where = QString("%1: \"%2\"").arg(message.context, message.source);
+                if (message.type == QLatin1String("unfinished") || message.translation.trimmed().isEmpty())
+                    problems << where + " has no finished translation";
+                else if (placeholders(message.source) != placeholders(message.translation))
+                    problems << where + " loses or adds a %-placeholder";
+            }
+            ASSERT_TRUE(problems.isEmpty()) << qPrintable("\n  " + problems.join("\n  "));
+        }();
+    }
+}
+#include "QtPrinters.h"
+

@@ -7,7 +7,12 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-#include <QtTest>
+#include <QtCore>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 #include <memory>
 
@@ -29,16 +34,28 @@ struct State
 
 } // namespace
 
-class LanguageTest : public QObject
-{
-    Q_OBJECT
+struct MissingCatalogueStopsTheChainRow {
+    std::string rowName;
+    QString missing;
+    QString answering;
+};
 
-private:
+static std::vector<MissingCatalogueStopsTheChainRow> missingCatalogueStopsTheChainRows()
+{
+    std::vector<MissingCatalogueStopsTheChainRow> rows;
+    rows.push_back({"tool's own", "Quorvex_zh.qm", ""});
+    rows.push_back({"widget library", "CustomCtr_zh_CN.qm", "Quorvex,qt,widgets"});
+    rows.push_back({"shared tools", "CommonTools_zh_CN.qm", "Quorvex,qt,widgets,CustomCtr"});
+    return rows;
+}
+
+class LanguageTest : public ::testing::Test {
+protected:
+    void SetUp() override;
     std::unique_ptr<QTemporaryDir> m_pSuite;
     QString m_strProgramData;
     QMap<QString, State> m_states;
     QMap<QString, QString> m_lines;
-
     // Lays out <tmp>/apps/Quorvex/<probe> and <tmp>/common/translation.
     bool makeSuite(const QStringList& leaveOut = {})
     {
@@ -59,16 +76,14 @@ private:
         }
         return true;
     }
-
     void storeLanguage(const QByteArray& value, const QString& folder = QString())
     {
         const QString dir = folder.isEmpty() ? m_strProgramData : folder;
         QDir().mkpath(dir);
         QFile file(dir + "/CustomConfig.ini");
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("[General]\nLanguage=" + value + "\n");
     }
-
     bool runProbe(const QStringList& arguments = {})
     {
         QProcess probe;
@@ -94,126 +109,119 @@ private:
         }
         return m_states.contains("start");
     }
-
     void verifyChinese(const QString& step)
     {
         const State state = m_states.value(step);
-        QCOMPARE(state.language, QString("0"));
-        QCOMPARE(state.title, kChineseTitle);
-        QCOMPARE(state.record, QStringLiteral("采集"));
-        QCOMPARE(state.header, QStringLiteral("型号名称"));
-        QCOMPARE(state.catalogues, QString("Quorvex,qt,widgets,CustomCtr"));
+        ASSERT_EQ(state.language, QString("0"));
+        ASSERT_EQ(state.title, kChineseTitle);
+        ASSERT_EQ(state.record, QStringLiteral("采集"));
+        ASSERT_EQ(state.header, QStringLiteral("型号名称"));
+        ASSERT_EQ(state.catalogues, QString("Quorvex,qt,widgets,CustomCtr"));
     }
-
     void verifyUntranslated(const QString& step, const QString& language)
     {
         const State state = m_states.value(step);
-        QCOMPARE(state.language, language);
-        QCOMPARE(state.title, QString("Quorvex"));
-        QCOMPARE(state.record, QString("Record"));
-        QCOMPARE(state.header, QString("Model Name"));
-        QCOMPARE(state.catalogues, QString());
+        ASSERT_EQ(state.language, language);
+        ASSERT_EQ(state.title, QString("Quorvex"));
+        ASSERT_EQ(state.record, QString("Record"));
+        ASSERT_EQ(state.header, QString("Model Name"));
+        ASSERT_EQ(state.catalogues, QString());
     }
-
-private slots:
-    void init()
-    {
-        m_pSuite = std::make_unique<QTemporaryDir>();
-        m_strProgramData = m_pSuite->path() + "/programdata/ZELTA";
-        m_states.clear();
-        m_lines.clear();
-    }
-
-    void noSettingsFileOrAnUnencodedValue_startsUntranslated()
-    {
-        QVERIFY(makeSuite());
-        QVERIFY(runProbe());
-        verifyUntranslated("start", "1");
-        storeLanguage("CH"); // the stored value is Base64
-        QVERIFY(runProbe());
-        verifyUntranslated("start", "1");
-    }
-
-    void settingsPath_readsZELTAwhereVANTOwasNamed()
-    {
-        QVERIFY(makeSuite());
-        storeLanguage("Q0g=", m_pSuite->path() + "/ZELTA/cfg");
-        m_strProgramData = m_pSuite->path() + "/VANTO/cfg";
-        QVERIFY(runProbe());
-        verifyChinese("start");
-    }
-
-    void commandLine_overridesStoredLanguage()
-    {
-        QVERIFY(makeSuite());
-        storeLanguage("Q0g=");
-        QVERIFY(runProbe({"ENG"}));
-        verifyUntranslated("start", "1");
-
-        QVERIFY(runProbe({"eng"})); // other spellings are ignored
-        verifyChinese("start");
-
-        storeLanguage("RU5H");
-        QVERIFY(runProbe({"CH"}));
-        verifyChinese("start");
-    }
-
     // One run of the probe: stored Chinese at start, then the switch
     // messages, the help button in both languages and a direct switch.
-    void storedChinese_startsChinese_andSwitchMessagesChangeTheWholeWindow()
-    {
-        QVERIFY(makeSuite());
-        storeLanguage("Q0g=");
-        QVERIFY(runProbe());
-        verifyChinese("start");
-        QCOMPARE(m_lines.value("apply-chinese"), QString("returned=1"));
-
-        QCOMPARE(m_lines.value("msg-english"), QString("handled=1 result=12345"));
-        verifyUntranslated("msg-english", "1");
-        QCOMPARE(m_lines.value("msg-english-again"), QString("handled=1 result=12345"));
-        verifyUntranslated("msg-english-again", "1");
-        QCOMPARE(m_lines.value("msg-chinese"), QString("handled=1 result=12345"));
-        verifyChinese("msg-chinese");
-
-        // Other messages, and events of the X11 kind, are not ours.
-        QCOMPARE(m_lines.value("msg-other"), QString("handled=0 result=12345"));
-        verifyChinese("msg-other");
-        QCOMPARE(m_lines.value("msg-x11"), QString("handled=0 result=12345"));
-        verifyChinese("msg-x11");
-
-        // The help button opens the manual of the language in use.
-        const QString base = QDir(m_pSuite->path()).absolutePath() + "/common/doc/";
-        QCOMPARE(m_lines.value("help-start"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
-        QCOMPARE(m_lines.value("help-english"), base + "User_Manual_ZELTA_English/" + kHelpPage);
-        QCOMPARE(m_lines.value("help-chinese"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
-        // The staged suite has both pages where the button looks.
-        for (const char* folder : {"User_Manual_ZELTA_English", "User_Manual_ZELTA_Chinese"}) {
-            const QString page = QStringLiteral(QUORVEX_SUITE_DIR "/common/doc/") + folder + '/' + kHelpPage;
-            QVERIFY2(QFile::exists(page), qPrintable(page + " is not staged"));
-        }
-    }
-
-    void missingCatalogue_stopsTheChain_data()
-    {
-        QTest::addColumn<QString>("missing");
-        QTest::addColumn<QString>("answering");
-        QTest::newRow("tool's own") << "Quorvex_zh.qm" << "";
-        QTest::newRow("widget library") << "CustomCtr_zh_CN.qm" << "Quorvex,qt,widgets";
-        QTest::newRow("shared tools") << "CommonTools_zh_CN.qm" << "Quorvex,qt,widgets,CustomCtr";
-    }
-
-    void missingCatalogue_stopsTheChain()
-    {
-        QFETCH(QString, missing);
-        QFETCH(QString, answering);
-        QVERIFY(makeSuite({missing}));
-        storeLanguage("Q0g=");
-        QVERIFY(runProbe());
-        QCOMPARE(m_states.value("start").language, QString("0"));
-        QCOMPARE(m_states.value("start").catalogues, answering);
-        QCOMPARE(m_lines.value("apply-chinese"), QString("returned=0"));
-    }
 };
 
-QTEST_GUILESS_MAIN(LanguageTest)
-#include "tst_shell_language.moc"
+void LanguageTest::SetUp()
+{
+    m_pSuite = std::make_unique<QTemporaryDir>();
+    m_strProgramData = m_pSuite->path() + "/programdata/ZELTA";
+    m_states.clear();
+    m_lines.clear();
+}
+
+TEST_F(LanguageTest, noSettingsFileOrAnUnencodedValue_startsUntranslated)
+{
+    ASSERT_TRUE(makeSuite());
+    ASSERT_TRUE(runProbe());
+    verifyUntranslated("start", "1");
+    storeLanguage("CH"); // the stored value is Base64
+    ASSERT_TRUE(runProbe());
+    verifyUntranslated("start", "1");
+}
+
+TEST_F(LanguageTest, settingsPath_readsZELTAwhereVANTOwasNamed)
+{
+    ASSERT_TRUE(makeSuite());
+    storeLanguage("Q0g=", m_pSuite->path() + "/ZELTA/cfg");
+    m_strProgramData = m_pSuite->path() + "/VANTO/cfg";
+    ASSERT_TRUE(runProbe());
+    verifyChinese("start");
+}
+
+TEST_F(LanguageTest, commandLine_overridesStoredLanguage)
+{
+    ASSERT_TRUE(makeSuite());
+    storeLanguage("Q0g=");
+    ASSERT_TRUE(runProbe({"ENG"}));
+    verifyUntranslated("start", "1");
+
+    ASSERT_TRUE(runProbe({"eng"})); // other spellings are ignored
+    verifyChinese("start");
+
+    storeLanguage("RU5H");
+    ASSERT_TRUE(runProbe({"CH"}));
+    verifyChinese("start");
+}
+
+TEST_F(LanguageTest, storedChinese_startsChinese_andSwitchMessagesChangeTheWholeWindow)
+{
+    ASSERT_TRUE(makeSuite());
+    storeLanguage("Q0g=");
+    ASSERT_TRUE(runProbe());
+    verifyChinese("start");
+    ASSERT_EQ(m_lines.value("apply-chinese"), QString("returned=1"));
+
+    ASSERT_EQ(m_lines.value("msg-english"), QString("handled=1 result=12345"));
+    verifyUntranslated("msg-english", "1");
+    ASSERT_EQ(m_lines.value("msg-english-again"), QString("handled=1 result=12345"));
+    verifyUntranslated("msg-english-again", "1");
+    ASSERT_EQ(m_lines.value("msg-chinese"), QString("handled=1 result=12345"));
+    verifyChinese("msg-chinese");
+
+    // Other messages, and events of the X11 kind, are not ours.
+    ASSERT_EQ(m_lines.value("msg-other"), QString("handled=0 result=12345"));
+    verifyChinese("msg-other");
+    ASSERT_EQ(m_lines.value("msg-x11"), QString("handled=0 result=12345"));
+    verifyChinese("msg-x11");
+
+    // The help button opens the manual of the language in use.
+    const QString base = QDir(m_pSuite->path()).absolutePath() + "/common/doc/";
+    ASSERT_EQ(m_lines.value("help-start"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
+    ASSERT_EQ(m_lines.value("help-english"), base + "User_Manual_ZELTA_English/" + kHelpPage);
+    ASSERT_EQ(m_lines.value("help-chinese"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
+    // The staged suite has both pages where the button looks.
+    for (const char* folder : {"User_Manual_ZELTA_English", "User_Manual_ZELTA_Chinese"}) {
+        const QString page = QStringLiteral(QUORVEX_SUITE_DIR "/common/doc/") + folder + '/' + kHelpPage;
+        ASSERT_TRUE(QFile::exists(page)) << qPrintable(page + " is not staged");
+    }
+}
+
+TEST_F(LanguageTest, missingCatalogue_stopsTheChain)
+{
+    for (const MissingCatalogueStopsTheChainRow& row : missingCatalogueStopsTheChainRows()) {
+        SCOPED_TRACE(row.rowName);
+        [&] {
+            SetUp(); // a fresh fixture for every row
+            const QString missing = row.missing;
+            const QString answering = row.answering;
+            ASSERT_TRUE(makeSuite({missing}));
+            storeLanguage("Q0g=");
+            ASSERT_TRUE(runProbe());
+            ASSERT_EQ(m_states.value("start").language, QString("0"));
+            ASSERT_EQ(m_states.value("start").catalogues, answering);
+            ASSERT_EQ(m_lines.value("apply-chinese"), QString("returned=0"));
+        }();
+    }
+}
+#include "QtPrinters.h"
+
