@@ -59,12 +59,14 @@ endfunction()
 # QT     links QtTest (signal spies, simulated input) and runs on the
 #        offscreen platform.
 # GTEST  links GoogleTest; with QT its entry point creates a QApplication.
+# OWN_MAIN  the test brings its own main() (one that must act before Qt
+#        starts); GoogleTest is linked without an entry point.
 # NETNS  runs the test inside a private network namespace with only loopback up.
 # XVFB   runs the test on a virtual X display of its own (platform xcb).
 # Every test gets its own home: XDG folders and the tool's folder overrides
 # point into the build tree, so no test touches the real user's files.
 function(quorvex_add_test)
-  cmake_parse_arguments(T "QT;GTEST;NETNS;XVFB" "NAME;TIMEOUT" "SOURCES;LIBS;ENV;LABELS" ${ARGN})
+  cmake_parse_arguments(T "QT;GTEST;OWN_MAIN;NETNS;XVFB" "NAME;TIMEOUT" "SOURCES;LIBS;ENV;LABELS" ${ARGN})
   add_executable(${T_NAME} ${T_SOURCES})
   set_target_properties(${T_NAME} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/tests-bin")
   target_link_libraries(${T_NAME} PRIVATE ${T_LIBS} Threads::Threads)
@@ -78,7 +80,10 @@ function(quorvex_add_test)
     target_link_libraries(${T_NAME} PRIVATE Qt5::Test)
     set_target_properties(${T_NAME} PROPERTIES AUTOMOC ON)
   endif()
-  if(T_GTEST AND T_QT)
+  if(T_GTEST AND T_OWN_MAIN)
+    find_package(GTest REQUIRED)
+    target_link_libraries(${T_NAME} PRIVATE GTest::gtest)
+  elseif(T_GTEST AND T_QT)
     target_link_libraries(${T_NAME} PRIVATE quorvex_qt_gtest_main)
   elseif(T_GTEST)
     find_package(GTest REQUIRED)

@@ -6,6 +6,7 @@
 // tool's folders changes, and the earlier collection of the hostile
 // device's model is still there byte for byte.
 
+#include "QtPrinters.h"
 #include "CliProcess.h"
 #include "CodeReaders.h"
 
@@ -15,7 +16,12 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonArray>
-#include <QtTest>
+#include <QtCore>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 #include <algorithm>
 #include <cerrno>
@@ -84,126 +90,124 @@ void LimitMemoryOfChildren()
 
 } // namespace
 
-class HostileDevicesTest final : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void collect_hostileBesideGood_data();
-    void collect_hostileBesideGood();
-
-private:
+class HostileDevicesTest : public ::testing::Test {
+protected:
+    void SetUp() override;
     QString m_strHome;
     QString m_strReference; // a good collection of kModel, made once
     CliSuite m_suite;
 };
 
-void HostileDevicesTest::initTestCase()
+void HostileDevicesTest::SetUp()
 {
     LimitMemoryOfChildren();
     m_strHome = qEnvironmentVariable("QUORVEX_TEST_HOME");
     m_strReference = m_strHome + QStringLiteral("/reference/") + kModel;
     QString error;
-    QVERIFY2(m_suite.prepare(&error), qPrintable(error));
-    QVERIFY(::mkfifo(qPrintable(m_strHome + QStringLiteral("/fifo")), 0600) == 0 || errno == EEXIST);
+    ASSERT_TRUE(m_suite.prepare(&error)) << qPrintable(error);
+    ASSERT_TRUE(::mkfifo(qPrintable(m_strHome + QStringLiteral("/fifo")), 0600) == 0 || errno == EEXIST);
 
     DeviceProcess simulator;
     const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, 1, &error);
-    QVERIFY2(readers.size() == 1 && ModelOf(readers[0]) == kModel, qPrintable(error));
+    ASSERT_TRUE(readers.size() == 1 && ModelOf(readers[0]) == kModel) << qPrintable(error);
     const CliResult result = m_suite.run({QStringLiteral("collect"), SerialOf(readers[0])}, CliSuite::systemEnvironment(),
                                          kCollectTimeoutMs);
-    QVERIFY2(result.exitCode == 0, qPrintable(result.describe()));
+    ASSERT_TRUE(result.exitCode == 0) << qPrintable(result.describe());
     QDir(m_strReference).removeRecursively();
-    QVERIFY(CopyTree(m_suite.collectionRoot() + QLatin1Char('/') + kModel, m_strReference));
+    ASSERT_TRUE(CopyTree(m_suite.collectionRoot() + QLatin1Char('/') + kModel, m_strReference));
 }
 
-void HostileDevicesTest::collect_hostileBesideGood_data()
+struct CollectHostileBesideGoodRow {
+    std::string rowName;
+    QString kind;
+    bool mayCollect;
+};
+
+static std::vector<CollectHostileBesideGoodRow> collectHostileBesideGoodRows()
 {
-    QTest::addColumn<QString>("kind");
+    std::vector<CollectHostileBesideGoodRow> rows;
     // Only a name fault may end in a collection, and then in a folder of
     // its own; every other fault ends its job with a failure.
-    QTest::addColumn<bool>("mayCollect");
     for (const char* kind : {"bad-zip", "zip-bomb", "huge-xml", "slow-xml", "file-url", "vanish"})
-        QTest::newRow(kind) << QString::fromLatin1(kind) << false;
-    QTest::newRow("file-url fifo") << QStringLiteral("file-url=%1/fifo").arg(qEnvironmentVariable("QUORVEX_TEST_HOME"))
-                                   << false;
+        rows.push_back({kind, QString::fromLatin1(kind), false});
+    rows.push_back({"file-url fifo", QStringLiteral("file-url=%1/fifo").arg(qEnvironmentVariable("QUORVEX_TEST_HOME")), false});
     for (const char* kind : {"name-32", "name-latin1", "name-format"})
-        QTest::newRow(kind) << QString::fromLatin1(kind) << true;
+        rows.push_back({kind, QString::fromLatin1(kind), true});
+    return rows;
 }
 
-void HostileDevicesTest::collect_hostileBesideGood()
+TEST_F(HostileDevicesTest, collect_hostileBesideGood)
 {
-    QFETCH(QString, kind);
-    QFETCH(bool, mayCollect);
-    QString error;
-    QVERIFY2(m_suite.prepare(&error), qPrintable(error));
-    const QString root = m_suite.collectionRoot();
-    QDir(root).removeRecursively();
-    QVERIFY(CopyTree(m_strReference, root + QLatin1Char('/') + kModel));
-    // The tool may write below its suite folder and its XDG folders; the
-    // reference copy and anything else in the home must stay as they are.
-    const QStringList toolFolders{QStringLiteral("suite/apps/Quorvex"), QStringLiteral("suite/common/VirtualCamera"),
-                                  QStringLiteral("cache"), QStringLiteral("config"), QStringLiteral("data"),
-                                  QStringLiteral("run")};
-    const QMap<QString, QByteArray> outsideBefore = Snapshot(m_strHome, toolFolders);
+    for (const CollectHostileBesideGoodRow& row : collectHostileBesideGoodRows()) {
+        SCOPED_TRACE(row.rowName);
+        [&] {
+            const QString kind = row.kind;
+            const bool mayCollect = row.mayCollect;
+            QString error;
+            ASSERT_TRUE(m_suite.prepare(&error)) << qPrintable(error);
+            const QString root = m_suite.collectionRoot();
+            QDir(root).removeRecursively();
+            ASSERT_TRUE(CopyTree(m_strReference, root + QLatin1Char('/') + kModel));
+            // The tool may write below its suite folder and its XDG folders; the
+            // reference copy and anything else in the home must stay as they are.
+            const QStringList toolFolders{QStringLiteral("suite/apps/Quorvex"), QStringLiteral("suite/common/VirtualCamera"),
+                                          QStringLiteral("cache"), QStringLiteral("config"), QStringLiteral("data"),
+                                          QStringLiteral("run")};
+            const QMap<QString, QByteArray> outsideBefore = Snapshot(m_strHome, toolFolders);
 
-    DeviceProcess simulator;
-    std::string why;
-    QVERIFY2(xqtest::startSimulatorWith(simulator, {"--demo", "2", "--hostile", kind.toStdString()}, why), why.c_str());
-    const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(3, 30000);
-    QString goodSerial, hostileSerial, goodModel;
-    for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
-        if (SerialOf(reader).startsWith(QStringLiteral("QH")))
-            hostileSerial = SerialOf(reader);
-        else if (ModelOf(reader) != kModel)
-            goodSerial = SerialOf(reader), goodModel = ModelOf(reader);
+            DeviceProcess simulator;
+            std::string why;
+            ASSERT_TRUE(xqtest::startSimulatorWith(simulator, {"--demo", "2", "--hostile", kind.toStdString()}, why)) << why.c_str();
+            const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(3, 30000);
+            QString goodSerial, hostileSerial, goodModel;
+            for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
+                if (SerialOf(reader).startsWith(QStringLiteral("QH")))
+                    hostileSerial = SerialOf(reader);
+                else if (ModelOf(reader) != kModel)
+                    goodSerial = SerialOf(reader), goodModel = ModelOf(reader);
+            }
+            ASSERT_TRUE(!goodSerial.isEmpty() && !hostileSerial.isEmpty()) << qPrintable(OutputOf(simulator));
+
+            QElapsedTimer clock;
+            clock.start();
+            const CliResult result = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), goodSerial, hostileSerial},
+                                                 CliSuite::systemEnvironment(), kCollectTimeoutMs);
+            qInfo("%s: both jobs ended after %.1f s", qPrintable(kind), clock.elapsed() / 1000.0);
+            // Bounded and no crash: a normal exit, no sanitizer report.
+            ASSERT_TRUE(result.finished && (result.exitCode == 0 || result.exitCode == 1)) << qPrintable(result.describe());
+            ASSERT_TRUE(!result.err.contains("Sanitizer") && !result.err.contains("runtime error:")) << qPrintable(result.describe());
+
+            QMap<QString, QJsonObject> jobs;
+            for (const QJsonValue& value : result.json().value(QStringLiteral("devices")).toArray())
+                jobs.insert(value.toObject().value(QStringLiteral("serial")).toString(), value.toObject());
+            const QJsonObject good = jobs.value(goodSerial);
+            const QJsonObject hostile = jobs.value(hostileSerial);
+            ASSERT_TRUE(good.value(QStringLiteral("outcome")).toString() == QStringLiteral("collected")) << qPrintable(result.describe());
+            const QString goodFolder = QDir::cleanPath(root + QLatin1Char('/') + goodModel);
+            ASSERT_EQ(good.value(QStringLiteral("folder")).toString(), goodFolder);
+
+            const QString outcome = hostile.value(QStringLiteral("outcome")).toString();
+            QStringList expectedFolders{goodModel, kModel};
+            if (outcome == QStringLiteral("collected") && mayCollect) {
+                // Its own folder, directly in the root, named after nothing else.
+                const QString folder = hostile.value(QStringLiteral("folder")).toString();
+                ASSERT_TRUE(QFileInfo(folder).absolutePath() == QDir::cleanPath(root) && !expectedFolders.contains(QFileInfo(folder).fileName())) << qPrintable(result.describe());
+                expectedFolders << QFileInfo(folder).fileName();
+            } else {
+                ASSERT_TRUE(outcome == QStringLiteral("failed") && !hostile.value(QStringLiteral("message")).toString().isEmpty()
+                             && result.exitCode == 1) << qPrintable(result.describe());
+            }
+
+            // The good reader's images went to its own folder only; the earlier
+            // collection of the hostile device's model is untouched.
+            expectedFolders.sort();
+            ASSERT_EQ(QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expectedFolders);
+            ASSERT_TRUE(!QDir(goodFolder + QStringLiteral("/Jpg")).isEmpty());
+            ASSERT_TRUE(QFileInfo::exists(goodFolder + QLatin1Char('/') + goodModel + QStringLiteral(".xml")));
+            ASSERT_TRUE(Snapshot(root + QLatin1Char('/') + kModel) == Snapshot(m_strReference)) << "earlier collection changed";
+            ASSERT_EQ(QDir(m_suite.applicationDir()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+            ASSERT_TRUE(Snapshot(m_strHome, toolFolders) == outsideBefore) << "files outside the tool's folders changed";
+        }();
     }
-    QVERIFY2(!goodSerial.isEmpty() && !hostileSerial.isEmpty(), qPrintable(OutputOf(simulator)));
-
-    QElapsedTimer clock;
-    clock.start();
-    const CliResult result = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), goodSerial, hostileSerial},
-                                         CliSuite::systemEnvironment(), kCollectTimeoutMs);
-    qInfo("%s: both jobs ended after %.1f s", qPrintable(kind), clock.elapsed() / 1000.0);
-    // Bounded and no crash: a normal exit, no sanitizer report.
-    QVERIFY2(result.finished && (result.exitCode == 0 || result.exitCode == 1), qPrintable(result.describe()));
-    QVERIFY2(!result.err.contains("Sanitizer") && !result.err.contains("runtime error:"), qPrintable(result.describe()));
-
-    QMap<QString, QJsonObject> jobs;
-    for (const QJsonValue& value : result.json().value(QStringLiteral("devices")).toArray())
-        jobs.insert(value.toObject().value(QStringLiteral("serial")).toString(), value.toObject());
-    const QJsonObject good = jobs.value(goodSerial);
-    const QJsonObject hostile = jobs.value(hostileSerial);
-    QVERIFY2(good.value(QStringLiteral("outcome")).toString() == QStringLiteral("collected"), qPrintable(result.describe()));
-    const QString goodFolder = QDir::cleanPath(root + QLatin1Char('/') + goodModel);
-    QCOMPARE(good.value(QStringLiteral("folder")).toString(), goodFolder);
-
-    const QString outcome = hostile.value(QStringLiteral("outcome")).toString();
-    QStringList expectedFolders{goodModel, kModel};
-    if (outcome == QStringLiteral("collected") && mayCollect) {
-        // Its own folder, directly in the root, named after nothing else.
-        const QString folder = hostile.value(QStringLiteral("folder")).toString();
-        QVERIFY2(QFileInfo(folder).absolutePath() == QDir::cleanPath(root) && !expectedFolders.contains(QFileInfo(folder).fileName()),
-                 qPrintable(result.describe()));
-        expectedFolders << QFileInfo(folder).fileName();
-    } else {
-        QVERIFY2(outcome == QStringLiteral("failed") && !hostile.value(QStringLiteral("message")).toString().isEmpty()
-                     && result.exitCode == 1,
-                 qPrintable(result.describe()));
-    }
-
-    // The good reader's images went to its own folder only; the earlier
-    // collection of the hostile device's model is untouched.
-    expectedFolders.sort();
-    QCOMPARE(QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expectedFolders);
-    QVERIFY(!QDir(goodFolder + QStringLiteral("/Jpg")).isEmpty());
-    QVERIFY(QFileInfo::exists(goodFolder + QLatin1Char('/') + goodModel + QStringLiteral(".xml")));
-    QVERIFY2(Snapshot(root + QLatin1Char('/') + kModel) == Snapshot(m_strReference), "earlier collection changed");
-    QCOMPARE(QDir(m_suite.applicationDir()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name),
-             (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
-    QVERIFY2(Snapshot(m_strHome, toolFolders) == outsideBefore, "files outside the tool's folders changed");
 }
 
-QTEST_GUILESS_MAIN(HostileDevicesTest)
-#include "tst_hostile_devices.moc"

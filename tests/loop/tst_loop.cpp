@@ -17,6 +17,7 @@
 // (StatRegisterReads, StatRegisterWrites, StatRefusedAccesses,
 // StatFramesTriggered), which count every request since power-up.
 
+#include "QtPrinters.h"
 #include "AravisDescription.h"
 #include "DeviceListing.h"
 #include "CodeReaders.h"
@@ -40,7 +41,9 @@
 #include <QDir>
 #include <QFile>
 #include <QSettings>
-#include <QtTest>
+#include <QtCore>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -108,22 +111,15 @@ struct GrabbedFrame final {
 
 } // namespace
 
-class TestLoop final : public QObject
-{
-    Q_OBJECT
-
-private slots:
-    void initTestCase();
-    void demoReader_collectedStoredAndReplayed();
-
-private:
+class TestLoop : public ::testing::Test {
+public: // the steps are walked through member pointers
+    void SetUp() override;
     void Collect();
     void WalkCollectedDevice();
     void createVirtualCamera();
     void DiscoverVirtualCamera();
     void CompareFeatureValues();
     void GrabFramesAndCodes();
-
     QSet<QString> m_ignorePatterns;
     std::unique_ptr<DeviceProcess> m_demo;
     XQ_CODEREADER_DEVICE_INFO m_demoRecord{};
@@ -135,29 +131,29 @@ private:
     XQ_CODEREADER_DEVICE_INFO m_virtualRecord{};
 };
 
-void TestLoop::initTestCase()
+void TestLoop::SetUp()
 {
-    QVERIFY(QDir().mkpath(SuiteRoot() + QStringLiteral("/common")));
-    QVERIFY(QDir::setCurrent(SuiteRoot()));
+    ASSERT_TRUE(QDir().mkpath(SuiteRoot() + QStringLiteral("/common")));
+    ASSERT_TRUE(QDir::setCurrent(SuiteRoot()));
     // The tool starts from its folder and reads ./Config/Config.json.
-    QVERIFY(QDir().mkpath(QStringLiteral("Config")));
+    ASSERT_TRUE(QDir().mkpath(QStringLiteral("Config")));
     const QByteArray ignoreList = ReadAll(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/config/Config.json"));
     QFile config(QStringLiteral("Config/Config.json"));
-    QVERIFY(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(config.write(ignoreList), ignoreList.size());
+    ASSERT_TRUE(config.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ASSERT_EQ(config.write(ignoreList), ignoreList.size());
     const collect::IgnoreListContent content = collect::parseIgnoreList(ignoreList);
-    QCOMPARE(content.outcome, collect::IgnoreListContent::Outcome::Read);
+    ASSERT_EQ(content.outcome, collect::IgnoreListContent::Outcome::Read);
     for (const QString& pattern : content.patterns)
         m_ignorePatterns.insert(pattern);
 }
 
-void TestLoop::demoReader_collectedStoredAndReplayed()
+TEST_F(TestLoop, demoReader_collectedStoredAndReplayed)
 {
     for (auto step : {&TestLoop::Collect, &TestLoop::WalkCollectedDevice, &TestLoop::createVirtualCamera,
                       &TestLoop::DiscoverVirtualCamera, &TestLoop::CompareFeatureValues,
                       &TestLoop::GrabFramesAndCodes}) {
         (this->*step)();
-        if (QTest::currentTestFailed())
+        if (HasFailure())
             return;
     }
 }
@@ -167,27 +163,27 @@ void TestLoop::Collect()
     m_demo = std::make_unique<DeviceProcess>();
     QString error;
     const auto readers = startReaders(*m_demo, 1, &error);
-    QVERIFY2(readers.size() == 1, qPrintable(error));
+    ASSERT_TRUE(readers.size() == 1) << qPrintable(error);
     m_demoRecord = readers.first();
     m_model = ModelOf(m_demoRecord);
     m_demoSerial = SerialOf(m_demoRecord);
 
     JobRecorder job(m_demoRecord);
     job.start();
-    QVERIFY2(job.wait(kJobTimeoutMs), "the collection did not end");
-    QCOMPARE(job.statuses(), QStringList{});
-    QCOMPARE(job.finishes(), QStringList{QStringLiteral("Collect Finished")});
+    ASSERT_TRUE(job.wait(kJobTimeoutMs)) << "the collection did not end";
+    ASSERT_EQ(job.statuses(), QStringList{});
+    ASSERT_EQ(job.finishes(), QStringList{QStringLiteral("Collect Finished")});
 }
 
 void TestLoop::WalkCollectedDevice()
 {
     // The dumps of this session stay out of the folder where jobs stage theirs.
     const QString scratch = SuiteRoot() + QStringLiteral("/../sdk-dumps");
-    QVERIFY(QDir().mkpath(scratch));
+    ASSERT_TRUE(QDir().mkpath(scratch));
     qputenv("QUORVEX_SDK_DUMP_DIR", scratch.toUtf8());
     QString error;
     const XQ_HANDLE camera = OpenCameraBySerial(m_demoSerial, &error);
-    QVERIFY2(camera != nullptr, qPrintable(error));
+    ASSERT_TRUE(camera != nullptr) << qPrintable(error);
     // The collection's set-up before its first walk, call for call.
     XQ_GIGE_SetGvcpTimeout(camera, kGvcpTimeoutMs);
     const bool setUp = XQ_CC_SetCommandValue(camera, "DeviceReset") == XQ_OK
@@ -197,9 +193,9 @@ void TestLoop::WalkCollectedDevice()
     XQ_CC_SetBoolValue(camera, "AcquisitionFrameRateEnable", true);
     const bool walked = WalkFeatureTree(camera, m_ignorePatterns, &m_firstWalk, &error);
     XQ_CC_DestroyHandle(camera);
-    QVERIFY(setUp);
-    QVERIFY2(walked, qPrintable(error));
-    QVERIFY2(m_firstWalk.values.size() > 100, "a demo reader has well over a hundred readable features");
+    ASSERT_TRUE(setUp);
+    ASSERT_TRUE(walked) << qPrintable(error);
+    ASSERT_TRUE(m_firstWalk.values.size() > 100) << "a demo reader has well over a hundred readable features";
     // Done with the real device: the store's camera takes its place.
     m_demo.reset();
 }
@@ -207,8 +203,8 @@ void TestLoop::WalkCollectedDevice()
 void TestLoop::createVirtualCamera()
 {
     m_plan = VirtualStore::planVirtualCamera(m_model, CollectionRoot(), QDateTime::currentMSecsSinceEpoch());
-    QVERIFY(m_plan.has_value());
-    QVERIFY(m_plan->group.startsWith(QStringLiteral("Vir")));
+    ASSERT_TRUE(m_plan.has_value());
+    ASSERT_TRUE(m_plan->group.startsWith(QStringLiteral("Vir")));
     const std::unique_ptr<QSettings> settings(
         VirtualStore::openVirtualCameraSettings(VirtualStore::configFilePath(), nullptr));
     const VirtualStore::CreationOutcome outcome =
@@ -219,9 +215,9 @@ void TestLoop::createVirtualCamera()
             settings->sync();
             return settings->status() == QSettings::NoError;
         });
-    QCOMPARE(outcome, VirtualStore::CreationOutcome::Created);
-    QVERIFY(VirtualStore::storePath().startsWith(qEnvironmentVariable("QUORVEX_SYSTEM_TEMP")));
-    QVERIFY(QFileInfo::exists(VirtualStore::registerFilePath(m_plan->group, m_model)));
+    ASSERT_EQ(outcome, VirtualStore::CreationOutcome::Created);
+    ASSERT_TRUE(VirtualStore::storePath().startsWith(qEnvironmentVariable("QUORVEX_SYSTEM_TEMP")));
+    ASSERT_TRUE(QFileInfo::exists(VirtualStore::registerFilePath(m_plan->group, m_model)));
 }
 
 void TestLoop::DiscoverVirtualCamera()
@@ -229,41 +225,39 @@ void TestLoop::DiscoverVirtualCamera()
     QString error;
     // "--store" alone: the simulator finds the store as the tool does.
     std::string why;
-    QVERIFY2(xqtest::startSimulatorWith(m_storeSimulator, {"--store"}, why), why.c_str());
+    ASSERT_TRUE(xqtest::startSimulatorWith(m_storeSimulator, {"--store"}, why)) << why.c_str();
     const auto readers = WaitForCodeReaders(1, kDiscoveryTimeoutMs);
-    QVERIFY2(readers.size() == 1,
-             qPrintable(QStringLiteral("the virtual camera was not found; simulator said: ") + OutputOf(m_storeSimulator)));
+    ASSERT_TRUE(readers.size() == 1) << qPrintable(QStringLiteral("the virtual camera was not found; simulator said: ") + OutputOf(m_storeSimulator));
     m_virtualRecord = readers.first();
-    QCOMPARE(SerialOf(m_virtualRecord), m_plan->group);
-    QCOMPARE(ModelOf(m_virtualRecord), m_model);
-    QVERIFY2(!collect::isListedCodeReader(m_virtualRecord), "the window's table leaves virtual cameras out");
-    QCOMPARE(AddressOf(m_virtualRecord), QStringLiteral("127.0.0.2"));
+    ASSERT_EQ(SerialOf(m_virtualRecord), m_plan->group);
+    ASSERT_EQ(ModelOf(m_virtualRecord), m_model);
+    ASSERT_TRUE(!collect::isListedCodeReader(m_virtualRecord)) << "the window's table leaves virtual cameras out";
+    ASSERT_EQ(AddressOf(m_virtualRecord), QStringLiteral("127.0.0.2"));
 
     const std::vector<std::string> aravisSerials = SerialNumbersFromAravis();
-    QVERIFY2(std::find(aravisSerials.begin(), aravisSerials.end(), m_plan->group.toStdString()) != aravisSerials.end(),
-             "Aravis discovers the virtual camera under its serial number");
+    ASSERT_TRUE(std::find(aravisSerials.begin(), aravisSerials.end(), m_plan->group.toStdString()) != aravisSerials.end()) << "Aravis discovers the virtual camera under its serial number";
 }
 
 void TestLoop::CompareFeatureValues()
 {
     QString error;
     const XQ_HANDLE camera = OpenCameraBySerial(m_plan->group, &error);
-    QVERIFY2(camera != nullptr, qPrintable(error));
+    ASSERT_TRUE(camera != nullptr) << qPrintable(error);
     XQ_GIGE_SetGvcpTimeout(camera, kGvcpTimeoutMs);
     FeatureWalk replayed;
     const bool walked = WalkFeatureTree(camera, m_ignorePatterns, &replayed, &error);
     XQ_CC_DestroyHandle(camera);
-    QVERIFY2(walked, qPrintable(error));
+    ASSERT_TRUE(walked) << qPrintable(error);
 
     const QSet<QString> skipped = kIdentityFeatures + kRunningValues;
     const QStringList differences = CompareWalks(m_firstWalk, replayed, skipped);
-    QVERIFY2(differences.isEmpty(), qPrintable(QStringLiteral("%1 of %2 features differ:\n")
+    ASSERT_TRUE(differences.isEmpty()) << qPrintable(QStringLiteral("%1 of %2 features differ:\n")
                                                    .arg(differences.size())
                                                    .arg(m_firstWalk.values.size())
-                                               + differences.join('\n')));
-    QCOMPARE(replayed.failedReads, m_firstWalk.failedReads);
+                                               + differences.join('\n'));
+    ASSERT_EQ(replayed.failedReads, m_firstWalk.failedReads);
     // The clock reads back as the collection saw it: frozen, never running.
-    QVERIFY(replayed.values.contains(kDeviceClock));
+    ASSERT_TRUE(replayed.values.contains(kDeviceClock));
 }
 
 void TestLoop::GrabFramesAndCodes()
@@ -271,12 +265,12 @@ void TestLoop::GrabFramesAndCodes()
     const QString cameraFolder = VirtualStore::cameraFolder(m_plan->group);
     // That the collection wrote a row per image is the job test's to check.
     const int imageCount = QDir(cameraFolder + QStringLiteral("/Jpg")).entryList({QStringLiteral("*.jpg")}, QDir::Files).size();
-    QVERIFY(imageCount > 0);
+    ASSERT_TRUE(imageCount > 0);
     const QMap<int, CsvRow> rows = ReadCsvRows(cameraFolder + QStringLiteral("/ImportInformation.csv"));
 
     XQ_HANDLE reader = nullptr;
-    QCOMPARE(XQ_CODEREADER_CreateHandle(&reader, &m_virtualRecord), XQ_OK);
-    QCOMPARE(XQ_CODEREADER_OpenDevice(reader), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_CreateHandle(&reader, &m_virtualRecord), XQ_OK);
+    ASSERT_EQ(XQ_CODEREADER_OpenDevice(reader), XQ_OK);
     XQ_CODEREADER_GIGE_SetGvcpTimeout(reader, kGvcpTimeoutMs);
     const bool triggerSet = XQ_CODEREADER_SetEnumValue(reader, "TriggerMode", 1) == XQ_OK
                             && XQ_CODEREADER_SetEnumValue(reader, "TriggerSource", 7) == XQ_OK;
@@ -311,29 +305,27 @@ void TestLoop::GrabFramesAndCodes()
         XQ_CODEREADER_StopGrabbing(reader);
     XQ_CODEREADER_DestroyHandle(reader);
 
-    QVERIFY2(triggerSet && started, "software trigger and grabbing on the virtual camera");
-    QVERIFY2(frames.size() >= imageCount + 1,
-             qPrintable(QStringLiteral("%1 frames for %2 triggers").arg(frames.size()).arg(imageCount + 2)));
+    ASSERT_TRUE(triggerSet && started) << "software trigger and grabbing on the virtual camera";
+    ASSERT_TRUE(frames.size() >= imageCount + 1) << qPrintable(QStringLiteral("%1 frames for %2 triggers").arg(frames.size()).arg(imageCount + 2));
     bool looped = false;
     for (const GrabbedFrame& frame : frames) {
-        QVERIFY(frame.frameNumber > 0);
+        ASSERT_TRUE(frame.frameNumber > 0);
         const int image = static_cast<int>((frame.frameNumber - 1) % static_cast<unsigned int>(imageCount)) + 1;
         looped = looped || frame.frameNumber > static_cast<unsigned int>(imageCount);
         const QString context = QStringLiteral("frame %1 (image %2)").arg(frame.frameNumber).arg(image);
 
         GreyImage grabbed;
         GreyImage collected;
-        QVERIFY2(DecodeGreyJpeg(frame.jpeg, &grabbed), qPrintable(context));
-        QVERIFY(DecodeGreyJpeg(ReadAll(cameraFolder + QStringLiteral("/Jpg/%1.jpg").arg(image)), &collected));
-        QCOMPARE(grabbed.width, collected.width);
-        QCOMPARE(grabbed.height, collected.height);
+        ASSERT_TRUE(DecodeGreyJpeg(frame.jpeg, &grabbed)) << qPrintable(context);
+        ASSERT_TRUE(DecodeGreyJpeg(ReadAll(cameraFolder + QStringLiteral("/Jpg/%1.jpg").arg(image)), &collected));
+        ASSERT_EQ(grabbed.width, collected.width);
+        ASSERT_EQ(grabbed.height, collected.height);
         const double difference = MeanDifference(grabbed, collected);
-        QVERIFY2(difference <= kMaxMeanPixelDifference,
-                 qPrintable(context + QStringLiteral(": mean difference %1").arg(difference)));
+        ASSERT_TRUE(difference <= kMaxMeanPixelDifference) << qPrintable(context + QStringLiteral(": mean difference %1").arg(difference));
 
         // The same codes as the collection wrote for that image.
         const CsvRow& row = rows[image];
-        QCOMPARE(std::min(frame.codes.size(), 6), row.codes.size());
+        ASSERT_EQ(std::min(frame.codes.size(), 6), row.codes.size());
         // A code can be found twice (a linear code cut by another), so each
         // written code takes the nearest unused one of the same text.
         QVector<bool> used(frame.codes.size(), false);
@@ -351,14 +343,13 @@ void TestLoop::GrabFramesAndCodes()
                     bestDistance = distance;
                 }
             }
-            QVERIFY2(best >= 0, qPrintable(context + QStringLiteral(": no ") + written.text));
+            ASSERT_TRUE(best >= 0) << qPrintable(context + QStringLiteral(": no ") + written.text);
             used[best] = true;
-            QCOMPARE(frame.codes[best].typeName, written.typeName);
-            QVERIFY2(bestDistance <= kCornerTolerance,
-                     qPrintable(context + QStringLiteral(", %1: corners %2 pixels away").arg(written.text).arg(bestDistance)));
+            ASSERT_EQ(frame.codes[best].typeName, written.typeName);
+            ASSERT_TRUE(bestDistance <= kCornerTolerance) << qPrintable(context + QStringLiteral(", %1: corners %2 pixels away").arg(written.text).arg(bestDistance));
         }
     }
-    QVERIFY2(looped, "after the last image the frames start again with the first");
+    ASSERT_TRUE(looped) << "after the last image the frames start again with the first";
 }
 
 int main(int argc, char** argv)
@@ -368,9 +359,8 @@ int main(int argc, char** argv)
     const QString systemTemp = SuiteRoot() + QStringLiteral("/../SystemTemp");
     QDir().mkpath(systemTemp);
     qputenv("QUORVEX_SYSTEM_TEMP", QDir(systemTemp).absolutePath().toUtf8());
+    ::testing::InitGoogleTest(&argc, argv);
     QCoreApplication app(argc, argv);
-    TestLoop test;
-    return QTest::qExec(&test, argc, argv);
+    return RUN_ALL_TESTS();
 }
 
-#include "tst_loop.moc"

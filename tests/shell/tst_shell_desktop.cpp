@@ -3,12 +3,15 @@
 // ended copy leaves behind is tst_shell_single_instance's to show).
 // Screenshots of the window in both languages land in <build>/screenshots.
 
+#include "QtPrinters.h"
 #include "XTestDisplay.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -19,13 +22,10 @@ const QString kChineseTitle = QStringLiteral("奎沃思");
 
 } // namespace
 
-class DesktopTest : public QObject
-{
-    Q_OBJECT
-
-private:
+class DesktopTest : public ::testing::Test {
+protected:
+    void SetUp() override;
     XTestDisplay m_x;
-
     QProcessEnvironment toolEnvironment() const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -33,7 +33,6 @@ private:
         environment.insert("QT_QPA_PLATFORM", "xcb");
         return environment;
     }
-
     std::unique_ptr<QProcess> startTool(const QStringList& arguments = {})
     {
         auto tool = std::make_unique<QProcess>();
@@ -44,7 +43,6 @@ private:
         tool->waitForStarted(10000);
         return tool;
     }
-
     // A later start, run to its end: its exit code, -1 if it crashed or hung.
     int runLaterStart(const QStringList& arguments = {})
     {
@@ -56,14 +54,12 @@ private:
         }
         return tool->exitStatus() == QProcess::NormalExit ? tool->exitCode() : -1;
     }
-
     XWindowId waitForWindow(const QString& titlePart, int timeoutMs = 30000)
     {
         XWindowId window = 0;
         (void)QTest::qWaitFor([&] { return (window = m_x.findWindow(titlePart)) != 0; }, timeoutMs);
         return window;
     }
-
     static void endTool(QProcess& tool)
     {
         if (tool.state() == QProcess::NotRunning)
@@ -71,7 +67,6 @@ private:
         tool.kill();
         tool.waitForFinished(10000);
     }
-
     void screenshot(const QString& name)
     {
         const QString folder = QStringLiteral(QUORVEX_BINARY_DIR "/screenshots");
@@ -81,56 +76,52 @@ private:
         environment.insert("DISPLAY", m_x.name());
         shooter.setProcessEnvironment(environment);
         shooter.start(QStringLiteral(QUORVEX_SCREENSHOT), {folder + '/' + name});
-        QVERIFY(shooter.waitForFinished(30000));
-        QVERIFY2(shooter.exitCode() == 0, shooter.readAllStandardError().constData());
+        ASSERT_TRUE(shooter.waitForFinished(30000));
+        ASSERT_TRUE(shooter.exitCode() == 0) << shooter.readAllStandardError().constData();
         qInfo("screenshot: %s/%s", qPrintable(folder), qPrintable(name));
     }
-
-private slots:
-    void initTestCase()
-    {
-        QVERIFY2(QFile::exists(kProgram), qPrintable(kProgram + " is not built"));
-        QVERIFY2(m_x.open(), qPrintable(m_x.errorText()));
-    }
-
-    void laterStart_exitsZero_andTheFirstWindowTakesTheFocus()
-    {
-        const std::unique_ptr<QProcess> first = startTool({"ENG"});
-        const XWindowId window = waitForWindow("Quorvex");
-        QVERIFY2(window, "the first copy shows no window");
-
-        const XWindowId decoy = m_x.showDecoyWithFocus();
-        QTRY_COMPARE(m_x.focusedTopLevel(), decoy);
-
-        QCOMPARE(runLaterStart(), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(m_x.focusedTopLevel(), window, 10000);
-        QCOMPARE(m_x.countWindows("Quorvex"), 1);
-        QCOMPARE(first->state(), QProcess::Running);
-
-        m_x.destroyWindow(decoy);
-        endTool(*first);
-    }
-
-    void laterStartWithENG_switchesAChineseCopy()
-    {
-        const std::unique_ptr<QProcess> first = startTool({"CH"});
-        const XWindowId window = waitForWindow(kChineseTitle);
-        QVERIFY2(window, "the first copy shows no Chinese window");
-        QTest::qWait(1500); // let it paint before the picture
-        screenshot("shell-window-zh.png");
-
-        QCOMPARE(runLaterStart({"ENG"}), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(m_x.title(window), QString("Quorvex"), 10000);
-        QTest::qWait(1500);
-        screenshot("shell-window-en.png");
-
-        QCOMPARE(runLaterStart({"CH"}), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(m_x.title(window), kChineseTitle, 10000);
-        QCOMPARE(m_x.countWindows(""), 1);
-        endTool(*first);
-    }
-
 };
 
-QTEST_GUILESS_MAIN(DesktopTest)
-#include "tst_shell_desktop.moc"
+void DesktopTest::SetUp()
+{
+    ASSERT_TRUE(QFile::exists(kProgram)) << qPrintable(kProgram + " is not built");
+    ASSERT_TRUE(m_x.open()) << qPrintable(m_x.errorText());
+}
+
+TEST_F(DesktopTest, laterStart_exitsZero_andTheFirstWindowTakesTheFocus)
+{
+    const std::unique_ptr<QProcess> first = startTool({"ENG"});
+    const XWindowId window = waitForWindow("Quorvex");
+    ASSERT_TRUE(window) << "the first copy shows no window";
+
+    const XWindowId decoy = m_x.showDecoyWithFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.focusedTopLevel()) == (decoy); })) << "waited for m_x.focusedTopLevel() == decoy";
+
+    ASSERT_EQ(runLaterStart(), 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.focusedTopLevel()) == (window); }, 10000)) << "waited for m_x.focusedTopLevel() == window";
+    ASSERT_EQ(m_x.countWindows("Quorvex"), 1);
+    ASSERT_EQ(first->state(), QProcess::Running);
+
+    m_x.destroyWindow(decoy);
+    endTool(*first);
+}
+
+TEST_F(DesktopTest, laterStartWithENG_switchesAChineseCopy)
+{
+    const std::unique_ptr<QProcess> first = startTool({"CH"});
+    const XWindowId window = waitForWindow(kChineseTitle);
+    ASSERT_TRUE(window) << "the first copy shows no Chinese window";
+    QTest::qWait(1500); // let it paint before the picture
+    screenshot("shell-window-zh.png");
+
+    ASSERT_EQ(runLaterStart({"ENG"}), 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.title(window)) == (QString("Quorvex")); }, 10000)) << "waited for m_x.title(window) == QString(\"Quorvex\")";
+    QTest::qWait(1500);
+    screenshot("shell-window-en.png");
+
+    ASSERT_EQ(runLaterStart({"CH"}), 0);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.title(window)) == (kChineseTitle); }, 10000)) << "waited for m_x.title(window) == kChineseTitle";
+    ASSERT_EQ(m_x.countWindows(""), 1);
+    endTool(*first);
+}
+

@@ -1,7 +1,7 @@
 // The single-instance decision between real processes: this test process
 // plays the first copy (or a later one), a helper process the other.
 
-#include "MessageLog.h"
+#include "TestLog.h"
 #include "QtPrinters.h"
 #include "Custom.h"
 #include "SingleInstance.h"
@@ -113,16 +113,16 @@ TEST_F(SingleInstanceTest, secondCopyWithLanguage_switchesTheFirstCopy)
     ASSERT_TRUE(!isAlreadyRunning());
     Custom::setLanguage(Custom::Chinese);
     {
-        const MessageLog log;
+        const TestLog log;
         ASSERT_EQ(runSecondCopy({"ENG"}), 0);
         ASSERT_EQ(Custom::language(), int(Custom::English));
-        EXPECT_EQ(log.count("Quorvex ENG"), 1);
+        EXPECT_EQ(log.messages().count("Quorvex ENG"), 1);
     }
     {
-        const MessageLog log;
+        const TestLog log;
         ASSERT_EQ(runSecondCopy({"CH"}), 0);
         ASSERT_EQ(Custom::language(), int(Custom::Chinese));
-        EXPECT_EQ(log.count("Quorvex CN"), 1);
+        EXPECT_EQ(log.messages().count("Quorvex CN"), 1);
     }
 
     // Any other spelling only brings the window forward.

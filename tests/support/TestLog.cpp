@@ -29,7 +29,7 @@ void TestLog::handler(QtMsgType type, const QMessageLogContext& context, const Q
         QMutexLocker lock(&log->m_mutex);
         log->m_lines.append({QString::fromUtf8(context.file), QString::fromUtf8(context.function), context.line, message});
     }
-    // Keep QtTest's own output (warnings, failures) visible.
+    // Keep warnings and failures visible in the test's output.
     if (type != QtInfoMsg && log->m_previous != nullptr)
         log->m_previous(type, context, message);
 }
