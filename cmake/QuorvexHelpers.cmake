@@ -54,7 +54,7 @@ function(quorvex_suite_program target subdir)
 endfunction()
 
 # One test executable per unit:
-#   quorvex_add_test(NAME name SOURCES ... [LIBS ...] [QT] [GTEST] [NETNS] [XVFB]
+#   quorvex_add_test(NAME name SOURCES ... [LIBS ...] [QT] [GTEST [OWN_MAIN]] [NETNS] [XVFB]
 #                    [TIMEOUT seconds] [ENV VAR=value ...] [LABELS ...])
 # QT     links QtTest (signal spies, simulated input) and runs on the
 #        offscreen platform.
