@@ -1,6 +1,7 @@
 // The pieces of quorvex-cli that need no device: the command line, the
 // choice of devices to collect, and how progress and hostile names are shown.
 
+#include "TableTests.h"
 #include "QtPrinters.h"
 #include "CollectCommand.h"
 #include "CommandLine.h"
@@ -67,24 +68,21 @@ static std::vector<CommandLineAcceptsRow> commandLineAcceptsRows()
 
 TEST(CliUnitsTest, commandLine_accepts)
 {
-    for (const CommandLineAcceptsRow& row : commandLineAcceptsRows()) {
-        SCOPED_TRACE(row.rowName);
-        [&] {
-            const QStringList arguments = row.arguments;
-            const int command = row.command;
-            const bool json = row.json;
-            const bool all = row.all;
-            const bool help = row.help;
-            const QStringList operands = row.operands;
-            const Request request = parseCommandLine(arguments);
-            ASSERT_TRUE(request.error.isEmpty()) << qPrintable(request.error);
-            ASSERT_EQ(int(request.command), command);
-            ASSERT_EQ(request.json, json);
-            ASSERT_EQ(request.all, all);
-            ASSERT_EQ(request.help, help);
-            ASSERT_EQ(request.operands, operands);
-        }();
-    }
+    forEachRow(commandLineAcceptsRows(), [&](const CommandLineAcceptsRow& row) {
+        const QStringList arguments = row.arguments;
+        const int command = row.command;
+        const bool json = row.json;
+        const bool all = row.all;
+        const bool help = row.help;
+        const QStringList operands = row.operands;
+        const Request request = parseCommandLine(arguments);
+        ASSERT_TRUE(request.error.isEmpty()) << qPrintable(request.error);
+        ASSERT_EQ(int(request.command), command);
+        ASSERT_EQ(request.json, json);
+        ASSERT_EQ(request.all, all);
+        ASSERT_EQ(request.help, help);
+        ASSERT_EQ(request.operands, operands);
+    });
 }
 
 struct CommandLineRefusesRow {
@@ -110,15 +108,12 @@ static std::vector<CommandLineRefusesRow> commandLineRefusesRows()
 
 TEST(CliUnitsTest, commandLine_refuses)
 {
-    for (const CommandLineRefusesRow& row : commandLineRefusesRows()) {
-        SCOPED_TRACE(row.rowName);
-        [&] {
-            const QStringList arguments = row.arguments;
-            const QString named = row.named;
-            const Request request = parseCommandLine(arguments);
-            ASSERT_TRUE(request.error.contains(named)) << qPrintable(request.error);
-        }();
-    }
+    forEachRow(commandLineRefusesRows(), [&](const CommandLineRefusesRow& row) {
+        const QStringList arguments = row.arguments;
+        const QString named = row.named;
+        const Request request = parseCommandLine(arguments);
+        ASSERT_TRUE(request.error.contains(named)) << qPrintable(request.error);
+    });
 }
 
 TEST(CliUnitsTest, selection_takesListedCodeReadersOnceInOrder)

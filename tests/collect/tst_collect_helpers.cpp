@@ -4,6 +4,7 @@
 // and jobs stopped by their model name before any device is touched. One
 // table per function.
 
+#include "TableTests.h"
 #include "QtPrinters.h"
 #include "CaptureCsv.h"
 #include "CollectProgress.h"
@@ -397,23 +398,20 @@ static std::vector<JobHostileModelNameIsRefusedAndWritesNothingRow> jobHostileMo
 
 TEST(TestCollectHelpers, job_hostileModelName_isRefusedAndWritesNothing)
 {
-    for (const JobHostileModelNameIsRefusedAndWritesNothingRow& row : jobHostileModelNameIsRefusedAndWritesNothingRows()) {
-        SCOPED_TRACE(row.rowName);
-        [&] {
-            const QByteArray model = row.model;
-            const QStringList before = FilesBelow(SuiteRoot());
-            QTemporaryDir work;
-            const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"), work.path());
+    forEachRow(jobHostileModelNameIsRefusedAndWritesNothingRows(), [&](const JobHostileModelNameIsRefusedAndWritesNothingRow& row) {
+        const QByteArray model = row.model;
+        const QStringList before = FilesBelow(SuiteRoot());
+        QTemporaryDir work;
+        const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"), work.path());
 
-            ASSERT_EQ(result.statuses, kRefused);
-            ASSERT_EQ(result.finishes, 0);
-            ASSERT_EQ(result.progresses, 0);
-            ASSERT_EQ(FilesBelow(SuiteRoot()), before);
-            ASSERT_EQ(FilesBelow(work.path()), QStringList{});
-            ASSERT_TRUE(!QFileInfo::exists(CollectionRoot()));
-            ASSERT_TRUE(!QFileInfo::exists(QStringLiteral("/tmp/evil")));
-        }();
-    }
+        ASSERT_EQ(result.statuses, kRefused);
+        ASSERT_EQ(result.finishes, 0);
+        ASSERT_EQ(result.progresses, 0);
+        ASSERT_EQ(FilesBelow(SuiteRoot()), before);
+        ASSERT_EQ(FilesBelow(work.path()), QStringList{});
+        ASSERT_TRUE(!QFileInfo::exists(CollectionRoot()));
+        ASSERT_TRUE(!QFileInfo::exists(QStringLiteral("/tmp/evil")));
+    });
 }
 
 int main(int argc, char** argv)

@@ -6,6 +6,7 @@
 // tool's folders changes, and the earlier collection of the hostile
 // device's model is still there byte for byte.
 
+#include "TableTests.h"
 #include "QtPrinters.h"
 #include "CliProcess.h"
 #include "CodeReaders.h"
@@ -138,76 +139,73 @@ static std::vector<CollectHostileBesideGoodRow> collectHostileBesideGoodRows()
 
 TEST_F(HostileDevicesTest, collect_hostileBesideGood)
 {
-    for (const CollectHostileBesideGoodRow& row : collectHostileBesideGoodRows()) {
-        SCOPED_TRACE(row.rowName);
-        [&] {
-            const QString kind = row.kind;
-            const bool mayCollect = row.mayCollect;
-            QString error;
-            ASSERT_TRUE(m_suite.prepare(&error)) << qPrintable(error);
-            const QString root = m_suite.collectionRoot();
-            QDir(root).removeRecursively();
-            ASSERT_TRUE(CopyTree(m_strReference, root + QLatin1Char('/') + kModel));
-            // The tool may write below its suite folder and its XDG folders; the
-            // reference copy and anything else in the home must stay as they are.
-            const QStringList toolFolders{QStringLiteral("suite/apps/Quorvex"), QStringLiteral("suite/common/VirtualCamera"),
-                                          QStringLiteral("cache"), QStringLiteral("config"), QStringLiteral("data"),
-                                          QStringLiteral("run")};
-            const QMap<QString, QByteArray> outsideBefore = Snapshot(m_strHome, toolFolders);
+    forEachRow(collectHostileBesideGoodRows(), [&](const CollectHostileBesideGoodRow& row) {
+        const QString kind = row.kind;
+        const bool mayCollect = row.mayCollect;
+        QString error;
+        ASSERT_TRUE(m_suite.prepare(&error)) << qPrintable(error);
+        const QString root = m_suite.collectionRoot();
+        QDir(root).removeRecursively();
+        ASSERT_TRUE(CopyTree(m_strReference, root + QLatin1Char('/') + kModel));
+        // The tool may write below its suite folder and its XDG folders; the
+        // reference copy and anything else in the home must stay as they are.
+        const QStringList toolFolders{QStringLiteral("suite/apps/Quorvex"), QStringLiteral("suite/common/VirtualCamera"),
+                                      QStringLiteral("cache"), QStringLiteral("config"), QStringLiteral("data"),
+                                      QStringLiteral("run")};
+        const QMap<QString, QByteArray> outsideBefore = Snapshot(m_strHome, toolFolders);
 
-            DeviceProcess simulator;
-            std::string why;
-            ASSERT_TRUE(xqtest::startSimulatorWith(simulator, {"--demo", "2", "--hostile", kind.toStdString()}, why)) << why.c_str();
-            const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(3, 30000);
-            QString goodSerial, hostileSerial, goodModel;
-            for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
-                if (SerialOf(reader).startsWith(QStringLiteral("QH")))
-                    hostileSerial = SerialOf(reader);
-                else if (ModelOf(reader) != kModel)
-                    goodSerial = SerialOf(reader), goodModel = ModelOf(reader);
-            }
-            ASSERT_TRUE(!goodSerial.isEmpty() && !hostileSerial.isEmpty()) << qPrintable(OutputOf(simulator));
+        DeviceProcess simulator;
+        std::string why;
+        ASSERT_TRUE(xqtest::startSimulatorWith(simulator, {"--demo", "2", "--hostile", kind.toStdString()}, why)) << why.c_str();
+        const QVector<XQ_CODEREADER_DEVICE_INFO> readers = WaitForCodeReaders(3, 30000);
+        QString goodSerial, hostileSerial, goodModel;
+        for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
+            if (SerialOf(reader).startsWith(QStringLiteral("QH")))
+                hostileSerial = SerialOf(reader);
+            else if (ModelOf(reader) != kModel)
+                goodSerial = SerialOf(reader), goodModel = ModelOf(reader);
+        }
+        ASSERT_TRUE(!goodSerial.isEmpty() && !hostileSerial.isEmpty()) << qPrintable(OutputOf(simulator));
 
-            QElapsedTimer clock;
-            clock.start();
-            const CliResult result = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), goodSerial, hostileSerial},
-                                                 CliSuite::systemEnvironment(), kCollectTimeoutMs);
-            qInfo("%s: both jobs ended after %.1f s", qPrintable(kind), clock.elapsed() / 1000.0);
-            // Bounded and no crash: a normal exit, no sanitizer report.
-            ASSERT_TRUE(result.finished && (result.exitCode == 0 || result.exitCode == 1)) << qPrintable(result.describe());
-            ASSERT_TRUE(!result.err.contains("Sanitizer") && !result.err.contains("runtime error:")) << qPrintable(result.describe());
+        QElapsedTimer clock;
+        clock.start();
+        const CliResult result = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), goodSerial, hostileSerial},
+                                             CliSuite::systemEnvironment(), kCollectTimeoutMs);
+        qInfo("%s: both jobs ended after %.1f s", qPrintable(kind), clock.elapsed() / 1000.0);
+        // Bounded and no crash: a normal exit, no sanitizer report.
+        ASSERT_TRUE(result.finished && (result.exitCode == 0 || result.exitCode == 1)) << qPrintable(result.describe());
+        ASSERT_TRUE(!result.err.contains("Sanitizer") && !result.err.contains("runtime error:")) << qPrintable(result.describe());
 
-            QMap<QString, QJsonObject> jobs;
-            for (const QJsonValue& value : result.json().value(QStringLiteral("devices")).toArray())
-                jobs.insert(value.toObject().value(QStringLiteral("serial")).toString(), value.toObject());
-            const QJsonObject good = jobs.value(goodSerial);
-            const QJsonObject hostile = jobs.value(hostileSerial);
-            ASSERT_TRUE(good.value(QStringLiteral("outcome")).toString() == QStringLiteral("collected")) << qPrintable(result.describe());
-            const QString goodFolder = QDir::cleanPath(root + QLatin1Char('/') + goodModel);
-            ASSERT_EQ(good.value(QStringLiteral("folder")).toString(), goodFolder);
+        QMap<QString, QJsonObject> jobs;
+        for (const QJsonValue& value : result.json().value(QStringLiteral("devices")).toArray())
+            jobs.insert(value.toObject().value(QStringLiteral("serial")).toString(), value.toObject());
+        const QJsonObject good = jobs.value(goodSerial);
+        const QJsonObject hostile = jobs.value(hostileSerial);
+        ASSERT_TRUE(good.value(QStringLiteral("outcome")).toString() == QStringLiteral("collected")) << qPrintable(result.describe());
+        const QString goodFolder = QDir::cleanPath(root + QLatin1Char('/') + goodModel);
+        ASSERT_EQ(good.value(QStringLiteral("folder")).toString(), goodFolder);
 
-            const QString outcome = hostile.value(QStringLiteral("outcome")).toString();
-            QStringList expectedFolders{goodModel, kModel};
-            if (outcome == QStringLiteral("collected") && mayCollect) {
-                // Its own folder, directly in the root, named after nothing else.
-                const QString folder = hostile.value(QStringLiteral("folder")).toString();
-                ASSERT_TRUE(QFileInfo(folder).absolutePath() == QDir::cleanPath(root) && !expectedFolders.contains(QFileInfo(folder).fileName())) << qPrintable(result.describe());
-                expectedFolders << QFileInfo(folder).fileName();
-            } else {
-                ASSERT_TRUE(outcome == QStringLiteral("failed") && !hostile.value(QStringLiteral("message")).toString().isEmpty()
-                             && result.exitCode == 1) << qPrintable(result.describe());
-            }
+        const QString outcome = hostile.value(QStringLiteral("outcome")).toString();
+        QStringList expectedFolders{goodModel, kModel};
+        if (outcome == QStringLiteral("collected") && mayCollect) {
+            // Its own folder, directly in the root, named after nothing else.
+            const QString folder = hostile.value(QStringLiteral("folder")).toString();
+            ASSERT_TRUE(QFileInfo(folder).absolutePath() == QDir::cleanPath(root) && !expectedFolders.contains(QFileInfo(folder).fileName())) << qPrintable(result.describe());
+            expectedFolders << QFileInfo(folder).fileName();
+        } else {
+            ASSERT_TRUE(outcome == QStringLiteral("failed") && !hostile.value(QStringLiteral("message")).toString().isEmpty()
+                         && result.exitCode == 1) << qPrintable(result.describe());
+        }
 
-            // The good reader's images went to its own folder only; the earlier
-            // collection of the hostile device's model is untouched.
-            expectedFolders.sort();
-            ASSERT_EQ(QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expectedFolders);
-            ASSERT_TRUE(!QDir(goodFolder + QStringLiteral("/Jpg")).isEmpty());
-            ASSERT_TRUE(QFileInfo::exists(goodFolder + QLatin1Char('/') + goodModel + QStringLiteral(".xml")));
-            ASSERT_TRUE(Snapshot(root + QLatin1Char('/') + kModel) == Snapshot(m_strReference)) << "earlier collection changed";
-            ASSERT_EQ(QDir(m_suite.applicationDir()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
-            ASSERT_TRUE(Snapshot(m_strHome, toolFolders) == outsideBefore) << "files outside the tool's folders changed";
-        }();
-    }
+        // The good reader's images went to its own folder only; the earlier
+        // collection of the hostile device's model is untouched.
+        expectedFolders.sort();
+        ASSERT_EQ(QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expectedFolders);
+        ASSERT_TRUE(!QDir(goodFolder + QStringLiteral("/Jpg")).isEmpty());
+        ASSERT_TRUE(QFileInfo::exists(goodFolder + QLatin1Char('/') + goodModel + QStringLiteral(".xml")));
+        ASSERT_TRUE(Snapshot(root + QLatin1Char('/') + kModel) == Snapshot(m_strReference)) << "earlier collection changed";
+        ASSERT_EQ(QDir(m_suite.applicationDir()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+        ASSERT_TRUE(Snapshot(m_strHome, toolFolders) == outsideBefore) << "files outside the tool's folders changed";
+    });
 }
 

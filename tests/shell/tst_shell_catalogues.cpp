@@ -3,6 +3,9 @@
 // nothing else, and give the window its Chinese title (the one the
 // single-instance search looks for) is tst_shell_language's to show.
 
+#include "QtPrinters.h"
+#include "TableTests.h"
+
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -91,44 +94,39 @@ protected:
 
 TEST_F(CatalogueTest, everyTrText_hasAFinishedTranslation)
 {
-    for (const EveryTrTextHasAFinishedTranslationRow& row : everyTrTextHasAFinishedTranslationRows()) {
-        SCOPED_TRACE(row.rowName);
-        [&] {
-            const QString catalogue = row.catalogue;
-            const QStringList sourceFolders = row.sourceFolders;
-            const QString lupdate = QStringLiteral(QUORVEX_LUPDATE);
-            ASSERT_TRUE(QFile::exists(lupdate)) << qPrintable(lupdate + " is missing: install the Debian package qttools5-dev-tools");
+    forEachRow(everyTrTextHasAFinishedTranslationRows(), [&](const EveryTrTextHasAFinishedTranslationRow& row) {
+        const QString catalogue = row.catalogue;
+        const QStringList sourceFolders = row.sourceFolders;
+        const QString lupdate = QStringLiteral(QUORVEX_LUPDATE);
+        ASSERT_TRUE(QFile::exists(lupdate)) << qPrintable(lupdate + " is missing: install the Debian package qttools5-dev-tools");
 
-            QTemporaryDir temporary;
-            const QString refreshed = temporary.path() + '/' + catalogue;
-            ASSERT_TRUE(QFile::copy(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/translations/") + catalogue, refreshed));
-            QFile::setPermissions(refreshed, QFile::ReadOwner | QFile::WriteOwner);
+        QTemporaryDir temporary;
+        const QString refreshed = temporary.path() + '/' + catalogue;
+        ASSERT_TRUE(QFile::copy(QStringLiteral(QUORVEX_SOURCE_DIR "/resources/translations/") + catalogue, refreshed));
+        QFile::setPermissions(refreshed, QFile::ReadOwner | QFile::WriteOwner);
 
-            QStringList arguments {"-locations", "none", "-no-ui-lines", "-silent"};
-            for (const QString& folder : sourceFolders)
-                arguments << QStringLiteral(QUORVEX_SOURCE_DIR "/") + folder;
-            arguments << "-ts" << refreshed;
-            QProcess process;
-            process.start(lupdate, arguments);
-            ASSERT_TRUE(process.waitForFinished(120000));
-            ASSERT_TRUE(process.exitCode() == 0) << process.readAllStandardError().constData();
+        QStringList arguments {"-locations", "none", "-no-ui-lines", "-silent"};
+        for (const QString& folder : sourceFolders)
+            arguments << QStringLiteral(QUORVEX_SOURCE_DIR "/") + folder;
+        arguments << "-ts" << refreshed;
+        QProcess process;
+        process.start(lupdate, arguments);
+        ASSERT_TRUE(process.waitForFinished(120000));
+        ASSERT_TRUE(process.exitCode() == 0) << process.readAllStandardError().constData();
 
-            QString error;
-            const QVector<Message> messages = readCatalogue(refreshed, error);
-            ASSERT_TRUE(error.isEmpty()) << qPrintable(error);
-            QStringList problems;
-            for (const Message& message : messages) {
-                if (message.type == QLatin1String("vanished") || message.type == QLatin1String("obsolete"))
-                    continue;
-                const QString where = QString("%1: \"%2\"").arg(message.context, message.source);
-                if (message.type == QLatin1String("unfinished") || message.translation.trimmed().isEmpty())
-                    problems << where + " has no finished translation";
-                else if (placeholders(message.source) != placeholders(message.translation))
-                    problems << where + " loses or adds a %-placeholder";
-            }
-            ASSERT_TRUE(problems.isEmpty()) << qPrintable("\n  " + problems.join("\n  "));
-        }();
-    }
+        QString error;
+        const QVector<Message> messages = readCatalogue(refreshed, error);
+        ASSERT_TRUE(error.isEmpty()) << qPrintable(error);
+        QStringList problems;
+        for (const Message& message : messages) {
+            if (message.type == QLatin1String("vanished") || message.type == QLatin1String("obsolete"))
+                continue;
+            const QString where = QString("%1: \"%2\"").arg(message.context, message.source);
+            if (message.type == QLatin1String("unfinished") || message.translation.trimmed().isEmpty())
+                problems << where + " has no finished translation";
+            else if (placeholders(message.source) != placeholders(message.translation))
+                problems << where + " loses or adds a %-placeholder";
+        }
+        ASSERT_TRUE(problems.isEmpty()) << qPrintable("\n  " + problems.join("\n  "));
+    });
 }
-#include "QtPrinters.h"
-

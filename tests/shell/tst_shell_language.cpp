@@ -2,6 +2,9 @@
 // button, observed in a real window of a probe program that runs from a
 // suite laid out in a temporary folder.
 
+#include "QtPrinters.h"
+#include "TableTests.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -208,20 +211,15 @@ TEST_F(LanguageTest, storedChinese_startsChinese_andSwitchMessagesChangeTheWhole
 
 TEST_F(LanguageTest, missingCatalogue_stopsTheChain)
 {
-    for (const MissingCatalogueStopsTheChainRow& row : missingCatalogueStopsTheChainRows()) {
-        SCOPED_TRACE(row.rowName);
-        [&] {
-            SetUp(); // a fresh fixture for every row
-            const QString missing = row.missing;
-            const QString answering = row.answering;
-            ASSERT_TRUE(makeSuite({missing}));
-            storeLanguage("Q0g=");
-            ASSERT_TRUE(runProbe());
-            ASSERT_EQ(m_states.value("start").language, QString("0"));
-            ASSERT_EQ(m_states.value("start").catalogues, answering);
-            ASSERT_EQ(m_lines.value("apply-chinese"), QString("returned=0"));
-        }();
-    }
+    forEachRow(missingCatalogueStopsTheChainRows(), [&](const MissingCatalogueStopsTheChainRow& row) {
+        SetUp(); // a fresh fixture for every row
+        const QString missing = row.missing;
+        const QString answering = row.answering;
+        ASSERT_TRUE(makeSuite({missing}));
+        storeLanguage("Q0g=");
+        ASSERT_TRUE(runProbe());
+        ASSERT_EQ(m_states.value("start").language, QString("0"));
+        ASSERT_EQ(m_states.value("start").catalogues, answering);
+        ASSERT_EQ(m_lines.value("apply-chinese"), QString("returned=0"));
+    });
 }
-#include "QtPrinters.h"
-

@@ -2,6 +2,7 @@
 // tool's settings object writes, list the cameras a store can serve and
 // say clearly why it leaves any other camera out.
 
+#include "TableTests.h"
 #include "QtPrinters.h"
 #include "StoreTestSupport.h"
 #include "FileOperations.h"
@@ -100,27 +101,24 @@ void StoreReaderTest::SetUp()
 
 TEST_F(StoreReaderTest, valuesAndNamesWrittenByTheSettingsClass_readBackUnchanged)
 {
-    for (const ValuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRow& row : valuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRows()) {
-        SCOPED_TRACE(row.rowName);
-        [&] {
-            SetUp(); // a fresh fixture for every row
-            const QString group = row.group;
-            const QString key = row.key;
-            const QString value = row.value;
-            {
-                QSettings settings(Path("t.ini"), QSettings::IniFormat);
-                settings.setIniCodec("utf-8");
-                settings.setValue("Global/VirtualMode", 1);
-                settings.setValue(group + "/" + key, value);
-            }
-            const IniDocument document = parseIni(StoreTest::ReadFile(Path("t.ini")).toStdString());
-            ASSERT_TRUE(document.problems.empty());
-            const IniEntry* entry = FindEntry(document, group, key);
-            ASSERT_TRUE(entry) << StoreTest::ReadFile(Path("t.ini")).constData();
-            ASSERT_TRUE(entry->value.isText());
-            ASSERT_EQ(QString::fromStdString(entry->value.text()), value);
-        }();
-    }
+    forEachRow(valuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRows(), [&](const ValuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRow& row) {
+        SetUp(); // a fresh fixture for every row
+        const QString group = row.group;
+        const QString key = row.key;
+        const QString value = row.value;
+        {
+            QSettings settings(Path("t.ini"), QSettings::IniFormat);
+            settings.setIniCodec("utf-8");
+            settings.setValue("Global/VirtualMode", 1);
+            settings.setValue(group + "/" + key, value);
+        }
+        const IniDocument document = parseIni(StoreTest::ReadFile(Path("t.ini")).toStdString());
+        ASSERT_TRUE(document.problems.empty());
+        const IniEntry* entry = FindEntry(document, group, key);
+        ASSERT_TRUE(entry) << StoreTest::ReadFile(Path("t.ini")).constData();
+        ASSERT_TRUE(entry->value.isText());
+        ASSERT_EQ(QString::fromStdString(entry->value.text()), value);
+    });
 }
 
 TEST_F(StoreReaderTest, listsTypedValuesAndSubgroups_keepTheirMeaning)
