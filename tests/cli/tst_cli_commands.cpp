@@ -1,19 +1,13 @@
-// quorvex-cli as a process, inside the test's private network namespace:
-// every command's output and exit status, with no devices, with simulated
-// code readers, with a device another client holds, with one that vanishes,
-// a job that is stopped or killed or runs out of disk (the previous
-// collection survives each), and against a store that cannot be written.
+// quorvex-cli as a process in the test's private network namespace: every
+// command's output and exit status, and what each leaves on disk.
 
 #include "QtPrinters.h"
 #include "CliProcess.h"
 #include "CodeReaders.h"
+#include "TestFiles.h"
 
 #include "camera_hold.h"
 
-#include <QDir>
-#include <QDirIterator>
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QProcess>
@@ -29,51 +23,6 @@ namespace {
 
 constexpr int kJobTimeoutMs = 240000;
 const QString kModel = QStringLiteral("QVX-ID2040M");
-
-QStringList Entries(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
-}
-
-QStringList CollectedFilesOf(const QString& model)
-{
-    return {QStringLiteral("ImportInformation.csv"), QStringLiteral("Jpg"), model + QStringLiteral(".xml"),
-            model + QStringLiteral("_regfile.dat"), model + QStringLiteral("_strRegFile.dat")};
-}
-
-bool WriteFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
-
-// A collection folder as a job leaves it, made by hand: the store commands
-// only copy it.
-bool FakeCollection(const QString& root, const QString& model)
-{
-    const QString folder = root + QLatin1Char('/') + model;
-    return WriteFile(folder + QLatin1Char('/') + model + QStringLiteral(".xml"), "<RegisterDescription/>")
-        && WriteFile(folder + QLatin1Char('/') + model + QStringLiteral("_regfile.dat"), QByteArray(64, '\1'))
-        && WriteFile(folder + QLatin1Char('/') + model + QStringLiteral("_strRegFile.dat"), "strings")
-        && WriteFile(folder + QStringLiteral("/ImportInformation.csv"), "TriggerIndex\n")
-        && WriteFile(folder + QStringLiteral("/Jpg/1.jpg"), "\xFF\xD8\xFF\xD9");
-}
-
-// Every file below folder with its bytes, by path relative to it; hidden
-// ones (in a job's staging folder) only when asked.
-QMap<QString, QByteArray> Contents(const QString& folder, bool hidden = true)
-{
-    QMap<QString, QByteArray> contents;
-    const QDir::Filters filters = QDir::Files | (hidden ? QDir::Hidden : QDir::Filters());
-    QDirIterator it(folder, filters, QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        QFile file(it.next());
-        file.open(QIODevice::ReadOnly);
-        contents.insert(QDir(folder).relativeFilePath(file.fileName()), file.readAll());
-    }
-    return contents;
-}
 
 // Percentages one device reported in plain progress lines, in order.
 QVector<int> PercentagesOf(const QByteArray& out, const QString& serial)
@@ -285,7 +234,7 @@ TEST_F(CliCommandsTest, collect_failedStoppedOrKilled_keepsThePreviousCollection
         QStringList models;
         for (const XQ_CODEREADER_DEVICE_INFO& reader : readers) {
             models << ModelOf(reader);
-            ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), ModelOf(reader)));
+            ASSERT_TRUE(MakeCollectionFolder(m_suite.collectionRoot() + QLatin1Char('/') + ModelOf(reader), ModelOf(reader)));
         }
         models.sort();
         const QMap<QString, QByteArray> before = Contents(m_suite.collectionRoot());
@@ -341,7 +290,7 @@ TEST_F(CliCommandsTest, collect_fullDisk_failsAndKeepsThePreviousCollection)
     const QString after = qEnvironmentVariable("QUORVEX_TEST_HOME") + QStringLiteral("/after");
     QDir(seed).removeRecursively();
     QDir(after).removeRecursively();
-    ASSERT_TRUE(FakeCollection(seed, ModelOf(readers.first())) && QDir().mkpath(after));
+    ASSERT_TRUE(MakeCollectionFolder(seed + QLatin1Char('/') + ModelOf(readers.first()), ModelOf(readers.first())) && QDir().mkpath(after));
     ASSERT_TRUE(QDir().mkpath(m_suite.collectionRoot()));
 
     // A small tmpfs on the collection root in a mount namespace of its own,
@@ -364,7 +313,7 @@ TEST_F(CliCommandsTest, collect_fullDisk_failsAndKeepsThePreviousCollection)
 
 TEST_F(CliCommandsTest, store_addListRefuseWhileHeldThenDelete)
 {
-    ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), kModel));
+    ASSERT_TRUE(MakeCollectionFolder(m_suite.collectionRoot() + QLatin1Char('/') + kModel, kModel));
 
     const CliResult empty = m_suite.run({QStringLiteral("cameras")});
     ASSERT_TRUE(empty.exitCode == 0 && empty.out.isEmpty() && empty.err.contains("no virtual cameras")) << qPrintable(empty.describe());
@@ -418,7 +367,7 @@ TEST_F(CliCommandsTest, store_addListRefuseWhileHeldThenDelete)
 
 TEST_F(CliCommandsTest, add_unknownModel_namesTheCollectedOnes)
 {
-    ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), kModel));
+    ASSERT_TRUE(MakeCollectionFolder(m_suite.collectionRoot() + QLatin1Char('/') + kModel, kModel));
     for (const QString& model : {QStringLiteral("QVX-ID9999"), QStringLiteral(".."), QStringLiteral("QVX-ID%2040M")}) {
         const CliResult result = m_suite.run({QStringLiteral("add"), model});
         ASSERT_TRUE(result.exitCode == 3) << qPrintable(model + QLatin1Char('\n') + result.describe());
@@ -429,7 +378,7 @@ TEST_F(CliCommandsTest, add_unknownModel_namesTheCollectedOnes)
 
 TEST_F(CliCommandsTest, add_unwritableStore_failsAndLosesNothing)
 {
-    ASSERT_TRUE(FakeCollection(m_suite.collectionRoot(), kModel));
+    ASSERT_TRUE(MakeCollectionFolder(m_suite.collectionRoot() + QLatin1Char('/') + kModel, kModel));
 
     // The configuration file's name taken by a folder: it cannot be opened
     // for writing, not even by root.

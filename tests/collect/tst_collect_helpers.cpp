@@ -14,6 +14,7 @@
 #include "QCollectInfoThread.h"
 #include "StagingFolder.h"
 #include "SuiteLayout.h"
+#include "TestFiles.h"
 #include "TestLog.h"
 
 #include <QCoreApplication>
@@ -56,29 +57,6 @@ std::unique_ptr<XQ_CODEREADER_FRAME_INFO> FrameWith(const QVector<Code>& codes)
         }
     }
     return frame;
-}
-
-QByteArray ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-bool WriteFile(const QString& path, const QByteArray& bytes)
-{
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
-}
-
-QStringList FilesBelow(const QString& folder)
-{
-    QStringList files;
-    QDirIterator it(folder, QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDirIterator::Subdirectories);
-    while (it.hasNext())
-        files.append(it.next());
-    files.sort();
-    return files;
 }
 
 XQ_CODEREADER_DEVICE_INFO RecordOf(const QByteArray& model, const QByteArray& serial)
@@ -234,8 +212,8 @@ TEST(TestCollectHelpers, moveFile)
         ASSERT_TRUE(c.sourceBytes.isEmpty() || WriteFile(source, c.sourceBytes));
         ASSERT_TRUE(c.targetBefore.isEmpty() || WriteFile(targetOnDisk, c.targetBefore));
         ASSERT_EQ(QCollectInfoThread::MoveFileToPath(source, target, c.overwrite), c.moved);
-        ASSERT_EQ(ReadAll(targetOnDisk), c.targetAfter);
-        ASSERT_EQ(ReadAll(source), c.sourceAfter);
+        ASSERT_EQ(ReadAll(targetOnDisk, "<missing>"), c.targetAfter);
+        ASSERT_EQ(ReadAll(source, "<missing>"), c.sourceAfter);
     }
 }
 

@@ -12,6 +12,7 @@
 #include "FrameCodes.h"
 #include "JobRecorder.h"
 #include "SuiteLayout.h"
+#include "TestFiles.h"
 #include "TestLog.h"
 
 #include <QCoreApplication>
@@ -34,12 +35,6 @@ constexpr int kCornerTolerance = 4;
 
 // Its bytes are pinned by the helper tests.
 const QByteArray kCsvHeader = collect::kCsvHeader;
-
-QByteArray ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 bool WriteIgnoreList(const QByteArray& json)
 {

@@ -29,6 +29,7 @@
 #include "StorePaths.h"
 #include "SupportedModels.h"
 #include "SuiteLayout.h"
+#include "TestFiles.h"
 #include "VirtualCameraActions.h"
 #include "VirtualCameraConfig.h"
 #include "VirtualCameraCreation.h"
@@ -72,12 +73,6 @@ const QString kDeviceClock = QStringLiteral("DeviceUptime");
 const QSet<QString> kRunningValues{kDeviceClock, QStringLiteral("StatRegisterReads"),
                                    QStringLiteral("StatRegisterWrites"), QStringLiteral("StatRefusedAccesses"),
                                    QStringLiteral("StatFramesTriggered")};
-
-QByteArray ReadAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 double MeanDifference(const GreyImage& a, const GreyImage& b)
 {

@@ -45,13 +45,13 @@ void StoreFileOperationsTest::SetUp()
 
 TEST_F(StoreFileOperationsTest, copy_takesSubfoldersInFullDepthAndLeavesHiddenEntries)
 {
-    StoreTest::MakeCollectionFolder(Path("src"), "QV-ID200-13M");
-    ASSERT_TRUE(StoreTest::WriteFile(Path("src/Jpg/deep/er/x.bin"), "deep"));
-    ASSERT_TRUE(StoreTest::WriteFile(Path("src/.hidden"), "h"));
+    MakeCollectionFolder(Path("src"), "QV-ID200-13M");
+    ASSERT_TRUE(WriteFile(Path("src/Jpg/deep/er/x.bin"), "deep"));
+    ASSERT_TRUE(WriteFile(Path("src/.hidden"), "h"));
     ASSERT_TRUE(CopyDirectory(Path("src"), Path("dst"), true));
-    ASSERT_EQ(StoreTest::ReadFile(Path("dst/Jpg/deep/er/x.bin")), QByteArray("deep"));
-    ASSERT_EQ(StoreTest::ReadFile(Path("dst/Jpg/3.jpg")), StoreTest::ReadFile(Path("src/Jpg/3.jpg")));
-    ASSERT_EQ(StoreTest::ReadFile(Path("dst/QV-ID200-13M_regfile.dat")), StoreTest::ReadFile(Path("src/QV-ID200-13M_regfile.dat")));
+    ASSERT_EQ(ReadAll(Path("dst/Jpg/deep/er/x.bin")), QByteArray("deep"));
+    ASSERT_EQ(ReadAll(Path("dst/Jpg/3.jpg")), ReadAll(Path("src/Jpg/3.jpg")));
+    ASSERT_EQ(ReadAll(Path("dst/QV-ID200-13M_regfile.dat")), ReadAll(Path("src/QV-ID200-13M_regfile.dat")));
     ASSERT_TRUE(!QFileInfo::exists(Path("dst/.hidden")));
 }
 
@@ -60,37 +60,37 @@ TEST_F(StoreFileOperationsTest, copy_overwritesOnlyWhenAsked_andMakesOneMissingL
     ASSERT_TRUE(CopyDirectory(Path("missing"), Path("empty"), true));
     ASSERT_TRUE(QFileInfo(Path("empty")).isDir());
     ASSERT_TRUE(!CopyDirectory(Path("missing"), Path("no/parents"), true)) << "only one level is created";
-    ASSERT_TRUE(StoreTest::WriteFile(Path("src/a.txt"), "new"));
-    ASSERT_TRUE(StoreTest::WriteFile(Path("dst/a.txt"), "old"));
+    ASSERT_TRUE(WriteFile(Path("src/a.txt"), "new"));
+    ASSERT_TRUE(WriteFile(Path("dst/a.txt"), "old"));
     ASSERT_TRUE(!CopyDirectory(Path("src"), Path("dst"), false));
-    ASSERT_EQ(StoreTest::ReadFile(Path("dst/a.txt")), QByteArray("old"));
+    ASSERT_EQ(ReadAll(Path("dst/a.txt")), QByteArray("old"));
     ASSERT_TRUE(CopyDirectory(Path("src"), Path("dst"), true));
-    ASSERT_EQ(StoreTest::ReadFile(Path("dst/a.txt")), QByteArray("new"));
+    ASSERT_EQ(ReadAll(Path("dst/a.txt")), QByteArray("new"));
 }
 
 TEST_F(StoreFileOperationsTest, copy_doesNotFollowAFolderLinkBackUpTheTree)
 {
-    ASSERT_TRUE(StoreTest::WriteFile(Path("src/Jpg/1.jpg"), "1"));
+    ASSERT_TRUE(WriteFile(Path("src/Jpg/1.jpg"), "1"));
     ASSERT_TRUE(QFile::link(Path("src"), Path("src/Jpg/loop")));
     ASSERT_TRUE(CopyDirectory(Path("src"), Path("dst"), true));
-    ASSERT_EQ(StoreTest::ReadFile(Path("dst/Jpg/1.jpg")), QByteArray("1"));
+    ASSERT_EQ(ReadAll(Path("dst/Jpg/1.jpg")), QByteArray("1"));
     ASSERT_TRUE(!QFileInfo::exists(Path("dst/Jpg/loop")));
 }
 
 TEST_F(StoreFileOperationsTest, delete_removesFilesAndWholeFolders)
 {
     ASSERT_TRUE(!deleteFileOrFolderAt(QString()));
-    ASSERT_TRUE(StoreTest::WriteFile(Path("file.txt"), "x"));
+    ASSERT_TRUE(WriteFile(Path("file.txt"), "x"));
     ASSERT_TRUE(deleteFileOrFolderAt(Path("file.txt")));
     ASSERT_TRUE(!QFileInfo::exists(Path("file.txt")));
-    StoreTest::MakeCollectionFolder(Path("cam"), "QV-ID200-13M");
+    MakeCollectionFolder(Path("cam"), "QV-ID200-13M");
     ASSERT_TRUE(deleteFileOrFolderAt(Path("cam")));
     ASSERT_TRUE(!QFileInfo::exists(Path("cam")));
     ASSERT_TRUE(deleteFileOrFolderAt(Path("missing")));
 
     // Hidden files keep the folder, the rest goes.
-    StoreTest::MakeCollectionFolder(Path("kept"), "QV-ID200-13M");
-    ASSERT_TRUE(StoreTest::WriteFile(Path("kept/.keep"), "k"));
+    MakeCollectionFolder(Path("kept"), "QV-ID200-13M");
+    ASSERT_TRUE(WriteFile(Path("kept/.keep"), "k"));
     ASSERT_TRUE(!deleteFileOrFolderAt(Path("kept")));
     ASSERT_TRUE(QFileInfo::exists(Path("kept/.keep")));
     ASSERT_TRUE(!QFileInfo::exists(Path("kept/Jpg")));
@@ -99,16 +99,16 @@ TEST_F(StoreFileOperationsTest, delete_removesFilesAndWholeFolders)
 
 TEST_F(StoreFileOperationsTest, delete_removesLinksWithoutTouchingWhatTheyPointAt)
 {
-    ASSERT_TRUE(StoreTest::WriteFile(Path("outside/precious.txt"), "keep me"));
-    ASSERT_TRUE(StoreTest::WriteFile(Path("cam/1.jpg"), "1"));
+    ASSERT_TRUE(WriteFile(Path("outside/precious.txt"), "keep me"));
+    ASSERT_TRUE(WriteFile(Path("cam/1.jpg"), "1"));
     ASSERT_TRUE(QFile::link(Path("outside"), Path("cam/Jpg")));
     ASSERT_TRUE(deleteFileOrFolderAt(Path("cam")));
     ASSERT_TRUE(!QFileInfo::exists(Path("cam")));
-    ASSERT_EQ(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
+    ASSERT_EQ(ReadAll(Path("outside/precious.txt")), QByteArray("keep me"));
 
     ASSERT_TRUE(QFile::link(Path("outside"), Path("link")));
     ASSERT_TRUE(deleteFileOrFolderAt(Path("link")));
-    ASSERT_EQ(StoreTest::ReadFile(Path("outside/precious.txt")), QByteArray("keep me"));
+    ASSERT_EQ(ReadAll(Path("outside/precious.txt")), QByteArray("keep me"));
 }
 
 TEST_F(StoreFileOperationsTest, deleteCamera_staysInsideTheStoreAndWritesTheFileFirst)
@@ -117,9 +117,9 @@ TEST_F(StoreFileOperationsTest, deleteCamera_staysInsideTheStoreAndWritesTheFile
     const QString strStore = storePath();
     const QString strGroup = "Vir12345678";
     const QString strFolder = cameraFolder(strGroup);
-    StoreTest::MakeCollectionFolder(Path("outside"), "M");
+    MakeCollectionFolder(Path("outside"), "M");
     const auto makeCamera = [&](QSettings& settings) {
-        StoreTest::MakeCollectionFolder(strFolder, "M");
+        MakeCollectionFolder(strFolder, "M");
         settings.setValue(strGroup + "/chModelName", "M");
         ASSERT_TRUE(syncStoreSettings(settings));
     };
@@ -147,7 +147,7 @@ TEST_F(StoreFileOperationsTest, deleteCamera_staysInsideTheStoreAndWritesTheFile
     std::unique_ptr<QSettings> settings(openVirtualCameraSettings(configFilePath(), nullptr));
     makeCamera(*settings);
     ASSERT_TRUE(QFile::remove(configFilePath()));
-    ASSERT_TRUE(StoreTest::WriteFile(configFilePath() + "/blocks-the-rename", "x"));
+    ASSERT_TRUE(WriteFile(configFilePath() + "/blocks-the-rename", "x"));
     ASSERT_EQ(deleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::ConfigNotWritten);
     ASSERT_TRUE(QFileInfo::exists(strFolder + "/M_regfile.dat"));
     ASSERT_EQ(settings->value(strGroup + "/chModelName").toString(), QString("M"));
@@ -155,14 +155,14 @@ TEST_F(StoreFileOperationsTest, deleteCamera_staysInsideTheStoreAndWritesTheFile
     ASSERT_TRUE(QDir(configFilePath()).removeRecursively());
     ASSERT_EQ(deleteVirtualCamera(strGroup, "M", settings.get()), DeletionOutcome::Deleted);
     ASSERT_TRUE(!QFileInfo::exists(strFolder));
-    ASSERT_TRUE(!StoreTest::ReadFile(configFilePath()).contains(strGroup.toUtf8()));
+    ASSERT_TRUE(!ReadAll(configFilePath()).contains(strGroup.toUtf8()));
 }
 
 TEST_F(StoreFileOperationsTest, occupancy_followsTheHolderWithinThisProcess)
 {
     const QString strFile = Path("cam/M_regfile.dat");
     ASSERT_TRUE(!IsFileOccupied(strFile)) << "a missing register file is not occupied";
-    ASSERT_TRUE(StoreTest::WriteFile(strFile, "registers"));
+    ASSERT_TRUE(WriteFile(strFile, "registers"));
     ASSERT_TRUE(!IsFileOccupied(strFile));
     {
         quorvex::store::CameraHold hold;
@@ -175,13 +175,13 @@ TEST_F(StoreFileOperationsTest, occupancy_followsTheHolderWithinThisProcess)
         ASSERT_TRUE(IsFileOccupied(strFile)) << "the second holder still holds it";
     }
     ASSERT_TRUE(!IsFileOccupied(strFile));
-    ASSERT_EQ(StoreTest::ReadFile(strFile), QByteArray("registers"));
+    ASSERT_EQ(ReadAll(strFile), QByteArray("registers"));
 }
 
 TEST_F(StoreFileOperationsTest, occupancy_seesAHolderInAnotherProcessAndItsExit)
 {
     const QString strFile = Path("M_regfile.dat");
-    ASSERT_TRUE(StoreTest::WriteFile(strFile, "registers"));
+    ASSERT_TRUE(WriteFile(strFile, "registers"));
     int ready[2];
     ASSERT_TRUE(::pipe(ready) == 0);
     const pid_t child = ::fork();

@@ -87,7 +87,7 @@ protected:
     {
         VirtualStore::SupportedModelTable models;
         VirtualStore::writeVirtualCameraGroup(settings, strGroup, strModel, models);
-        StoreTest::MakeCollectionFolder(Path("collected/" + strModel), strModel, nImages);
+        MakeCollectionFolder(Path("collected/" + strModel), strModel, nImages);
         ASSERT_TRUE(QDir().mkpath(StoreDir() + "/Cameras/" + strGroup));
         ASSERT_TRUE(VirtualStore::CopyDirectory(Path("collected/" + strModel), StoreDir() + "/Cameras/" + strGroup, true));
     }
@@ -112,10 +112,10 @@ TEST_F(StoreReaderTest, valuesAndNamesWrittenByTheSettingsClass_readBackUnchange
             settings.setValue("Global/VirtualMode", 1);
             settings.setValue(group + "/" + key, value);
         }
-        const IniDocument document = parseIni(StoreTest::ReadFile(Path("t.ini")).toStdString());
+        const IniDocument document = parseIni(ReadAll(Path("t.ini")).toStdString());
         ASSERT_TRUE(document.problems.empty());
         const IniEntry* entry = FindEntry(document, group, key);
-        ASSERT_TRUE(entry) << StoreTest::ReadFile(Path("t.ini")).constData();
+        ASSERT_TRUE(entry) << ReadAll(Path("t.ini")).constData();
         ASSERT_TRUE(entry->value.isText());
         ASSERT_EQ(QString::fromStdString(entry->value.text()), value);
     });
@@ -132,7 +132,7 @@ TEST_F(StoreReaderTest, listsTypedValuesAndSubgroups_keepTheirMeaning)
         settings.setValue("G/sub/deep", 3);
         settings.setValue("top", 2);
     }
-    const IniDocument document = parseIni(StoreTest::ReadFile(Path("t.ini")).toStdString());
+    const IniDocument document = parseIni(ReadAll(Path("t.ini")).toStdString());
     const IniEntry* list = FindEntry(document, "G", "list");
     ASSERT_TRUE(list);
     ASSERT_TRUE(list->value.kind == IniValue::Kind::List);

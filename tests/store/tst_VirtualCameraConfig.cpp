@@ -94,7 +94,7 @@ TEST_F(VirtualCameraConfigTest, twoCamerasOfOneModel_shareModelAndVersionButNotS
         writeVirtualCameraGroup(settings, "Vir10000001", "QVX-ID3160C", models);
         writeVirtualCameraGroup(settings, "Vir10000002", "QVX-ID3160C", models);
     }
-    const QByteArray bytes = StoreTest::ReadFile(ConfigPath());
+    const QByteArray bytes = ReadAll(ConfigPath());
     const QByteArray expected = kGlobal + "\n"
         + ExpectedGroup("Vir10000001", "QVX-ID3160C", "V3.4.0.R 240902", TakeIdentity(bytes, "Vir10000001"))
         + "\n"
@@ -104,7 +104,7 @@ TEST_F(VirtualCameraConfigTest, twoCamerasOfOneModel_shareModelAndVersionButNotS
 
 TEST_F(VirtualCameraConfigTest, addingToAnEditedFile_rewritesGlobalAndKeepsOtherGroups)
 {
-    ASSERT_TRUE(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=0\nTriggerIntervalTime=5\n\n"
+    ASSERT_TRUE(WriteFile(ConfigPath(), "[Global]\nVirtualMode=0\nTriggerIntervalTime=5\n\n"
                                                "[Vir00000001]\nchModelName=Old\n"));
     SupportedModelTable models;
     {
@@ -126,7 +126,7 @@ TEST_F(VirtualCameraConfigTest, unknownModel_writesEmptyVersionAndGainsAnEmptyRo
         QSettings settings(ConfigPath(), QSettings::IniFormat);
         writeVirtualCameraGroup(settings, "Vir12345678", "Unlisted-ID", models);
     }
-    ASSERT_TRUE(StoreTest::ReadFile(ConfigPath()).contains("\nchDeviceVersion=\n"));
+    ASSERT_TRUE(ReadAll(ConfigPath()).contains("\nchDeviceVersion=\n"));
     ASSERT_EQ(models.size(), nRows + 1);
     ASSERT_TRUE(models.rows().contains("Unlisted-ID"));
     ASSERT_EQ(models.rows().value("Unlisted-ID"), QString());
@@ -135,23 +135,23 @@ TEST_F(VirtualCameraConfigTest, unknownModel_writesEmptyVersionAndGainsAnEmptyRo
 TEST_F(VirtualCameraConfigTest, configFileWritability)
 {
     ASSERT_TRUE(isConfigFileWritable(ConfigPath())) << "a missing file is created later, so it passes";
-    ASSERT_TRUE(StoreTest::WriteFile(ConfigPath(), "[Global]\nVirtualMode=1\n"));
+    ASSERT_TRUE(WriteFile(ConfigPath(), "[Global]\nVirtualMode=1\n"));
     ASSERT_TRUE(isConfigFileWritable(ConfigPath()));
-    ASSERT_EQ(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
+    ASSERT_EQ(ReadAll(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
 
     ASSERT_TRUE(QDir().mkpath(m_pDir->path() + "/folder.ini"));
     ASSERT_TRUE(!isConfigFileWritable(m_pDir->path() + "/folder.ini"));
 
     ASSERT_TRUE(::chmod(QFile::encodeName(ConfigPath()).constData(), 0444) == 0);
     const StoreTest::FilePermissionsEnforced permissions;
-    ASSERT_TRUE(permissions.IsActive()) << "could not drop the capabilities that override file permissions";
+    ASSERT_TRUE(permissions.isActive()) << "could not drop the capabilities that override file permissions";
     ASSERT_TRUE(!isConfigFileWritable(ConfigPath()));
-    ASSERT_EQ(StoreTest::ReadFile(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
+    ASSERT_EQ(ReadAll(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));
 }
 
 TEST_F(VirtualCameraConfigTest, listReading_ordersGroupsAsTextAndSkipsWhatIsNotACamera)
 {
-    ASSERT_TRUE(StoreTest::WriteFile(ConfigPath(), "[Vir2]\nchModelName=Two\n"
+    ASSERT_TRUE(WriteFile(ConfigPath(), "[Vir2]\nchModelName=Two\n"
                                                "[Global]\nVirtualMode=1\n"
                                                "[Vir10]\nbIsConnect=0\nchModelName=Ten\n"
                                                "[Vir3]\nbIsConnect=0\n"
@@ -175,7 +175,7 @@ TEST_F(VirtualCameraConfigTest, collectedModels_areTheVisibleSubfoldersByNameIgn
     const QString root = m_pDir->path() + "/root";
     for (const char* name : {"b-ID", "A-ID", ".hidden", "c-ID"})
         ASSERT_TRUE(QDir().mkpath(root + "/" + name));
-    ASSERT_TRUE(StoreTest::WriteFile(root + "/file.txt", "not a model"));
+    ASSERT_TRUE(WriteFile(root + "/file.txt", "not a model"));
     bool bExists = false;
     ASSERT_EQ(listCollectedModels(root, bExists), QStringList({"A-ID", "b-ID", "c-ID"}));
     ASSERT_TRUE(bExists);

@@ -122,7 +122,7 @@ protected:
         return bMenuShown;
     }
     QString CollectionRoot() const { return GetVirtualCameraRoot(); }
-    QByteArray ConfigBytes() const { return StoreTest::ReadFile(VirtualStore::configFilePath()); }
+    QByteArray ConfigBytes() const { return ReadAll(VirtualStore::configFilePath()); }
     // End-to-end smoke; the store functions underneath have their own tests.
 };
 
@@ -139,7 +139,7 @@ void VirtualCameraWindowTest::TearDown()
 
 TEST_F(VirtualCameraWindowTest, add_thenDelete_createsAndRemovesFolderGroupAndEntry)
 {
-    StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID5120M", "QVX-ID5120M");
+    MakeCollectionFolder(CollectionRoot() + "/QVX-ID5120M", "QVX-ID5120M");
     OpenWindow();
     // Without a current entry the context menu does not come up.
     List()->setCurrentItem(nullptr);
@@ -154,7 +154,7 @@ TEST_F(VirtualCameraWindowTest, add_thenDelete_createsAndRemovesFolderGroupAndEn
     const QString strGroup = match.captured(1);
     ASSERT_EQ(List()->item(0)->data(kGroupRole).toString(), strGroup);
     const QString strFolder = VirtualStore::cameraFolder(strGroup);
-    ASSERT_EQ(StoreTest::ReadFile(strFolder + "/Jpg/2.jpg"), StoreTest::ReadFile(CollectionRoot() + "/QVX-ID5120M/Jpg/2.jpg"));
+    ASSERT_EQ(ReadAll(strFolder + "/Jpg/2.jpg"), ReadAll(CollectionRoot() + "/QVX-ID5120M/Jpg/2.jpg"));
     ASSERT_TRUE(QTest::qWaitFor([&] { return bool(ConfigBytes().contains(("chSerialNumber=" + strGroup).toUtf8())); }));
 
     List()->setCurrentRow(0);
@@ -167,7 +167,7 @@ TEST_F(VirtualCameraWindowTest, add_thenDelete_createsAndRemovesFolderGroupAndEn
 
 TEST_F(VirtualCameraWindowTest, delete_whileAServerHoldsTheCamera_isRefusedWithAWarning)
 {
-    StoreTest::MakeCollectionFolder(CollectionRoot() + "/QVX-ID2040M", "QVX-ID2040M");
+    MakeCollectionFolder(CollectionRoot() + "/QVX-ID2040M", "QVX-ID2040M");
     OpenWindow();
     Selector()->setCurrentText("QVX-ID2040M");
     AddButton()->click();
