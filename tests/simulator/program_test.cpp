@@ -1,128 +1,53 @@
 // The quorvex-simulator program as users start it: help, option errors,
 // an address already taken, serving discovery and a clean stop on SIGTERM.
 
+#include "DeviceProcess.h"
 #include "gvcp_client.h"
 #include "replay_fixture.h"
 
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
+#include <list>
 #include <map>
+#include <regex>
 #include <set>
-#include <spawn.h>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
-
-extern char** environ;
 
 using namespace quorvex::sim;
 using namespace std::chrono_literals;
+using xqtest::DeviceProcess;
 
 namespace {
 
-std::string simulatorPath()
-{
-    const char* path = std::getenv("QUORVEX_SIMULATOR");
-    return path ? path : "";
-}
-
-// A started simulator whose output and errors are collected in one file.
-class Program final {
-public:
-    explicit Program(const std::vector<std::string>& arguments)
-        : m_errorFile(std::string(std::getenv("QUORVEX_TEST_HOME") ? std::getenv("QUORVEX_TEST_HOME") : "/tmp") +
-                      "/simulator-stderr-" + std::to_string(::getpid()) + ".txt")
+class SimulatorProgram : public ::testing::Test {
+protected:
+    // The program started with arguments; ended with the test.
+    DeviceProcess& run(const std::vector<std::string>& arguments)
     {
-        std::vector<std::string> all{simulatorPath()};
-        all.insert(all.end(), arguments.begin(), arguments.end());
-        std::vector<char*> argv;
-        for (std::string& argument : all)
-            argv.push_back(argument.data());
-        argv.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 2, m_errorFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        posix_spawn_file_actions_adddup2(&actions, 2, 1); // one file for both streams
-        if (posix_spawn(&m_pid, argv[0], &actions, nullptr, argv.data(), environ) != 0)
-            m_pid = -1;
-        posix_spawn_file_actions_destroy(&actions);
-    }
-
-    ~Program()
-    {
-        if (m_pid > 0 && !m_exited) {
-            ::kill(m_pid, SIGKILL);
-            ::waitpid(m_pid, nullptr, 0);
-        }
-        ::unlink(m_errorFile.c_str());
-    }
-
-    bool started() const { return m_pid > 0; }
-    void signal(int number) const { ::kill(m_pid, number); }
-
-    // The exit status, or -1 if it is still running after the timeout.
-    int waitForExit(std::chrono::milliseconds timeout)
-    {
-        const auto deadline = std::chrono::steady_clock::now() + timeout;
-        while (std::chrono::steady_clock::now() < deadline) {
-            int status = 0;
-            if (::waitpid(m_pid, &status, WNOHANG) == m_pid) {
-                m_exited = true;
-                return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-            }
-            std::this_thread::sleep_for(20ms);
-        }
-        return -1;
-    }
-
-    std::string errors() const
-    {
-        std::string text;
-        if (FILE* file = std::fopen(m_errorFile.c_str(), "r")) {
-            char buffer[512];
-            std::size_t n = 0;
-            while ((n = std::fread(buffer, 1, sizeof buffer, file)) > 0)
-                text.append(buffer, n);
-            std::fclose(file);
-        }
-        return text;
+        DeviceProcess& program = m_programs.emplace_back();
+        std::string error;
+        EXPECT_TRUE(xqtest::startSimulatorWith(program, arguments, error)) << error;
+        return program;
     }
 
 private:
-    std::string m_errorFile;
-    pid_t m_pid = -1;
-    bool m_exited = false;
-};
-
-class SimulatorProgram : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_FALSE(simulatorPath().empty()) << "QUORVEX_SIMULATOR is not set: the tests need the quorvex-simulator program";
-        ASSERT_EQ(::access(simulatorPath().c_str(), X_OK), 0) << "quorvex-simulator missing at " << simulatorPath();
-    }
+    std::list<DeviceProcess> m_programs;
 };
 
 TEST_F(SimulatorProgram, help_documentsEveryOption)
 {
-    Program program({"--help"});
-    ASSERT_TRUE(program.started());
-    EXPECT_EQ(program.waitForExit(5s), 0);
+    DeviceProcess& program = run({"--help"});
+    EXPECT_EQ(program.waitForExit(5000), 0);
     // Each option starts a line of its own (--first-index once ran into --store's text).
     for (const char* option : {"--demo", "--store", "--first-index", "--hostile", "--base-address", "--port", "--link-speed",
                                "--drop-packets", "--drop-seed", "--no-broadcast", "--print-xml", "--verbose", "--version",
                                "--help"})
-        EXPECT_TRUE(std::regex_search(program.errors(), std::regex(std::string("\n +(-[a-z], )?") + option + " ")))
+        EXPECT_TRUE(std::regex_search(program.output(), std::regex(std::string("\n +(-[a-z], )?") + option + " ")))
             << option;
 }
 
@@ -148,24 +73,23 @@ TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
         {{"--drop-seed", "x"}, "--drop-seed needs a number"},
     };
     for (const auto& [arguments, message] : cases) {
-        Program program(arguments);
-        EXPECT_EQ(program.waitForExit(5s), 2) << arguments.front();
-        EXPECT_NE(program.errors().find(message), std::string::npos) << program.errors();
+        DeviceProcess& program = run(arguments);
+        EXPECT_EQ(program.waitForExit(5000), 2) << arguments.front();
+        EXPECT_NE(program.output().find(message), std::string::npos) << program.output();
     }
 }
 
 TEST_F(SimulatorProgram, addressAlreadyTaken_exitsWithStatus1InsteadOfHanging)
 {
     const UdpSocket taken = UdpSocket::bind(0x7F000003, gvcp::kPort);
-    Program program({"--demo", "2"});
-    EXPECT_EQ(program.waitForExit(5s), 1);
-    EXPECT_NE(program.errors().find("127.0.0.3:3956 is already in use"), std::string::npos) << program.errors();
+    DeviceProcess& program = run({"--demo", "2"});
+    EXPECT_EQ(program.waitForExit(5000), 1);
+    EXPECT_NE(program.output().find("127.0.0.3:3956 is already in use"), std::string::npos) << program.output();
 }
 
 TEST_F(SimulatorProgram, servesDiscoveryUntilSigterm_thenStopsCleanly)
 {
-    Program program({"--demo", "3", "--base-address", "127.0.0.10"});
-    ASSERT_TRUE(program.started());
+    DeviceProcess& program = run({"--demo", "3", "--base-address", "127.0.0.10"});
     test::GvcpClient client;
     std::set<std::uint32_t> answered;
     // The program needs a moment to bind; ask again until all three answer.
@@ -185,18 +109,16 @@ TEST_F(SimulatorProgram, servesDiscoveryUntilSigterm_thenStopsCleanly)
     EXPECT_FALSE(client.receive(200ms));
 
     program.signal(SIGTERM);
-    EXPECT_EQ(program.waitForExit(5s), 0);
-    EXPECT_NE(program.errors().find("stopping on SIGTERM"), std::string::npos);
+    EXPECT_EQ(program.waitForExit(5000), 0);
+    EXPECT_NE(program.output().find("stopping on SIGTERM"), std::string::npos);
     // Its addresses are free again.
     EXPECT_NO_THROW(UdpSocket::bind(0x7F00000A, gvcp::kPort));
 }
 
 TEST_F(SimulatorProgram, firstIndex_shiftsDemoIdentitiesSoTwoProgramsServeDistinctDevices)
 {
-    Program first({"--demo", "1", "--base-address", "127.0.0.20"});
-    Program second({"--demo", "2", "--first-index", "1", "--base-address", "127.0.0.21"});
-    ASSERT_TRUE(first.started());
-    ASSERT_TRUE(second.started());
+    DeviceProcess& first = run({"--demo", "1", "--base-address", "127.0.0.20"});
+    DeviceProcess& second = run({"--demo", "2", "--first-index", "1", "--base-address", "127.0.0.21"});
     test::GvcpClient client;
     std::map<std::uint32_t, std::pair<std::string, std::string>> seen; // address -> serial, user name
     const auto text = [](const std::vector<std::uint8_t>& ack, std::uint32_t offset) {
@@ -211,7 +133,7 @@ TEST_F(SimulatorProgram, firstIndex_shiftsDemoIdentitiesSoTwoProgramsServeDistin
                 text(*ack, gvcp::reg::kSerialNumber), text(*ack, gvcp::reg::kUserDefinedName)};
         }
     }
-    ASSERT_EQ(seen.size(), 3u) << first.errors() << second.errors();
+    ASSERT_EQ(seen.size(), 3u) << first.output() << second.output();
     EXPECT_EQ(seen[0x7F000014], std::make_pair(std::string("QD24A10000"), std::string("DemoReader1")));
     EXPECT_EQ(seen[0x7F000015], std::make_pair(std::string("QD24A10101"), std::string("DemoReader2")));
     EXPECT_EQ(seen[0x7F000016], std::make_pair(std::string("QD24A10202"), std::string("DemoReader3")));
@@ -233,30 +155,29 @@ TEST_F(SimulatorProgram, store_followsCamerasAddedAndDeleted_besideTheDemoReader
     const auto store = test::temporaryStore("program");
     test::writeCamera(store, "Vir11111111");
     test::writeConfig(store, {test::configGroup("Vir11111111")});
-    Program program({"--store", store.string(), "--demo", "1", "--base-address", "127.0.0.30"});
-    ASSERT_TRUE(program.started());
+    DeviceProcess& program = run({"--store", store.string(), "--demo", "1", "--base-address", "127.0.0.30"});
     // Demo readers first, then the store's cameras.
-    EXPECT_TRUE(waitForSerial(0x7F00001E, "QD24A10000", 5s)) << program.errors();
-    EXPECT_TRUE(waitForSerial(0x7F00001F, "Vir11111111", 5s)) << program.errors();
+    EXPECT_TRUE(waitForSerial(0x7F00001E, "QD24A10000", 5s)) << program.output();
+    EXPECT_TRUE(waitForSerial(0x7F00001F, "Vir11111111", 5s)) << program.output();
 
     // "Add" writes the group, then copies the files: picked up when they land.
     test::writeConfig(store, {test::configGroup("Vir11111111"), test::configGroup("Vir22222222")});
     std::this_thread::sleep_for(500ms);
     test::writeCamera(store, "Vir22222222");
-    EXPECT_TRUE(waitForSerial(0x7F000020, "Vir22222222", 5s)) << program.errors();
+    EXPECT_TRUE(waitForSerial(0x7F000020, "Vir22222222", 5s)) << program.output();
 
     // Deleted: no longer answered.
     std::filesystem::remove_all(store / "Cameras" / "Vir11111111");
     test::writeConfig(store, {test::configGroup("Vir22222222")});
-    EXPECT_TRUE(waitForSerial(0x7F00001F, "", 5s)) << program.errors();
-    EXPECT_NE(program.errors().find("camera Vir11111111 is gone"), std::string::npos) << program.errors();
+    EXPECT_TRUE(waitForSerial(0x7F00001F, "", 5s)) << program.output();
+    EXPECT_NE(program.output().find("camera Vir11111111 is gone"), std::string::npos) << program.output();
 
     program.signal(SIGHUP);
     std::this_thread::sleep_for(300ms);
-    EXPECT_NE(program.errors().find("SIGHUP: reading the store again"), std::string::npos);
+    EXPECT_NE(program.output().find("SIGHUP: reading the store again"), std::string::npos);
     EXPECT_EQ(test::serialAt(0x7F000020), "Vir22222222");
     program.signal(SIGTERM);
-    EXPECT_EQ(program.waitForExit(5s), 0);
+    EXPECT_EQ(program.waitForExit(5000), 0);
 }
 
 } // namespace

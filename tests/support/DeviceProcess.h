@@ -23,6 +23,10 @@ public:
     // Ends the child with SIGTERM (SIGKILL if kill is set, as a device that
     // loses power) and reaps it.
     void stop(bool kill = false);
+    void signal(int number) const;
+    // The exit status (128 + signal when a signal ended it) once the child
+    // ends within timeoutMs; -1 while it runs on.
+    int waitForExit(int timeoutMs);
     bool running() const { return m_pid > 0; }
     pid_t pid() const { return m_pid; }
     // Everything the child printed so far, stdout and stderr together.
