@@ -40,80 +40,60 @@ QStringList SerialsOf(const QVector<XQ_CODEREADER_DEVICE_INFO>& records)
 
 } // namespace
 
-struct CommandLineAcceptsRow {
-    std::string rowName;
-    QStringList arguments;
-    int command;
-    bool json;
-    bool all;
-    bool help;
-    QStringList operands;
-};
-
-static std::vector<CommandLineAcceptsRow> commandLineAcceptsRows()
-{
-    std::vector<CommandLineAcceptsRow> rows;
-    rows.push_back({"json anywhere", QStringList{"devices", "--all", "--json"}, int(Command::Devices), true, true, false, QStringList{}});
-    rows.push_back({"collect serials", QStringList{"collect", "QD1", "QD2"}, int(Command::Collect), false, false, false, QStringList{"QD1", "QD2"}});
-    rows.push_back({"collect all", QStringList{"--json", "collect", "-a"}, int(Command::Collect), true, true, false, QStringList{}});
-    // After "--" a serial may start with a dash and "--json" is an operand.
-    rows.push_back({"double dash", QStringList{"collect", "--", "-QD1", "--json"}, int(Command::Collect), false, false, false, QStringList{"-QD1", "--json"}});
-    // Help wins over missing operands.
-    rows.push_back({"command help", QStringList{"collect", "--help"}, int(Command::Collect), false, false, true, QStringList{}});
-    rows.push_back({"delete", QStringList{"delete", "Vir12345678"}, int(Command::Delete), false, false, false, QStringList{"Vir12345678"}});
-    rows.push_back({"help topic", QStringList{"help", "collect"}, int(Command::Help), false, false, false, QStringList{"collect"}});
-    rows.push_back({"version option", QStringList{"--version"}, int(Command::Version), false, false, false, QStringList{}});
-    return rows;
-}
-
 TEST(CliUnitsTest, commandLine_accepts)
 {
-    forEachRow(commandLineAcceptsRows(), [&](const CommandLineAcceptsRow& row) {
-        const QStringList arguments = row.arguments;
-        const int command = row.command;
-        const bool json = row.json;
-        const bool all = row.all;
-        const bool help = row.help;
-        const QStringList operands = row.operands;
-        const Request request = parseCommandLine(arguments);
-        ASSERT_TRUE(request.error.isEmpty()) << qPrintable(request.error);
-        ASSERT_EQ(int(request.command), command);
-        ASSERT_EQ(request.json, json);
-        ASSERT_EQ(request.all, all);
-        ASSERT_EQ(request.help, help);
-        ASSERT_EQ(request.operands, operands);
-    });
-}
-
-struct CommandLineRefusesRow {
-    std::string rowName;
-    QStringList arguments;
-    QString named;
-};
-
-static std::vector<CommandLineRefusesRow> commandLineRefusesRows()
-{
-    std::vector<CommandLineRefusesRow> rows;
-    rows.push_back({"nothing", QStringList{}, "no command"});
-    rows.push_back({"unknown command", QStringList{"frobnicate"}, "frobnicate"});
-    rows.push_back({"unknown option", QStringList{"devices", "--fast"}, "--fast"});
-    rows.push_back({"collect nothing", QStringList{"collect"}, "serial numbers or --all"});
-    rows.push_back({"collect both", QStringList{"collect", "--all", "QD1"}, "not both"});
-    rows.push_back({"add two", QStringList{"add", "A", "B"}, "exactly one"});
-    rows.push_back({"devices operand", QStringList{"devices", "QD1"}, "QD1"});
-    rows.push_back({"all on cameras", QStringList{"cameras", "--all"}, "--all"});
-    rows.push_back({"help two", QStringList{"help", "add", "delete"}, "at most one"});
-    return rows;
+    struct Row {
+        std::string rowName;
+        QStringList arguments;
+        Command command;
+        bool json, all, help;
+        QStringList operands;
+    };
+    forEachRow(std::vector<Row>{
+                   {"json anywhere", {"devices", "--all", "--json"}, Command::Devices, true, true, false, {}},
+                   {"collect serials", {"collect", "QD1", "QD2"}, Command::Collect, false, false, false, {"QD1", "QD2"}},
+                   {"collect all", {"--json", "collect", "-a"}, Command::Collect, true, true, false, {}},
+                   // After "--" a serial may start with a dash and "--json" is an operand.
+                   {"double dash", {"collect", "--", "-QD1", "--json"}, Command::Collect, false, false, false, {"-QD1", "--json"}},
+                   // Help wins over missing operands.
+                   {"command help", {"collect", "--help"}, Command::Collect, false, false, true, {}},
+                   {"delete", {"delete", "Vir12345678"}, Command::Delete, false, false, false, {"Vir12345678"}},
+                   {"help topic", {"help", "collect"}, Command::Help, false, false, false, {"collect"}},
+                   {"version option", {"--version"}, Command::Version, false, false, false, {}},
+               },
+               [](const Row& row) {
+                   const Request request = parseCommandLine(row.arguments);
+                   ASSERT_TRUE(request.error.isEmpty()) << qPrintable(request.error);
+                   ASSERT_EQ(int(request.command), int(row.command));
+                   ASSERT_EQ(request.json, row.json);
+                   ASSERT_EQ(request.all, row.all);
+                   ASSERT_EQ(request.help, row.help);
+                   ASSERT_EQ(request.operands, row.operands);
+               });
 }
 
 TEST(CliUnitsTest, commandLine_refuses)
 {
-    forEachRow(commandLineRefusesRows(), [&](const CommandLineRefusesRow& row) {
-        const QStringList arguments = row.arguments;
-        const QString named = row.named;
-        const Request request = parseCommandLine(arguments);
-        ASSERT_TRUE(request.error.contains(named)) << qPrintable(request.error);
-    });
+    struct Row {
+        std::string rowName;
+        QStringList arguments;
+        QString named;
+    };
+    forEachRow(std::vector<Row>{
+                   {"nothing", {}, "no command"},
+                   {"unknown command", {"frobnicate"}, "frobnicate"},
+                   {"unknown option", {"devices", "--fast"}, "--fast"},
+                   {"collect nothing", {"collect"}, "serial numbers or --all"},
+                   {"collect both", {"collect", "--all", "QD1"}, "not both"},
+                   {"add two", {"add", "A", "B"}, "exactly one"},
+                   {"devices operand", {"devices", "QD1"}, "QD1"},
+                   {"all on cameras", {"cameras", "--all"}, "--all"},
+                   {"help two", {"help", "add", "delete"}, "at most one"},
+               },
+               [](const Row& row) {
+                   const Request request = parseCommandLine(row.arguments);
+                   ASSERT_TRUE(request.error.contains(row.named)) << qPrintable(request.error);
+               });
 }
 
 TEST(CliUnitsTest, selection_takesListedCodeReadersOnceInOrder)

@@ -357,30 +357,22 @@ TEST(TestCollectHelpers, job_readsIgnoreListFromCurrentFolder)
     }
 }
 
-struct JobHostileModelNameIsRefusedAndWritesNothingRow {
-    std::string rowName;
-    QByteArray model;
-};
-
-static std::vector<JobHostileModelNameIsRefusedAndWritesNothingRow> jobHostileModelNameIsRefusedAndWritesNothingRows()
-{
-    std::vector<JobHostileModelNameIsRefusedAndWritesNothingRow> rows;
-    rows.push_back({"parent path", QByteArray("../../../../tmp/evil")});
-    rows.push_back({"absolute", QByteArray("/tmp/evil")});
-    rows.push_back({"dot", QByteArray(".")});
-    rows.push_back({"backslash", QByteArray("a\\b")});
-    rows.push_back({"control character", QByteArray("ID\nX")});
-    rows.push_back({"next line", QByteArray("ID\xc2\x85")});
-    return rows;
-}
-
 TEST(TestCollectHelpers, job_hostileModelName_isRefusedAndWritesNothing)
 {
-    forEachRow(jobHostileModelNameIsRefusedAndWritesNothingRows(), [&](const JobHostileModelNameIsRefusedAndWritesNothingRow& row) {
-        const QByteArray model = row.model;
+    struct Row {
+        std::string rowName;
+        QByteArray model;
+    };
+    forEachRow(std::vector<Row>{{"parent path", "../../../../tmp/evil"},
+                                {"absolute", "/tmp/evil"},
+                                {"dot", "."},
+                                {"backslash", "a\\b"},
+                                {"control character", "ID\nX"},
+                                {"next line", "ID\xc2\x85"}},
+               [](const Row& row) {
         const QStringList before = FilesBelow(SuiteRoot());
         QTemporaryDir work;
-        const JobResult result = RunJob(RecordOf(model, "SN-HOSTILE"), work.path());
+        const JobResult result = RunJob(RecordOf(row.model, "SN-HOSTILE"), work.path());
 
         ASSERT_EQ(result.statuses, kRefused);
         ASSERT_EQ(result.finishes, 0);

@@ -47,34 +47,6 @@ bool HasProblem(const StoreListing& listing, const std::string& group, const std
 
 } // namespace
 
-struct ValuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRow {
-    std::string rowName;
-    QString group;
-    QString key;
-    QString value;
-};
-
-static std::vector<ValuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRow> valuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRows()
-{
-    std::vector<ValuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRow> rows;
-    rows.push_back({"plain", "Vir73440012", "chModelName", "QV-ID310-12M"});
-    rows.push_back({"inner space", "Vir1", "chDeviceVersion", "V3.2.1.R 240315"});
-    rows.push_back({"empty", "Vir1", "chUserDefinedName", ""});
-    rows.push_back({"outer spaces", "Vir1", "name", "  padded  "});
-    rows.push_back({"separators", "Vir1", "name", "a;b,c=d"});
-    rows.push_back({"quotes and backslash", "Vir1", "name", "say \"hi\" \\ C:\\dir\\"});
-    rows.push_back({"controls", "Vir1", "name", QString("tab\there\nline\r\x01" "b\x7f")});
-    rows.push_back({"nul", "Vir1", "name", QString("a") + QChar(0) + "1b"});
-    rows.push_back({"at sign", "Vir1", "name", "@home"});
-    rows.push_back({"typed look-alike", "Vir1", "name", "@Invalid()"});
-    // Characters beyond 16 bits survive in names only: the settings
-    // class drops them from values when it writes.
-    rows.push_back({"unicode", QString::fromUtf8("Kamera Grüße \xF0\x9F\x93\xB7"), "名前 key", QString::fromUtf8("Gerät 相机 ✓")});
-    rows.push_back({"escaped names", "a%b[c]=d", "k;e#y=1", "v"});
-    rows.push_back({"General group", "General", "x", "1"});
-    return rows;
-}
-
 class StoreReaderTest : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -101,23 +73,41 @@ void StoreReaderTest::SetUp()
 
 TEST_F(StoreReaderTest, valuesAndNamesWrittenByTheSettingsClass_readBackUnchanged)
 {
-    forEachRow(valuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRows(), [&](const ValuesAndNamesWrittenByTheSettingsClassReadBackUnchangedRow& row) {
+    struct Row {
+        std::string rowName;
+        QString group, key, value;
+    };
+    forEachRow(std::vector<Row>{
+                   {"plain", "Vir73440012", "chModelName", "QV-ID310-12M"},
+                   {"inner space", "Vir1", "chDeviceVersion", "V3.2.1.R 240315"},
+                   {"empty", "Vir1", "chUserDefinedName", ""},
+                   {"outer spaces", "Vir1", "name", "  padded  "},
+                   {"separators", "Vir1", "name", "a;b,c=d"},
+                   {"quotes and backslash", "Vir1", "name", "say \"hi\" \\ C:\\dir\\"},
+                   {"controls", "Vir1", "name", QString("tab\there\nline\r\x01" "b\x7f")},
+                   {"nul", "Vir1", "name", QString("a") + QChar(0) + "1b"},
+                   {"at sign", "Vir1", "name", "@home"},
+                   {"typed look-alike", "Vir1", "name", "@Invalid()"},
+                   // Characters beyond 16 bits survive in names only: the settings
+                   // class drops them from values when it writes.
+                   {"unicode", QString::fromUtf8("Kamera Grüße \xF0\x9F\x93\xB7"), "名前 key", QString::fromUtf8("Gerät 相机 ✓")},
+                   {"escaped names", "a%b[c]=d", "k;e#y=1", "v"},
+                   {"General group", "General", "x", "1"},
+               },
+               [&](const Row& row) {
         SetUp(); // a fresh fixture for every row
-        const QString group = row.group;
-        const QString key = row.key;
-        const QString value = row.value;
         {
             QSettings settings(Path("t.ini"), QSettings::IniFormat);
             settings.setIniCodec("utf-8");
             settings.setValue("Global/VirtualMode", 1);
-            settings.setValue(group + "/" + key, value);
+            settings.setValue(row.group + "/" + row.key, row.value);
         }
         const IniDocument document = parseIni(ReadAll(Path("t.ini")).toStdString());
         ASSERT_TRUE(document.problems.empty());
-        const IniEntry* entry = FindEntry(document, group, key);
+        const IniEntry* entry = FindEntry(document, row.group, row.key);
         ASSERT_TRUE(entry) << ReadAll(Path("t.ini")).constData();
         ASSERT_TRUE(entry->value.isText());
-        ASSERT_EQ(QString::fromStdString(entry->value.text()), value);
+        ASSERT_EQ(QString::fromStdString(entry->value.text()), row.value);
     });
 }
 
