@@ -60,28 +60,22 @@ int TotalFromLog(const TestLog& log, const QString& pattern)
     return -1;
 }
 
-QStringList FilesIn(const QString& folder)
-{
-    return QDir(folder).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name);
-}
-
 } // namespace
 
 class TestCollectJob : public ::testing::Test {
 protected:
     void SetUp() override;
-    void TearDown() override;
     // The simulator with count demo readers; empty (and the case failed)
     // when they are not found.
     QVector<XQ_CODEREADER_DEVICE_INFO> startReaders(int count);
-    DeviceProcess* m_device = nullptr;
+    std::unique_ptr<DeviceProcess> m_device;
 };
 
 void TestCollectJob::SetUp()
 {
     // Each case starts from an empty collection root and staging folder.
     QDir(CollectionRoot()).removeRecursively();
-    for (const QString& name : FilesIn(ApplicationDir())) {
+    for (const QString& name : Entries(ApplicationDir())) {
         if (name != QFileInfo(QCoreApplication::applicationFilePath()).fileName())
             QFile::remove(ApplicationDir() + QLatin1Char('/') + name);
     }
@@ -89,13 +83,7 @@ void TestCollectJob::SetUp()
     ASSERT_TRUE(QDir().mkpath(SuiteRoot() + QStringLiteral("/common")));
     ASSERT_TRUE(QDir::setCurrent(SuiteRoot()));
     ASSERT_TRUE(UseShippedIgnoreList());
-    m_device = new DeviceProcess;
-}
-
-void TestCollectJob::TearDown()
-{
-    delete m_device;
-    m_device = nullptr;
+    m_device = std::make_unique<DeviceProcess>();
 }
 
 QVector<XQ_CODEREADER_DEVICE_INFO> TestCollectJob::startReaders(int count)
@@ -126,10 +114,8 @@ TEST_F(TestCollectJob, fullJob_leavesCollectionFolderAndReportsInOrder)
 
     // Folder: Jpg/1.jpg .. n.jpg, the CSV, the description and both dumps.
     const QString folder = CollectionRoot() + QLatin1Char('/') + model;
-    ASSERT_EQ(FilesIn(folder), (QStringList{QStringLiteral("ImportInformation.csv"), QStringLiteral("Jpg"),
-                                           model + QStringLiteral(".xml"), model + QStringLiteral("_regfile.dat"),
-                                           model + QStringLiteral("_strRegFile.dat")}));
-    const QStringList images = FilesIn(folder + QStringLiteral("/Jpg"));
+    ASSERT_EQ(Entries(folder), CollectedFilesOf(model));
+    const QStringList images = Entries(folder + QStringLiteral("/Jpg"));
     ASSERT_TRUE(!images.isEmpty());
     for (int n = 1; n <= images.size(); ++n)
         ASSERT_TRUE(images.contains(QStringLiteral("%1.jpg").arg(n))) << qPrintable(images.join(' '));
@@ -199,7 +185,7 @@ TEST_F(TestCollectJob, fullJob_leavesCollectionFolderAndReportsInOrder)
     ASSERT_TRUE(QFileInfo(folder + QLatin1Char('/') + model + QStringLiteral("_strRegFile.dat")).exists());
 
     // Nothing staged is left beside the program.
-    ASSERT_EQ(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+    ASSERT_EQ(Entries(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
 
     // Progress: the capture counter (0), 9, 10, one value per boolean and
     // per readable enumeration, then 99 and 100.
@@ -277,8 +263,8 @@ TEST_F(TestCollectJob, twoDevicesOfOneModel_bothFinish)
     for (const QString& name : {QStringLiteral("ImportInformation.csv"), pair.key() + QStringLiteral(".xml"),
                                 QStringLiteral("Jpg/1.jpg")})
         ASSERT_TRUE(QFileInfo::exists(folder + QLatin1Char('/') + name)) << qPrintable(name);
-    ASSERT_EQ(ReadAll(folder + QStringLiteral("/ImportInformation.csv")).count("\r\n"), FilesIn(folder + QStringLiteral("/Jpg")).size());
-    ASSERT_EQ(FilesIn(CollectionRoot()), QStringList{pair.key()});
+    ASSERT_EQ(ReadAll(folder + QStringLiteral("/ImportInformation.csv")).count("\r\n"), Entries(folder + QStringLiteral("/Jpg")).size());
+    ASSERT_EQ(Entries(CollectionRoot()), QStringList{pair.key()});
 }
 
 TEST_F(TestCollectJob, disconnectionMidWalk_endsWithCollectFailed)
@@ -308,8 +294,8 @@ TEST_F(TestCollectJob, disconnectionMidWalk_endsWithCollectFailed)
     ASSERT_EQ(job.finishes(), QStringList{});
     ASSERT_TRUE(!job.statuses().isEmpty() && job.statuses().constLast() == QStringLiteral("Collect Failed!")) << qPrintable(job.statuses().join('|'));
     ASSERT_TRUE(!job.progress().contains(99));
-    ASSERT_EQ(FilesIn(CollectionRoot()), QStringList{model});
-    ASSERT_EQ(FilesIn(previous + QStringLiteral("/Jpg")), (QStringList{QStringLiteral("1.jpg"), QStringLiteral("77.jpg")}));
+    ASSERT_EQ(Entries(CollectionRoot()), QStringList{model});
+    ASSERT_EQ(Entries(previous + QStringLiteral("/Jpg")), (QStringList{QStringLiteral("1.jpg"), QStringLiteral("77.jpg")}));
     for (const QString& name : {QStringLiteral("/Jpg/1.jpg"), QStringLiteral("/Jpg/77.jpg"), QStringLiteral("/ImportInformation.csv")})
         ASSERT_TRUE(ReadAll(previous + name) == image);
 }
@@ -329,7 +315,7 @@ TEST_F(TestCollectJob, cameraWithoutRunningMode_failsImageCapture)
     ASSERT_EQ(job.progress(), QVector<int>{});
     // No feature capture: nothing staged, no description in the folder.
     const QString model = ModelOf(readers.first());
-    ASSERT_EQ(FilesIn(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+    ASSERT_EQ(Entries(ApplicationDir()), QStringList{QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
     ASSERT_TRUE(!QFileInfo::exists(CollectionRoot() + QLatin1Char('/') + model + QLatin1Char('/') + model + QStringLiteral(".xml")));
 }
 

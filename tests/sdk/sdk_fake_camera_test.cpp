@@ -31,7 +31,7 @@ protected:
     {
         ASSERT_TRUE(s_device->started) << s_device->error;
         ASSERT_EQ(XQ_CC_EnumDevices(&m_cameras, XQ_TLAYER_GIGE), XQ_OK);
-        m_camera = xqtest::findCamera(m_cameras, kSerial);
+        m_camera = xqtest::findDevice(m_cameras, kSerial);
         ASSERT_NE(m_camera, nullptr) << "the fake camera was not enumerated";
     }
 

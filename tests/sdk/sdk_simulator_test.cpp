@@ -45,10 +45,10 @@ protected:
     {
         ASSERT_TRUE(s_device->started) << s_device->error;
         ASSERT_EQ(XQ_CODEREADER_EnumDevices(&m_readers, XQ_TLAYER_GIGE), XQ_OK);
-        m_reader = xqtest::findCodeReader(m_readers, kSerial);
+        m_reader = xqtest::findDevice(m_readers, kSerial);
         ASSERT_NE(m_reader, nullptr) << "demo reader 0 was not enumerated";
         ASSERT_EQ(XQ_CC_EnumDevices(&m_cameras, XQ_TLAYER_GIGE | XQ_TLAYER_USB), XQ_OK);
-        m_camera = xqtest::findCamera(m_cameras, kSerial);
+        m_camera = xqtest::findDevice(m_cameras, kSerial);
         ASSERT_NE(m_camera, nullptr);
     }
 
@@ -87,7 +87,7 @@ TEST_F(Simulator, enumerationFindsEveryDemoReaderOnItsAddressThroughBothSdks)
     EXPECT_EQ(text(m_reader->stGigE.chModelName), kModel);
     EXPECT_EQ(m_reader->stGigE.nCurrentIp, 0x7F000002u);
     EXPECT_EQ(m_camera->stGigE.nCurrentIp, 0x7F000002u);
-    const XQ_CODEREADER_DEVICE_INFO* second = xqtest::findCodeReader(m_readers, "QD24A10101");
+    const XQ_CODEREADER_DEVICE_INFO* second = xqtest::findDevice(m_readers, "QD24A10101");
     ASSERT_NE(second, nullptr);
     EXPECT_EQ(second->stGigE.nCurrentIp, 0x7F000003u);
 }
@@ -377,7 +377,7 @@ TEST(SimulatorLoss, killingTheSimulatorMidSessionCallsBackWithDeviceLost)
     ASSERT_TRUE(xqtest::startSimulator(process, 1, error)) << error;
     XQ_CODEREADER_DEVICE_INFO_LIST readers{};
     ASSERT_EQ(XQ_CODEREADER_EnumDevices(&readers, XQ_TLAYER_GIGE), XQ_OK);
-    const XQ_CODEREADER_DEVICE_INFO* record = xqtest::findCodeReader(readers, kSerial);
+    const XQ_CODEREADER_DEVICE_INFO* record = xqtest::findDevice(readers, kSerial);
     ASSERT_NE(record, nullptr);
 
     LossWitness witness;

@@ -7,6 +7,7 @@
 #include "QtPrinters.h"
 #include "CodeReaders.h"
 #include "SuiteLayout.h"
+#include "TestFiles.h"
 #include "WindowProbe.h"
 
 #include "CustomMessageBox.h"
@@ -35,16 +36,10 @@ bool exists(const QString& path)
     return QFileInfo::exists(path);
 }
 
-// Everything in the collection root, hidden job folders included.
-QStringList rootEntries()
-{
-    return QDir(CollectionRoot()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-}
-
 // A running job of the model has made its image folder.
 bool jobFolderHasImages(const QString& model)
 {
-    for (const QString& name : rootEntries())
+    for (const QString& name : Entries(CollectionRoot()))
         if (name.startsWith("." + model + ".collecting-") && exists(CollectionRoot() + "/" + name + "/Jpg"))
             return true;
     return false;
@@ -55,7 +50,6 @@ bool jobFolderHasImages(const QString& model)
 class WindowCollectTest : public ::testing::Test {
 protected:
     void SetUp() override;
-    void TearDown() override;
     bool startDevices(int count);
     // Waits until every named row shows a final status; records whether a
     // progress bar was seen in each meanwhile.
@@ -72,11 +66,6 @@ void WindowCollectTest::SetUp()
     ASSERT_TRUE(QDir::setCurrent(SuiteRoot() + "/common"));
     QFile::remove("Config/Config.json");
     ASSERT_TRUE(QFile::copy(QUORVEX_SOURCE_DIR "/resources/config/Config.json", "Config/Config.json"));
-}
-
-void WindowCollectTest::TearDown()
-{
-    m_devices.reset();
 }
 
 bool WindowCollectTest::startDevices(int count)
@@ -216,7 +205,7 @@ TEST_F(WindowCollectTest, collectTwo_showsProgressThenFinishedAndFillsSelectorOn
     QStringList entries = probe.selectorEntries();
     entries.sort();
     ASSERT_EQ(entries, expected);
-    ASSERT_EQ(rootEntries(), expected);
+    ASSERT_EQ(Entries(CollectionRoot()), expected);
     for (const QString& model : expected) {
         ASSERT_TRUE(exists(CollectionRoot() + "/" + model + "/ImportInformation.csv"));
         ASSERT_TRUE(exists(CollectionRoot() + "/" + model + "/" + model + ".xml"));
@@ -272,7 +261,7 @@ TEST_F(WindowCollectTest, lostDevice_leavesTheOtherJobRunning)
     ASSERT_TRUE(earlierFile.open(QIODevice::ReadOnly) && earlierFile.readAll() == "earlier");
     QStringList models{lostModel, keptModel};
     models.sort();
-    ASSERT_EQ(rootEntries(), models);
+    ASSERT_EQ(Entries(CollectionRoot()), models);
     for (const char* suffix : {"_regfile.dat", "_strRegFile.dat", ".xml"})
         ASSERT_TRUE(!exists(ApplicationDir() + "/" + lostModel + suffix));
     ASSERT_TRUE(exists(CollectionRoot() + "/" + keptModel + "/ImportInformation.csv"));
@@ -308,7 +297,7 @@ TEST_F(WindowCollectTest, closeWhileCollecting_asks_cancelKeepsJobs_confirmRemov
     // Destroying the window stopped the job and removed what it had made.
     qInfo("window gone %lld ms after the confirmed close", static_cast<long long>(quitting.elapsed()));
     ASSERT_TRUE(quitting.elapsed() < 30000) << "the wait at quit is bounded by a few seconds";
-    ASSERT_EQ(rootEntries(), QStringList{});
+    ASSERT_EQ(Entries(CollectionRoot()), QStringList{});
     ASSERT_TRUE(!exists(ApplicationDir() + "/" + model + ".xml"));
 }
 

@@ -17,26 +17,6 @@ std::string text(const unsigned char* field, std::size_t size)
     return std::string(bytes, nul ? static_cast<const char*>(nul) - bytes : size);
 }
 
-const XQ_CC_DEVICE_INFO* findCamera(const XQ_CC_DEVICE_INFO_LIST& list, const std::string& serial)
-{
-    for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
-        const XQ_CC_DEVICE_INFO* record = list.pDeviceInfo[i];
-        if (record && text(record->stGigE.chSerialNumber) == serial)
-            return record;
-    }
-    return nullptr;
-}
-
-const XQ_CODEREADER_DEVICE_INFO* findCodeReader(const XQ_CODEREADER_DEVICE_INFO_LIST& list, const std::string& serial)
-{
-    for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
-        const XQ_CODEREADER_DEVICE_INFO* record = list.pDeviceInfo[i];
-        if (record && text(record->stGigE.chSerialNumber) == serial)
-            return record;
-    }
-    return nullptr;
-}
-
 std::map<std::string, NodeSummary> walkTree(XQ_HANDLE camera)
 {
     std::map<std::string, NodeSummary> nodes;

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -21,8 +22,16 @@ std::string text(const unsigned char (&field)[N])
     return text(field, N);
 }
 
-const XQ_CC_DEVICE_INFO* findCamera(const XQ_CC_DEVICE_INFO_LIST& list, const std::string& serial);
-const XQ_CODEREADER_DEVICE_INFO* findCodeReader(const XQ_CODEREADER_DEVICE_INFO_LIST& list, const std::string& serial);
+// The record with serial in a device list of either SDK, or null.
+template <class List>
+auto findDevice(const List& list, const std::string& serial) -> std::decay_t<decltype(list.pDeviceInfo[0])>
+{
+    for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
+        if (list.pDeviceInfo[i] && text(list.pDeviceInfo[i]->stGigE.chSerialNumber) == serial)
+            return list.pDeviceInfo[i];
+    }
+    return nullptr;
+}
 
 struct NodeSummary {
     unsigned int type = 0;
