@@ -18,32 +18,24 @@ using xqtest::AravisClient;
 constexpr char kIp[] = "127.0.0.1";
 constexpr char kSerial[] = "QVXFAKE1";
 
-class FakeCamera : public ::testing::Test {
-protected:
-    static void SetUpTestSuite()
+struct StartFakeCamera {
+    static bool start(xqtest::DeviceProcess& process, std::string& error)
     {
-        s_device = xqtest::startSuiteDevice(
-            [](xqtest::DeviceProcess& process, std::string& error) { return xqtest::startFakeCamera(process, kIp, kSerial, error); });
+        return xqtest::startFakeCamera(process, kIp, kSerial, error);
     }
-    static void TearDownTestSuite() { s_device.reset(); }
+};
 
+class FakeCamera : public xqtest::DeviceSuite<StartFakeCamera> {
+protected:
     void SetUp() override
     {
-        ASSERT_TRUE(s_device->started) << s_device->error;
+        DeviceSuite::SetUp();
         ASSERT_EQ(XQ_CC_EnumDevices(&m_cameras, XQ_TLAYER_GIGE), XQ_OK);
         m_camera = xqtest::findDevice(m_cameras, kSerial);
         ASSERT_NE(m_camera, nullptr) << "the fake camera was not enumerated";
     }
+    XQ_HANDLE openCamera() const { return DeviceSuite::openCamera(m_camera); }
 
-    XQ_HANDLE openCamera()
-    {
-        XQ_HANDLE handle = nullptr;
-        EXPECT_EQ(XQ_CC_CreateHandle(&handle, m_camera), XQ_OK);
-        EXPECT_EQ(XQ_CC_OpenDevice(handle, XQ_ACCESS_EXCLUSIVE, 0), XQ_OK);
-        return handle;
-    }
-
-    static inline std::unique_ptr<xqtest::SuiteDevice> s_device;
     XQ_CC_DEVICE_INFO_LIST m_cameras{};
     const XQ_CC_DEVICE_INFO* m_camera = nullptr;
 };

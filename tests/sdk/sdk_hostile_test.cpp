@@ -27,48 +27,24 @@ const std::vector<std::string> kHostileKinds = {"bad-zip", "zip-bomb", "huge-xml
 constexpr char kSlowIp[] = "127.0.0.7";
 constexpr char kName32Ip[] = "127.0.0.8";
 
-std::uint32_t addressOf(const char* ip)
-{
-    unsigned a = 0, b = 0, c = 0, d = 0;
-    std::sscanf(ip, "%u.%u.%u.%u", &a, &b, &c, &d);
-    return (a << 24) | (b << 16) | (c << 8) | d;
-}
-
-class Hostile : public ::testing::Test {
-protected:
-    static void SetUpTestSuite()
+struct StartHostile {
+    static bool start(xqtest::DeviceProcess& process, std::string& error)
     {
-        s_device = xqtest::startSuiteDevice([](xqtest::DeviceProcess& process, std::string& error) {
-            return xqtest::startSimulator(process, 1, error, kHostileKinds);
-        });
+        return xqtest::startSimulator(process, 1, error, kHostileKinds);
     }
-    static void TearDownTestSuite() { s_device.reset(); }
+};
 
+class Hostile : public xqtest::DeviceSuite<StartHostile> {
+protected:
     void SetUp() override
     {
-        ASSERT_TRUE(s_device->started) << s_device->error;
+        DeviceSuite::SetUp();
         ASSERT_EQ(XQ_CODEREADER_EnumDevices(&m_readers, XQ_TLAYER_GIGE), XQ_OK);
         ASSERT_EQ(XQ_CC_EnumDevices(&m_cameras, XQ_TLAYER_GIGE), XQ_OK);
     }
+    const XQ_CODEREADER_DEVICE_INFO* reader(const char* ip) const { return xqtest::findDeviceAt(m_readers, ip); }
+    const XQ_CC_DEVICE_INFO* camera(const char* ip) const { return xqtest::findDeviceAt(m_cameras, ip); }
 
-    const XQ_CODEREADER_DEVICE_INFO* reader(const char* ip) const
-    {
-        for (unsigned i = 0; i < m_readers.nDeviceNum; ++i) {
-            if (m_readers.pDeviceInfo[i]->stGigE.nCurrentIp == addressOf(ip))
-                return m_readers.pDeviceInfo[i];
-        }
-        return nullptr;
-    }
-    const XQ_CC_DEVICE_INFO* camera(const char* ip) const
-    {
-        for (unsigned i = 0; i < m_cameras.nDeviceNum; ++i) {
-            if (m_cameras.pDeviceInfo[i]->stGigE.nCurrentIp == addressOf(ip))
-                return m_cameras.pDeviceInfo[i];
-        }
-        return nullptr;
-    }
-
-    static inline std::unique_ptr<xqtest::SuiteDevice> s_device;
     XQ_CODEREADER_DEVICE_INFO_LIST m_readers{};
     XQ_CC_DEVICE_INFO_LIST m_cameras{};
 };

@@ -32,18 +32,18 @@ constexpr char kSerial[] = "QD24A10000";
 constexpr char kModel[] = "QVX-ID2040M";
 constexpr unsigned kDemoCount = 3;
 
-class Simulator : public ::testing::Test {
-protected:
-    static void SetUpTestSuite()
+struct StartDemoReaders {
+    static bool start(xqtest::DeviceProcess& process, std::string& error)
     {
-        s_device = xqtest::startSuiteDevice(
-            [](xqtest::DeviceProcess& process, std::string& error) { return xqtest::startSimulator(process, kDemoCount, error); });
+        return xqtest::startSimulator(process, kDemoCount, error);
     }
-    static void TearDownTestSuite() { s_device.reset(); }
+};
 
+class Simulator : public xqtest::DeviceSuite<StartDemoReaders> {
+protected:
     void SetUp() override
     {
-        ASSERT_TRUE(s_device->started) << s_device->error;
+        DeviceSuite::SetUp();
         ASSERT_EQ(XQ_CODEREADER_EnumDevices(&m_readers, XQ_TLAYER_GIGE), XQ_OK);
         m_reader = xqtest::findDevice(m_readers, kSerial);
         ASSERT_NE(m_reader, nullptr) << "demo reader 0 was not enumerated";
@@ -51,14 +51,7 @@ protected:
         m_camera = xqtest::findDevice(m_cameras, kSerial);
         ASSERT_NE(m_camera, nullptr);
     }
-
-    XQ_HANDLE openCamera()
-    {
-        XQ_HANDLE handle = nullptr;
-        EXPECT_EQ(XQ_CC_CreateHandle(&handle, m_camera), XQ_OK);
-        EXPECT_EQ(XQ_CC_OpenDevice(handle, XQ_ACCESS_EXCLUSIVE, 0), XQ_OK);
-        return handle;
-    }
+    XQ_HANDLE openCamera() const { return DeviceSuite::openCamera(m_camera); }
 
     // The collection's set-up: running mode 2, trigger on, software source.
     XQ_HANDLE openGrabbingReader(const XQ_CODEREADER_DEVICE_INFO* record)
@@ -74,7 +67,6 @@ protected:
         return reader;
     }
 
-    static inline std::unique_ptr<xqtest::SuiteDevice> s_device;
     XQ_CODEREADER_DEVICE_INFO_LIST m_readers{};
     XQ_CC_DEVICE_INFO_LIST m_cameras{};
     const XQ_CODEREADER_DEVICE_INFO* m_reader = nullptr;

@@ -5,6 +5,7 @@
 #include "XqCodeReaderCtrl.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -28,6 +29,19 @@ auto findDevice(const List& list, const std::string& serial) -> std::decay_t<dec
 {
     for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
         if (list.pDeviceInfo[i] && text(list.pDeviceInfo[i]->stGigE.chSerialNumber) == serial)
+            return list.pDeviceInfo[i];
+    }
+    return nullptr;
+}
+
+// The record at a dotted IPv4 address in a device list of either SDK, or null.
+template <class List>
+auto findDeviceAt(const List& list, const char* ip) -> std::decay_t<decltype(list.pDeviceInfo[0])>
+{
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    std::sscanf(ip, "%u.%u.%u.%u", &a, &b, &c, &d);
+    for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
+        if (list.pDeviceInfo[i] && list.pDeviceInfo[i]->stGigE.nCurrentIp == ((a << 24) | (b << 16) | (c << 8) | d))
             return list.pDeviceInfo[i];
     }
     return nullptr;
