@@ -1,23 +1,17 @@
-// quorvex-cli collecting a good code reader and a hostile one side by side,
-// one row per fault the simulator can serve (--hostile KIND): the hostile
-// job ends on its own with a failure (or, for a name that is merely odd,
-// with a collection in a folder of its own) within a bounded time, the good
-// reader's collection completes, nothing crashes, nothing outside the
-// tool's folders changes, and the earlier collection of the hostile
-// device's model is still there byte for byte.
+// quorvex-cli collecting a good code reader beside a hostile one, a row per
+// fault the simulator can serve: the hostile job ends on its own, the good
+// one completes, nothing crashes, and nothing outside the tool's folders or
+// in the earlier collection of the hostile model changes.
 
 #include "TableTests.h"
 #include "QtPrinters.h"
 #include "CliProcess.h"
 #include "CodeReaders.h"
+#include "TestFiles.h"
 
 #include <QCryptographicHash>
-#include <QDir>
-#include <QDirIterator>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonArray>
-#include <QtCore>
 
 #include <gtest/gtest.h>
 
@@ -94,19 +88,19 @@ void LimitMemoryOfChildren()
 class HostileDevicesTest : public ::testing::Test {
 protected:
     void SetUp() override;
-    QString m_strHome;
-    QString m_strReference; // a good collection of kModel, made once
+    QString m_home;
+    QString m_reference; // a good collection of kModel, made once
     CliSuite m_suite;
 };
 
 void HostileDevicesTest::SetUp()
 {
     LimitMemoryOfChildren();
-    m_strHome = qEnvironmentVariable("QUORVEX_TEST_HOME");
-    m_strReference = m_strHome + QStringLiteral("/reference/") + kModel;
+    m_home = qEnvironmentVariable("QUORVEX_TEST_HOME");
+    m_reference = m_home + QStringLiteral("/reference/") + kModel;
     QString error;
     ASSERT_TRUE(m_suite.prepare(&error)) << qPrintable(error);
-    ASSERT_TRUE(::mkfifo(qPrintable(m_strHome + QStringLiteral("/fifo")), 0600) == 0 || errno == EEXIST);
+    ASSERT_TRUE(::mkfifo(qPrintable(m_home + QStringLiteral("/fifo")), 0600) == 0 || errno == EEXIST);
 
     DeviceProcess simulator;
     const QVector<XQ_CODEREADER_DEVICE_INFO> readers = startReaders(simulator, 1, &error);
@@ -114,45 +108,36 @@ void HostileDevicesTest::SetUp()
     const CliResult result = m_suite.run({QStringLiteral("collect"), SerialOf(readers[0])}, CliSuite::systemEnvironment(),
                                          kCollectTimeoutMs);
     ASSERT_TRUE(result.exitCode == 0) << qPrintable(result.describe());
-    QDir(m_strReference).removeRecursively();
-    ASSERT_TRUE(CopyTree(m_suite.collectionRoot() + QLatin1Char('/') + kModel, m_strReference));
-}
-
-struct CollectHostileBesideGoodRow {
-    std::string rowName;
-    QString kind;
-    bool mayCollect;
-};
-
-static std::vector<CollectHostileBesideGoodRow> collectHostileBesideGoodRows()
-{
-    std::vector<CollectHostileBesideGoodRow> rows;
-    // Only a name fault may end in a collection, and then in a folder of
-    // its own; every other fault ends its job with a failure.
-    for (const char* kind : {"bad-zip", "zip-bomb", "huge-xml", "slow-xml", "file-url", "vanish"})
-        rows.push_back({kind, QString::fromLatin1(kind), false});
-    rows.push_back({"file-url fifo", QStringLiteral("file-url=%1/fifo").arg(qEnvironmentVariable("QUORVEX_TEST_HOME")), false});
-    for (const char* kind : {"name-32", "name-latin1", "name-format"})
-        rows.push_back({kind, QString::fromLatin1(kind), true});
-    return rows;
+    QDir(m_reference).removeRecursively();
+    ASSERT_TRUE(CopyTree(m_suite.collectionRoot() + QLatin1Char('/') + kModel, m_reference));
 }
 
 TEST_F(HostileDevicesTest, collect_hostileBesideGood)
 {
-    forEachRow(collectHostileBesideGoodRows(), [&](const CollectHostileBesideGoodRow& row) {
-        const QString kind = row.kind;
-        const bool mayCollect = row.mayCollect;
+    struct Row {
+        std::string rowName;
+        QString kind;
+        bool mayCollect; // a name fault may end in a collection in a folder of its own
+    };
+    std::vector<Row> rows;
+    for (const char* kind : {"bad-zip", "zip-bomb", "huge-xml", "slow-xml", "file-url", "vanish"})
+        rows.push_back({kind, kind, false});
+    rows.push_back({"file-url fifo", "file-url=" + m_home + "/fifo", false});
+    for (const char* kind : {"name-32", "name-latin1", "name-format"})
+        rows.push_back({kind, kind, true});
+    forEachRow(rows, [&](const Row& row) {
+        const QString& kind = row.kind;
         QString error;
         ASSERT_TRUE(m_suite.prepare(&error)) << qPrintable(error);
         const QString root = m_suite.collectionRoot();
         QDir(root).removeRecursively();
-        ASSERT_TRUE(CopyTree(m_strReference, root + QLatin1Char('/') + kModel));
+        ASSERT_TRUE(CopyTree(m_reference, root + QLatin1Char('/') + kModel));
         // The tool may write below its suite folder and its XDG folders; the
         // reference copy and anything else in the home must stay as they are.
         const QStringList toolFolders{QStringLiteral("suite/apps/Quorvex"), QStringLiteral("suite/common/VirtualCamera"),
                                       QStringLiteral("cache"), QStringLiteral("config"), QStringLiteral("data"),
                                       QStringLiteral("run")};
-        const QMap<QString, QByteArray> outsideBefore = Snapshot(m_strHome, toolFolders);
+        const QMap<QString, QByteArray> outsideBefore = Snapshot(m_home, toolFolders);
 
         DeviceProcess simulator;
         std::string why;
@@ -187,7 +172,7 @@ TEST_F(HostileDevicesTest, collect_hostileBesideGood)
 
         const QString outcome = hostile.value(QStringLiteral("outcome")).toString();
         QStringList expectedFolders{goodModel, kModel};
-        if (outcome == QStringLiteral("collected") && mayCollect) {
+        if (outcome == QStringLiteral("collected") && row.mayCollect) {
             // Its own folder, directly in the root, named after nothing else.
             const QString folder = hostile.value(QStringLiteral("folder")).toString();
             ASSERT_TRUE(QFileInfo(folder).absolutePath() == QDir::cleanPath(root) && !expectedFolders.contains(QFileInfo(folder).fileName())) << qPrintable(result.describe());
@@ -200,12 +185,12 @@ TEST_F(HostileDevicesTest, collect_hostileBesideGood)
         // The good reader's images went to its own folder only; the earlier
         // collection of the hostile device's model is untouched.
         expectedFolders.sort();
-        ASSERT_EQ(QDir(root).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), expectedFolders);
+        ASSERT_EQ(Entries(root), expectedFolders);
         ASSERT_TRUE(!QDir(goodFolder + QStringLiteral("/Jpg")).isEmpty());
         ASSERT_TRUE(QFileInfo::exists(goodFolder + QLatin1Char('/') + goodModel + QStringLiteral(".xml")));
-        ASSERT_TRUE(Snapshot(root + QLatin1Char('/') + kModel) == Snapshot(m_strReference)) << "earlier collection changed";
-        ASSERT_EQ(QDir(m_suite.applicationDir()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDir::Name), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
-        ASSERT_TRUE(Snapshot(m_strHome, toolFolders) == outsideBefore) << "files outside the tool's folders changed";
+        ASSERT_TRUE(Snapshot(root + QLatin1Char('/') + kModel) == Snapshot(m_reference)) << "earlier collection changed";
+        ASSERT_EQ(Entries(m_suite.applicationDir()), (QStringList{QStringLiteral("Config"), QStringLiteral("quorvex-cli")}));
+        ASSERT_TRUE(Snapshot(m_home, toolFolders) == outsideBefore) << "files outside the tool's folders changed";
     });
 }
 

@@ -5,7 +5,6 @@
 #include "aravis_fixture.h"
 #include "decode_helpers.h"
 #include "gvcp_client.h"
-#include "simulator_fixture.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
@@ -24,14 +23,13 @@ using namespace quorvex::sim::test;
 // tests; here Aravis parses it, takes control and reads through it.
 TEST_F(AravisClient, open_takesControlAndReadsTheSecondDevicesIdentity)
 {
-    const auto server = test::startDemoServer(2);
-    GObjectPtr<ArvDevice> device(open("127.0.0.3"));
-    ASSERT_TRUE(device.get());
-    EXPECT_TRUE(arv_gv_device_is_controller(ARV_GV_DEVICE(device.get())));
+    ArvDevice* dev = openDemo(2, "127.0.0.3");
+    ASSERT_TRUE(dev);
+    EXPECT_TRUE(arv_gv_device_is_controller(ARV_GV_DEVICE(dev)));
     GError* error = nullptr;
-    EXPECT_EQ(std::string(arv_device_get_string_feature_value(device.get(), "DeviceSerialNumber", &error)),
+    EXPECT_EQ(std::string(arv_device_get_string_feature_value(dev, "DeviceSerialNumber", &error)),
               DemoCodeReader::demoIdentity(1).serialNumber);
-    EXPECT_EQ(arv_device_get_integer_feature_value(device.get(), "GevCurrentIPAddress", &error), 0x7F000003);
+    EXPECT_EQ(arv_device_get_integer_feature_value(dev, "GevCurrentIPAddress", &error), 0x7F000003);
     EXPECT_EQ(error, nullptr) << takeError(error);
 }
 
@@ -70,21 +68,20 @@ private:
 
 TEST_F(AravisClient, softwareTrigger_givesOneDecodableFramePerTrigger)
 {
-    const auto server = test::startDemoServer(1);
-    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
-    ASSERT_TRUE(device.get());
-    setFeature(device.get(), "TriggerMode", "On");
-    setFeature(device.get(), "TriggerSource", "Software");
-    Stream stream(device.get());
+    ArvDevice* dev = openDemo();
+    ASSERT_TRUE(dev);
+    setFeature(dev, "TriggerMode", "On");
+    setFeature(dev, "TriggerSource", "Software");
+    Stream stream(dev);
     ASSERT_TRUE(stream.get());
-    execute(device.get(), "AcquisitionStart");
+    execute(dev, "AcquisitionStart");
 
     const std::string serial = DemoCodeReader::demoIdentity(0).serialNumber;
     guint64 previousId = 0;
     int previousTrigger = -1;
     int cutShort = 0;
     for (int trigger = 0; trigger < 6; ++trigger) {
-        execute(device.get(), "TriggerSoftware");
+        execute(dev, "TriggerSoftware");
         ArvBuffer* buffer = stream.pop(std::chrono::seconds(2));
         ASSERT_NE(buffer, nullptr) << "no frame for trigger " << trigger;
         if (arv_buffer_get_status(buffer) != ARV_BUFFER_STATUS_SUCCESS) {
@@ -120,7 +117,7 @@ TEST_F(AravisClient, softwareTrigger_givesOneDecodableFramePerTrigger)
     }
     // No trigger, no frame.
     EXPECT_EQ(stream.pop(std::chrono::milliseconds(300)), nullptr);
-    execute(device.get(), "AcquisitionStop");
+    execute(dev, "AcquisitionStop");
 }
 
 namespace {
@@ -151,10 +148,9 @@ bool isTransportFeature(const std::string& name)
 
 TEST_F(AravisClient, everyFeature_readsAndWritesBackThroughAravis)
 {
-    const auto server = test::startDemoServer(1);
-    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
-    ASSERT_TRUE(device.get());
-    ArvGc* genicam = arv_device_get_genicam(device.get());
+    ArvDevice* dev = openDemo();
+    ASSERT_TRUE(dev);
+    ArvGc* genicam = arv_device_get_genicam(dev);
 
     int features = 0, read = 0, written = 0, unavailable = 0;
     walkFeatures(genicam, "Root", [&](ArvGcFeatureNode* feature) {
@@ -216,10 +212,8 @@ TEST_F(AravisClient, everyFeature_readsAndWritesBackThroughAravis)
 
 TEST_F(AravisClient, codeReaderTexts_areReadableUnderTheSettingsThatEnableThem)
 {
-    const auto server = test::startDemoServer(1);
-    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
-    ASSERT_TRUE(device.get());
-    ArvDevice* dev = device.get();
+    ArvDevice* dev = openDemo();
+    ASSERT_TRUE(dev);
     GError* error = nullptr;
     // The collector's order: running mode, trigger, source, protocol, then
     // the enables; after each step some texts are readable, some refused.
@@ -263,10 +257,8 @@ TEST_F(AravisClient, codeReaderTexts_areReadableUnderTheSettingsThatEnableThem)
 
 TEST_F(AravisClient, userSets_saveAndLoad_andDefaultRestoresFactoryValues)
 {
-    const auto server = test::startDemoServer(1);
-    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
-    ASSERT_TRUE(device.get());
-    ArvDevice* dev = device.get();
+    ArvDevice* dev = openDemo();
+    ASSERT_TRUE(dev);
     GError* error = nullptr;
     arv_device_set_integer_feature_value(dev, "Width", 640, &error);
     arv_device_set_float_feature_value(dev, "ExposureTime", 2500.0, &error);
@@ -318,10 +310,8 @@ TEST_F(AravisClient, exclusiveAccess_refusesASecondClientUntilTheHeartbeatLapses
 
 TEST_F(AravisClient, freeRun_deliversFramesAtTheFrameRate)
 {
-    const auto server = test::startDemoServer(1);
-    GObjectPtr<ArvDevice> device(open("127.0.0.2"));
-    ASSERT_TRUE(device.get());
-    ArvDevice* dev = device.get();
+    ArvDevice* dev = openDemo();
+    ASSERT_TRUE(dev);
     GError* error = nullptr;
     setFeature(dev, "TriggerMode", "Off");
     arv_device_set_integer_feature_value(dev, "Width", 640, &error);

@@ -3,6 +3,8 @@
 // fixture (one per process, as Aravis's interfaces are process-wide) and
 // feature set-up that fails the test with Aravis's message.
 
+#include "simulator_fixture.h"
+
 #include <arv.h>
 #include <gtest/gtest.h>
 
@@ -41,6 +43,18 @@ protected:
         EXPECT_NE(device, nullptr) << "opening " << address << ": " << takeError(error);
         return device;
     }
+
+    // Serves `devices` demo readers and opens the one at address.
+    ArvDevice* openDemo(unsigned devices = 1, const char* address = "127.0.0.2")
+    {
+        m_server = startDemoServer(devices);
+        m_device.reset();
+        m_device.object = open(address);
+        return m_device.get();
+    }
+
+    std::unique_ptr<SimulatorServer> m_server;
+    GObjectPtr<ArvDevice> m_device;
 };
 
 inline void setFeature(ArvDevice* device, const char* name, const char* value)
