@@ -4,6 +4,7 @@
 #include "CustomMessageBox.h"
 #include "CustomPushButton.h"
 #include "CustomTitleBar.h"
+#include "TableTests.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -15,12 +16,16 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace {
 
+using BoxAction = std::function<void(QWidget*)>;
+
 // Runs `act` on the modal box as soon as it is up. Polls, since the box
 // appears only once the static helper has entered its own event loop.
-void whenBoxShows(std::function<void(QWidget*)> act)
+void whenBoxShows(BoxAction act)
 {
     auto* const timer = new QTimer;
     timer->setInterval(5);
@@ -35,48 +40,54 @@ void whenBoxShows(std::function<void(QWidget*)> act)
     timer->start();
 }
 
-void pressButton(const QString& objectName)
+BoxAction click(const char* objectName)
 {
-    whenBoxShows([objectName](QWidget* box) {
-        auto* const button = box->findChild<CustomPushButton*>(objectName);
-        if (!button) {
-            qWarning("no button %s", qPrintable(objectName));
-            box->close();
-            return;
-        }
-        QTest::mouseClick(button, Qt::LeftButton);
-    });
+    return [objectName](QWidget* box) {
+        if (auto* const button = box->findChild<CustomPushButton*>(QLatin1String(objectName)))
+            QTest::mouseClick(button, Qt::LeftButton);
+        else
+            box->close(); // answers 0: the check that follows fails
+    };
 }
+
+BoxAction key(Qt::Key key)
+{
+    return [key](QWidget* box) { QTest::keyClick(box, key); };
+}
+
+struct AnswerRow
+{
+    std::string rowName;
+    BoxAction act;
+    bool cancelIsDefault;
+    int answer;
+};
 
 } // namespace
 
-TEST(TestCustomMessageBox, ask_returnsTheButtonPressed)
+TEST(TestCustomMessageBox, ask_returnsTheButtonPressed_orZeroWhenClosedOtherwise)
 {
     QWidget parent;
     parent.show();
-    pressButton(QStringLiteral("ConfirmBtn"));
-    ASSERT_EQ(CustomMessageBox::ask(&parent, QStringLiteral("Quit?"), QStringLiteral("Prompt"), 3, QString(), false), 1);
-
-    pressButton(QStringLiteral("CancelBtn"));
-    ASSERT_EQ(CustomMessageBox::ask(&parent, QStringLiteral("Quit?"), QStringLiteral("Prompt"), 3, QString(), false), 2);
-
-    // Enter presses the default: Cancel when asked for, Confirm otherwise.
-    whenBoxShows([](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
-    ASSERT_EQ(CustomMessageBox::ask(nullptr, QStringLiteral("Delete?"), QStringLiteral("Prompt"), 3, QString(), true), 2);
-    whenBoxShows([](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); });
-    ASSERT_EQ(CustomMessageBox::ask(nullptr, QStringLiteral("Delete?"), QStringLiteral("Prompt"), 3, QString(), false), 1);
-}
-
-TEST(TestCustomMessageBox, closingOtherwise_returnsZero)
-{
-    whenBoxShows([](QWidget* box) { QTest::keyClick(box, Qt::Key_Escape); });
-    ASSERT_EQ(CustomMessageBox::ask(nullptr, QStringLiteral("Quit?"), QStringLiteral("Prompt"), 3, QString(), false), 0);
+    forEachRow(std::vector<AnswerRow> {
+                   {"confirm", click("ConfirmBtn"), false, 1},
+                   {"cancel", click("CancelBtn"), false, 2},
+                   {"Enter on a cancel default", key(Qt::Key_Return), true, 2},
+                   {"Enter otherwise", key(Qt::Key_Return), false, 1},
+                   {"Escape", key(Qt::Key_Escape), false, 0},
+               },
+               [&](const AnswerRow& row) {
+                   whenBoxShows(row.act);
+                   EXPECT_EQ(CustomMessageBox::ask(&parent, QStringLiteral("Quit?"), QStringLiteral("Prompt"), 3,
+                                                   QString(), row.cancelIsDefault),
+                             row.answer);
+               });
 
     whenBoxShows([](QWidget* box) {
-        auto* const bar = box->findChild<CustomTitleBar*>();
-        QTest::mouseClick(bar->cControlButton(CustomTitleBar::CloseControl), Qt::LeftButton);
+        QTest::mouseClick(box->findChild<CustomTitleBar*>()->cControlButton(CustomTitleBar::CloseControl),
+                          Qt::LeftButton);
     });
-    ASSERT_EQ(CustomMessageBox::warning(nullptr, QStringLiteral("Busy"), QStringLiteral("Prompt"), 3, QString()), 0);
+    EXPECT_EQ(CustomMessageBox::warning(nullptr, QStringLiteral("Busy"), QStringLiteral("Prompt"), 3, QString()), 0);
 }
 
 TEST(TestCustomMessageBox, warning_withOneButton_offersOnlyConfirm_andPlainText)
@@ -88,24 +99,23 @@ TEST(TestCustomMessageBox, warning_withOneButton_offersOnlyConfirm_andPlainText)
     whenBoxShows([&](QWidget* box) {
         hadCancel = box->findChild<CustomPushButton*>(QStringLiteral("CancelBtn")) != nullptr;
         message = box->findChild<QLabel*>(QStringLiteral("MessageText"));
-        ASSERT_TRUE(message && message->text() == hostile && message->textFormat() == Qt::PlainText);
-        QTest::mouseClick(box->findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn")), Qt::LeftButton);
+        EXPECT_TRUE(message && message->text() == hostile && message->textFormat() == Qt::PlainText);
+        click("ConfirmBtn")(box);
     });
     ASSERT_EQ(CustomMessageBox::warning(nullptr, hostile, QStringLiteral("Prompt"), 1, QString()), 1);
     ASSERT_TRUE(message);
-    ASSERT_TRUE(!hadCancel);
+    ASSERT_FALSE(hadCancel);
 }
 
 TEST(TestCustomMessageBox, unknownButtonValues_fallBackToConfirm)
 {
-    for (const int buttons : {0, 4, -1, 99}) {
+    // 2 is Cancel alone; anything but 1, 2 and 3 means Confirm alone.
+    for (const int buttons : {0, 2, 4, -1, 99}) {
+        SCOPED_TRACE(buttons);
         CustomMessageBox box(nullptr, CustomMessageBox::WarningIcon, QStringLiteral("x"), QStringLiteral("y"), buttons);
-        ASSERT_TRUE(box.findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn")));
-        ASSERT_TRUE(!box.findChild<CustomPushButton*>(QStringLiteral("CancelBtn")));
+        EXPECT_EQ(box.findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn")) != nullptr, buttons != 2);
+        EXPECT_EQ(box.findChild<CustomPushButton*>(QStringLiteral("CancelBtn")) != nullptr, buttons == 2);
     }
-    CustomMessageBox onlyCancel(nullptr, CustomMessageBox::QuestionIcon, QStringLiteral("x"), QStringLiteral("y"), 2);
-    ASSERT_TRUE(!onlyCancel.findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn")));
-    ASSERT_TRUE(onlyCancel.findChild<CustomPushButton*>(QStringLiteral("CancelBtn")));
 }
 
 TEST(TestCustomMessageBox, detailText_isBehindADetailsToggle)
@@ -118,11 +128,11 @@ TEST(TestCustomMessageBox, detailText_isBehindADetailsToggle)
     auto* const toggle = box.findChild<CustomPushButton*>(QStringLiteral("DetailBtn"));
     ASSERT_TRUE(detail && toggle);
     ASSERT_EQ(detail->toPlainText(), QStringLiteral("line 1\nline 2"));
-    ASSERT_TRUE(!detail->isVisible());
+    ASSERT_FALSE(detail->isVisible());
     QTest::mouseClick(toggle, Qt::LeftButton);
     ASSERT_TRUE(detail->isVisible());
     QTest::mouseClick(toggle, Qt::LeftButton);
-    ASSERT_TRUE(!detail->isVisible());
+    ASSERT_FALSE(detail->isVisible());
 }
 
 TEST(TestCustomMessageBox, parentDeletedWhileOpen_returnsZero)
@@ -138,16 +148,14 @@ TEST(TestCustomMessageBox, buttonTexts_followTheInstalledCatalogue)
 {
     CustomMessageBox box(nullptr, CustomMessageBox::QuestionIcon, QStringLiteral("x"), QStringLiteral("y"), 3,
                          QStringLiteral("detail"));
-    auto* const confirm = box.findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn"));
-    auto* const cancel = box.findChild<CustomPushButton*>(QStringLiteral("CancelBtn"));
-    auto* const details = box.findChild<CustomPushButton*>(QStringLiteral("DetailBtn"));
+    const auto text = [&](const char* name) { return box.findChild<CustomPushButton*>(QLatin1String(name))->text(); };
     QTranslator translator;
-    ASSERT_TRUE(translator.load(QStringLiteral("customctr_test_zh_CN"), QStringLiteral(CUSTOMCTR_TEST_QM_DIR))) << "test catalogue customctr_test_zh_CN.qm missing: lrelease did not run";
+    ASSERT_TRUE(translator.load(QStringLiteral("customctr_test_zh_CN"), QStringLiteral(CUSTOMCTR_TEST_QM_DIR)))
+        << "test catalogue missing: lrelease did not run";
     ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (confirm->text()) == (QString::fromUtf8("确定")); })) << "waited for confirm->text() == QString::fromUtf8(\"确定\")";
-    ASSERT_EQ(cancel->text(), QString::fromUtf8("取消"));
-    ASSERT_EQ(details->text(), QString::fromUtf8("详细信息"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return text("ConfirmBtn") == QString::fromUtf8("确定"); }));
+    EXPECT_EQ(text("CancelBtn"), QString::fromUtf8("取消"));
+    EXPECT_EQ(text("DetailBtn"), QString::fromUtf8("详细信息"));
     ASSERT_TRUE(QCoreApplication::removeTranslator(&translator));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (confirm->text()) == (QStringLiteral("Confirm")); })) << "waited for confirm->text() == QStringLiteral(\"Confirm\")";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return text("ConfirmBtn") == QStringLiteral("Confirm"); }));
 }
-

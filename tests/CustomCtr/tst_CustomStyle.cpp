@@ -11,12 +11,11 @@
 
 #include <QHBoxLayout>
 #include <QResource>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <gtest/gtest.h>
-
-#include <memory>
 
 namespace {
 
@@ -38,24 +37,6 @@ QString describe(const QColor& color)
 {
     return color.name(QColor::HexArgb);
 }
-
-// Registers the theme bundle for one test and takes it away again.
-class BundleScope
-{
-public:
-    BundleScope() : m_registered(QResource::registerResource(kBundle)) {}
-    ~BundleScope()
-    {
-        if (m_registered)
-            QResource::unregisterResource(kBundle);
-    }
-    BundleScope(const BundleScope&) = delete;
-    BundleScope& operator=(const BundleScope&) = delete;
-    bool registered() const { return m_registered; }
-
-private:
-    const bool m_registered;
-};
 
 } // namespace
 
@@ -84,11 +65,9 @@ TEST(TestCustomStyle, borderAndBackground_areRendered)
     ASSERT_TRUE(label.cSetBorderWidth(3, 0));
     ASSERT_TRUE(label.cSetBorderColor(QStringLiteral("#ff0000"), CustomObject::EdgeAll, 0));
     const QImage image = render(&label);
-    ASSERT_TRUE(near(image.pixelColor(1, 20), Qt::red)) << qPrintable(describe(image.pixelColor(1, 20)));
-    ASSERT_TRUE(near(image.pixelColor(58, 20), Qt::red));
-    ASSERT_TRUE(near(image.pixelColor(30, 1), Qt::red));
-    ASSERT_TRUE(near(image.pixelColor(30, 38), Qt::red));
-    ASSERT_TRUE(near(image.pixelColor(30, 20), Qt::green)) << qPrintable(describe(image.pixelColor(30, 20)));
+    for (const QPoint& onBorder : {QPoint(1, 20), QPoint(58, 20), QPoint(30, 1), QPoint(30, 38)})
+        EXPECT_TRUE(near(image.pixelColor(onBorder), Qt::red)) << qPrintable(describe(image.pixelColor(onBorder)));
+    EXPECT_TRUE(near(image.pixelColor(30, 20), Qt::green)) << qPrintable(describe(image.pixelColor(30, 20)));
 
     // One edge only draws only that side.
     ASSERT_TRUE(label.cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeBottom, 0));
@@ -130,8 +109,8 @@ TEST(TestCustomStyle, withoutBundle_widgetsKeepThePlainLook)
 TEST(TestCustomStyle, withBundle_themeIsRendered_ownSettersWin_titleControlsKeepTheirSize)
 {
     ASSERT_TRUE(QFile::exists(kBundle)) << qPrintable(QStringLiteral("theme bundle not built: %1").arg(kBundle));
-    BundleScope bundle;
-    ASSERT_TRUE(bundle.registered());
+    ASSERT_TRUE(QResource::registerResource(kBundle));
+    const auto unregister = qScopeGuard([] { QResource::unregisterResource(kBundle); });
     CustomMainWindow window;
     ASSERT_TRUE(window.styleSheet().startsWith(Custom::defaultStyleSheet()));
     window.cTitleBar()->cSetTitleHeight(40);
