@@ -4,7 +4,6 @@
 #include "CustomMessageBox.h"
 #include "CustomPushButton.h"
 #include "CustomTitleBar.h"
-#include "TableTests.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -16,8 +15,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -50,50 +47,35 @@ BoxAction click(const char* objectName)
     };
 }
 
-BoxAction key(Qt::Key key)
-{
-    return [key](QWidget* box) { QTest::keyClick(box, key); };
-}
-
-struct AnswerRow
-{
-    std::string rowName;
-    BoxAction act;
-    bool cancelIsDefault;
-    int answer;
-};
-
 } // namespace
 
 TEST(TestCustomMessageBox, ask_returnsTheButtonPressed_orZeroWhenClosedOtherwise)
 {
     QWidget parent;
     parent.show();
-    forEachRow(std::vector<AnswerRow> {
-                   {"confirm", click("ConfirmBtn"), false, 1},
-                   {"cancel", click("CancelBtn"), false, 2},
-                   {"Enter on a cancel default", key(Qt::Key_Return), true, 2},
-                   {"Enter otherwise", key(Qt::Key_Return), false, 1},
-                   {"Escape", key(Qt::Key_Escape), false, 0},
-               },
-               [&](const AnswerRow& row) {
-                   whenBoxShows(row.act);
-                   EXPECT_EQ(CustomMessageBox::ask(&parent, QStringLiteral("Quit?"), QStringLiteral("Prompt"), 3,
-                                                   QString(), row.cancelIsDefault),
-                             row.answer);
-               });
-
+    const auto enter = [](QWidget* box) { QTest::keyClick(box, Qt::Key_Return); };
+    const struct { const char* name; BoxAction act; bool cancelIsDefault; int answer; } rows[] = {
+        {"confirm", click("ConfirmBtn"), false, 1},
+        {"cancel", click("CancelBtn"), false, 2},
+        {"Enter on a cancel default", enter, true, 2},
+        {"Enter otherwise", enter, false, 1},
+        {"Escape", [](QWidget* box) { QTest::keyClick(box, Qt::Key_Escape); }, false, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        whenBoxShows(row.act);
+        EXPECT_EQ(CustomMessageBox::ask(&parent, "Quit?", "Prompt", 3, QString(), row.cancelIsDefault), row.answer);
+    }
     whenBoxShows([](QWidget* box) {
         QTest::mouseClick(box->findChild<CustomTitleBar*>()->cControlButton(CustomTitleBar::CloseControl),
                           Qt::LeftButton);
     });
-    EXPECT_EQ(CustomMessageBox::warning(nullptr, QStringLiteral("Busy"), QStringLiteral("Prompt"), 3, QString()), 0);
+    EXPECT_EQ(CustomMessageBox::warning(nullptr, "Busy", "Prompt", 3, QString()), 0);
 }
 
 TEST(TestCustomMessageBox, warning_withOneButton_offersOnlyConfirm_andPlainText)
 {
-    // Device texts may hold markup: they are shown as they are.
-    const QString hostile = QStringLiteral("<img src=\"x\"><b>ID2000</b> & more");
+    const QString hostile = "<img src=\"x\"><b>ID2000</b> & more"; // device texts: shown as they are
     bool hadCancel = true;
     QLabel* message = nullptr;
     whenBoxShows([&](QWidget* box) {
@@ -102,7 +84,7 @@ TEST(TestCustomMessageBox, warning_withOneButton_offersOnlyConfirm_andPlainText)
         EXPECT_TRUE(message && message->text() == hostile && message->textFormat() == Qt::PlainText);
         click("ConfirmBtn")(box);
     });
-    ASSERT_EQ(CustomMessageBox::warning(nullptr, hostile, QStringLiteral("Prompt"), 1, QString()), 1);
+    ASSERT_EQ(CustomMessageBox::warning(nullptr, hostile, "Prompt", 1, QString()), 1);
     ASSERT_TRUE(message);
     ASSERT_FALSE(hadCancel);
 }
@@ -112,27 +94,35 @@ TEST(TestCustomMessageBox, unknownButtonValues_fallBackToConfirm)
     // 2 is Cancel alone; anything but 1, 2 and 3 means Confirm alone.
     for (const int buttons : {0, 2, 4, -1, 99}) {
         SCOPED_TRACE(buttons);
-        CustomMessageBox box(nullptr, CustomMessageBox::WarningIcon, QStringLiteral("x"), QStringLiteral("y"), buttons);
+        CustomMessageBox box(nullptr, CustomMessageBox::WarningIcon, "x", "y", buttons);
         EXPECT_EQ(box.findChild<CustomPushButton*>(QStringLiteral("ConfirmBtn")) != nullptr, buttons != 2);
         EXPECT_EQ(box.findChild<CustomPushButton*>(QStringLiteral("CancelBtn")) != nullptr, buttons == 2);
     }
 }
 
-TEST(TestCustomMessageBox, detailText_isBehindADetailsToggle)
+TEST(TestCustomMessageBox, detailTextBehindAToggle_buttonTextsFollowTheInstalledCatalogue)
 {
-    CustomMessageBox box(nullptr, CustomMessageBox::QuestionIcon, QStringLiteral("x"), QStringLiteral("y"), 3,
-                         QStringLiteral("line 1\nline 2"));
+    CustomMessageBox box(nullptr, CustomMessageBox::QuestionIcon, "x", "y", 3, "line 1\nline 2");
     box.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
-    auto* const detail = box.findChild<QPlainTextEdit*>(QStringLiteral("DetailText"));
-    auto* const toggle = box.findChild<CustomPushButton*>(QStringLiteral("DetailBtn"));
-    ASSERT_TRUE(detail && toggle);
-    ASSERT_EQ(detail->toPlainText(), QStringLiteral("line 1\nline 2"));
+    auto* const detail = box.findChild<QPlainTextEdit*>("DetailText");
+    const auto button = [&](const char* name) { return box.findChild<CustomPushButton*>(QLatin1String(name)); };
+    ASSERT_TRUE(detail && button("DetailBtn"));
+    ASSERT_EQ(detail->toPlainText(), "line 1\nline 2");
     ASSERT_FALSE(detail->isVisible());
-    QTest::mouseClick(toggle, Qt::LeftButton);
+    QTest::mouseClick(button("DetailBtn"), Qt::LeftButton);
     ASSERT_TRUE(detail->isVisible());
-    QTest::mouseClick(toggle, Qt::LeftButton);
+    QTest::mouseClick(button("DetailBtn"), Qt::LeftButton);
     ASSERT_FALSE(detail->isVisible());
+
+    QTranslator translator;
+    ASSERT_TRUE(translator.load("customctr_test_zh_CN", CUSTOMCTR_TEST_QM_DIR)) << "lrelease did not run";
+    ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return button("ConfirmBtn")->text() == QString::fromUtf8("确定"); }));
+    EXPECT_EQ(button("CancelBtn")->text(), QString::fromUtf8("取消"));
+    EXPECT_EQ(button("DetailBtn")->text(), QString::fromUtf8("详细信息"));
+    ASSERT_TRUE(QCoreApplication::removeTranslator(&translator));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return button("ConfirmBtn")->text() == "Confirm"; }));
 }
 
 TEST(TestCustomMessageBox, parentDeletedWhileOpen_returnsZero)
@@ -140,22 +130,6 @@ TEST(TestCustomMessageBox, parentDeletedWhileOpen_returnsZero)
     QPointer<QWidget> parent = new QWidget;
     parent->show();
     whenBoxShows([parent](QWidget*) { delete parent.data(); });
-    ASSERT_EQ(CustomMessageBox::ask(parent, QStringLiteral("Quit?"), QStringLiteral("Prompt")), 0);
+    ASSERT_EQ(CustomMessageBox::ask(parent, "Quit?", "Prompt"), 0);
     ASSERT_TRUE(parent.isNull());
-}
-
-TEST(TestCustomMessageBox, buttonTexts_followTheInstalledCatalogue)
-{
-    CustomMessageBox box(nullptr, CustomMessageBox::QuestionIcon, QStringLiteral("x"), QStringLiteral("y"), 3,
-                         QStringLiteral("detail"));
-    const auto text = [&](const char* name) { return box.findChild<CustomPushButton*>(QLatin1String(name))->text(); };
-    QTranslator translator;
-    ASSERT_TRUE(translator.load(QStringLiteral("customctr_test_zh_CN"), QStringLiteral(CUSTOMCTR_TEST_QM_DIR)))
-        << "test catalogue missing: lrelease did not run";
-    ASSERT_TRUE(QCoreApplication::installTranslator(&translator));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return text("ConfirmBtn") == QString::fromUtf8("确定"); }));
-    EXPECT_EQ(text("CancelBtn"), QString::fromUtf8("取消"));
-    EXPECT_EQ(text("DetailBtn"), QString::fromUtf8("详细信息"));
-    ASSERT_TRUE(QCoreApplication::removeTranslator(&translator));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return text("ConfirmBtn") == QStringLiteral("Confirm"); }));
 }

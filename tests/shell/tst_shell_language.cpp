@@ -8,7 +8,6 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
-#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtCore>
 
@@ -17,56 +16,29 @@
 #include <string>
 #include <vector>
 
-#include <memory>
-
 namespace {
 
 const char* const kCatalogueNames[] = {"Quorvex_zh.qm", "qt_zh_CN.qm", "widgets_zh_cn.qm", "CustomCtr_zh_CN.qm",
                                        "CommonTools_zh_CN.qm"};
-const char* const kHelpPage = "GUID-C9B6C6BA-02CC-4D2D-8A13-48773AF3C0AF.html";
-const QString kChineseTitle = QStringLiteral("奎沃思");
+const QString kChinese = QString::fromUtf8(
+    "language=0 title=奎沃思 record=采集 header=型号名称 catalogues=Quorvex,qt,widgets,CustomCtr");
+const QString kEnglish = "language=1 title=Quorvex record=Record header=Model Name catalogues=";
 
-struct State
+// A suite in a temporary folder: <root>/apps/Quorvex/probe beside
+// <root>/common/translation, and the probe's output once it has run.
+struct Suite
 {
-    QString language;
-    QString title;
-    QString record;
-    QString header;
-    QString catalogues;
-};
+    QTemporaryDir root;
+    QString programData = root.path() + "/programdata/ZELTA";
+    QMap<QString, QString> states; // step -> "language=... catalogues=..."
+    QMap<QString, QString> lines;  // step -> the rest of any other line
 
-} // namespace
-
-struct MissingCatalogueStopsTheChainRow {
-    std::string rowName;
-    QString missing;
-    QString answering;
-};
-
-static std::vector<MissingCatalogueStopsTheChainRow> missingCatalogueStopsTheChainRows()
-{
-    std::vector<MissingCatalogueStopsTheChainRow> rows;
-    rows.push_back({"tool's own", "Quorvex_zh.qm", ""});
-    rows.push_back({"widget library", "CustomCtr_zh_CN.qm", "Quorvex,qt,widgets"});
-    rows.push_back({"shared tools", "CommonTools_zh_CN.qm", "Quorvex,qt,widgets,CustomCtr"});
-    return rows;
-}
-
-class LanguageTest : public ::testing::Test {
-protected:
-    void SetUp() override;
-    std::unique_ptr<QTemporaryDir> m_pSuite;
-    QString m_strProgramData;
-    QMap<QString, State> m_states;
-    QMap<QString, QString> m_lines;
-    // Lays out <tmp>/apps/Quorvex/<probe> and <tmp>/common/translation.
-    bool makeSuite(const QStringList& leaveOut = {})
+    bool make(const QStringList& leaveOut = {})
     {
-        const QString apps = m_pSuite->path() + "/apps/Quorvex";
-        const QString translations = m_pSuite->path() + "/common/translation";
-        if (!QDir().mkpath(apps) || !QDir().mkpath(translations))
-            return false;
-        if (!QFile::copy(QStringLiteral(QUORVEX_LANGUAGE_PROBE), apps + "/probe"))
+        const QString apps = root.path() + "/apps/Quorvex";
+        const QString translations = root.path() + "/common/translation";
+        if (!QDir().mkpath(apps) || !QDir().mkpath(translations)
+            || !QFile::copy(QUORVEX_LANGUAGE_PROBE, apps + "/probe"))
             return false;
         for (const char* name : kCatalogueNames) {
             const QString staged = QStringLiteral(QUORVEX_SUITE_DIR "/common/translation/") + name;
@@ -79,147 +51,123 @@ protected:
         }
         return true;
     }
-    void storeLanguage(const QByteArray& value, const QString& folder = QString())
+    static void storeLanguage(const QString& folder, const QByteArray& value)
     {
-        const QString dir = folder.isEmpty() ? m_strProgramData : folder;
-        QDir().mkpath(dir);
-        QFile file(dir + "/CustomConfig.ini");
+        QDir().mkpath(folder);
+        QFile file(folder + "/CustomConfig.ini");
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write("[General]\nLanguage=" + value + "\n");
     }
-    bool runProbe(const QStringList& arguments = {})
+    bool run(const QStringList& arguments = {})
     {
         QProcess probe;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("QUORVEX_PROGRAM_DATA", m_strProgramData);
+        environment.insert("QUORVEX_PROGRAM_DATA", programData);
         probe.setProcessEnvironment(environment);
-        probe.start(m_pSuite->path() + "/apps/Quorvex/probe", arguments);
+        probe.start(root.path() + "/apps/Quorvex/probe", arguments);
         if (!probe.waitForFinished(60000) || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0) {
             qWarning("probe failed: %s", probe.readAllStandardError().constData());
             return false;
         }
-        const QRegularExpression stateLine(
-            "^(\\S+) language=(\\d) title=(.*?) record=(.*?) header=(.*?) catalogues=(.*)$");
-        const QStringList lines = QString::fromUtf8(probe.readAllStandardOutput()).split('\n');
-        for (const QString& line : lines) {
-            const QRegularExpressionMatch match = stateLine.match(line);
-            if (match.hasMatch()) {
-                m_states[match.captured(1)] = {match.captured(2), match.captured(3), match.captured(4),
-                                               match.captured(5), match.captured(6)};
-            } else if (!line.isEmpty()) {
-                m_lines[line.section(' ', 0, 0)] = line.section(' ', 1);
-            }
+        for (const QString& line : QString::fromUtf8(probe.readAllStandardOutput()).split('\n')) {
+            const QString rest = line.section(' ', 1);
+            (rest.startsWith("language=") ? states : lines)[line.section(' ', 0, 0)] = rest;
         }
-        return m_states.contains("start");
+        return states.contains("start");
     }
-    void verifyChinese(const QString& step)
-    {
-        const State state = m_states.value(step);
-        ASSERT_EQ(state.language, QString("0"));
-        ASSERT_EQ(state.title, kChineseTitle);
-        ASSERT_EQ(state.record, QStringLiteral("采集"));
-        ASSERT_EQ(state.header, QStringLiteral("型号名称"));
-        ASSERT_EQ(state.catalogues, QString("Quorvex,qt,widgets,CustomCtr"));
-    }
-    void verifyUntranslated(const QString& step, const QString& language)
-    {
-        const State state = m_states.value(step);
-        ASSERT_EQ(state.language, language);
-        ASSERT_EQ(state.title, QString("Quorvex"));
-        ASSERT_EQ(state.record, QString("Record"));
-        ASSERT_EQ(state.header, QString("Model Name"));
-        ASSERT_EQ(state.catalogues, QString());
-    }
-    // One run of the probe: stored Chinese at start, then the switch
-    // messages, the help button in both languages and a direct switch.
 };
 
-void LanguageTest::SetUp()
+struct StartRow
 {
-    m_pSuite = std::make_unique<QTemporaryDir>();
-    m_strProgramData = m_pSuite->path() + "/programdata/ZELTA";
-    m_states.clear();
-    m_lines.clear();
+    std::string rowName;
+    QByteArray stored; // empty: no settings file
+    QString storedIn;  // below the suite
+    QString toldIn;    // QUORVEX_PROGRAM_DATA, below the suite
+    QStringList arguments;
+    const QString& expected;
+};
+
+struct ChainRow
+{
+    std::string rowName;
+    QString missing;
+    QString answering;
+};
+
+} // namespace
+
+TEST(LanguageTest, startLanguage_fromTheCommandLineOrTheStoredBase64Value)
+{
+    forEachRow(std::vector<StartRow> {
+                   {"no settings file", "", "cfg", "cfg", {}, kEnglish},
+                   {"an unencoded value is ignored", "CH", "cfg", "cfg", {}, kEnglish},
+                   {"ZELTA is read where VANTO was named", "Q0g=", "ZELTA/cfg", "VANTO/cfg", {}, kChinese},
+                   {"ENG overrides stored Chinese", "Q0g=", "cfg", "cfg", {"ENG"}, kEnglish},
+                   {"other spellings are ignored", "Q0g=", "cfg", "cfg", {"eng"}, kChinese},
+                   {"CH overrides stored English", "RU5H", "cfg", "cfg", {"CH"}, kChinese},
+               },
+               [](const StartRow& row) {
+                   Suite suite;
+                   ASSERT_TRUE(suite.make());
+                   if (!row.stored.isEmpty())
+                       Suite::storeLanguage(suite.root.path() + '/' + row.storedIn, row.stored);
+                   suite.programData = suite.root.path() + '/' + row.toldIn;
+                   ASSERT_TRUE(suite.run(row.arguments));
+                   EXPECT_EQ(suite.states.value("start"), row.expected);
+               });
 }
 
-TEST_F(LanguageTest, noSettingsFileOrAnUnencodedValue_startsUntranslated)
+TEST(LanguageTest, switchMessagesChangeTheWholeWindow_helpOpensTheManualInUse)
 {
-    ASSERT_TRUE(makeSuite());
-    ASSERT_TRUE(runProbe());
-    verifyUntranslated("start", "1");
-    storeLanguage("CH"); // the stored value is Base64
-    ASSERT_TRUE(runProbe());
-    verifyUntranslated("start", "1");
-}
+    Suite suite;
+    ASSERT_TRUE(suite.make());
+    Suite::storeLanguage(suite.programData, "Q0g=");
+    ASSERT_TRUE(suite.run());
+    const struct { const char* step; const char* line; const QString& state; } steps[] = {
+        {"start", nullptr, kChinese},
+        {"msg-english", "handled=1 result=12345", kEnglish},
+        {"msg-english-again", "handled=1 result=12345", kEnglish},
+        {"msg-chinese", "handled=1 result=12345", kChinese},
+        // Other messages, and events of the X11 kind, are not ours.
+        {"msg-other", "handled=0 result=12345", kChinese},
+        {"msg-x11", "handled=0 result=12345", kChinese},
+        {"apply-chinese", "returned=1", kChinese},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.step);
+        if (step.line) {
+            EXPECT_EQ(suite.lines.value(step.step), QString(step.line));
+        }
+        EXPECT_EQ(suite.states.value(step.step), step.state);
+    }
 
-TEST_F(LanguageTest, settingsPath_readsZELTAwhereVANTOwasNamed)
-{
-    ASSERT_TRUE(makeSuite());
-    storeLanguage("Q0g=", m_pSuite->path() + "/ZELTA/cfg");
-    m_strProgramData = m_pSuite->path() + "/VANTO/cfg";
-    ASSERT_TRUE(runProbe());
-    verifyChinese("start");
-}
-
-TEST_F(LanguageTest, commandLine_overridesStoredLanguage)
-{
-    ASSERT_TRUE(makeSuite());
-    storeLanguage("Q0g=");
-    ASSERT_TRUE(runProbe({"ENG"}));
-    verifyUntranslated("start", "1");
-
-    ASSERT_TRUE(runProbe({"eng"})); // other spellings are ignored
-    verifyChinese("start");
-
-    storeLanguage("RU5H");
-    ASSERT_TRUE(runProbe({"CH"}));
-    verifyChinese("start");
-}
-
-TEST_F(LanguageTest, storedChinese_startsChinese_andSwitchMessagesChangeTheWholeWindow)
-{
-    ASSERT_TRUE(makeSuite());
-    storeLanguage("Q0g=");
-    ASSERT_TRUE(runProbe());
-    verifyChinese("start");
-    ASSERT_EQ(m_lines.value("apply-chinese"), QString("returned=1"));
-
-    ASSERT_EQ(m_lines.value("msg-english"), QString("handled=1 result=12345"));
-    verifyUntranslated("msg-english", "1");
-    ASSERT_EQ(m_lines.value("msg-english-again"), QString("handled=1 result=12345"));
-    verifyUntranslated("msg-english-again", "1");
-    ASSERT_EQ(m_lines.value("msg-chinese"), QString("handled=1 result=12345"));
-    verifyChinese("msg-chinese");
-
-    // Other messages, and events of the X11 kind, are not ours.
-    ASSERT_EQ(m_lines.value("msg-other"), QString("handled=0 result=12345"));
-    verifyChinese("msg-other");
-    ASSERT_EQ(m_lines.value("msg-x11"), QString("handled=0 result=12345"));
-    verifyChinese("msg-x11");
-
-    // The help button opens the manual of the language in use.
-    const QString base = QDir(m_pSuite->path()).absolutePath() + "/common/doc/";
-    ASSERT_EQ(m_lines.value("help-start"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
-    ASSERT_EQ(m_lines.value("help-english"), base + "User_Manual_ZELTA_English/" + kHelpPage);
-    ASSERT_EQ(m_lines.value("help-chinese"), base + "User_Manual_ZELTA_Chinese/" + kHelpPage);
+    const QString page = "GUID-C9B6C6BA-02CC-4D2D-8A13-48773AF3C0AF.html";
+    const QString base = QDir(suite.root.path()).absolutePath() + "/common/doc/User_Manual_ZELTA_";
+    EXPECT_EQ(suite.lines.value("help-start"), base + "Chinese/" + page);
+    EXPECT_EQ(suite.lines.value("help-english"), base + "English/" + page);
+    EXPECT_EQ(suite.lines.value("help-chinese"), base + "Chinese/" + page);
     // The staged suite has both pages where the button looks.
-    for (const char* folder : {"User_Manual_ZELTA_English", "User_Manual_ZELTA_Chinese"}) {
-        const QString page = QStringLiteral(QUORVEX_SUITE_DIR "/common/doc/") + folder + '/' + kHelpPage;
-        ASSERT_TRUE(QFile::exists(page)) << qPrintable(page + " is not staged");
+    for (const char* language : {"English/", "Chinese/"}) {
+        const QString staged = QString(QUORVEX_SUITE_DIR "/common/doc/User_Manual_ZELTA_") + language + page;
+        EXPECT_TRUE(QFile::exists(staged)) << qPrintable(staged + " is not staged");
     }
 }
 
-TEST_F(LanguageTest, missingCatalogue_stopsTheChain)
+TEST(LanguageTest, missingCatalogue_stopsTheChain)
 {
-    forEachRow(missingCatalogueStopsTheChainRows(), [&](const MissingCatalogueStopsTheChainRow& row) {
-        SetUp(); // a fresh fixture for every row
-        const QString missing = row.missing;
-        const QString answering = row.answering;
-        ASSERT_TRUE(makeSuite({missing}));
-        storeLanguage("Q0g=");
-        ASSERT_TRUE(runProbe());
-        ASSERT_EQ(m_states.value("start").language, QString("0"));
-        ASSERT_EQ(m_states.value("start").catalogues, answering);
-        ASSERT_EQ(m_lines.value("apply-chinese"), QString("returned=0"));
-    });
+    forEachRow(std::vector<ChainRow> {
+                   {"tool's own", "Quorvex_zh.qm", ""},
+                   {"widget library", "CustomCtr_zh_CN.qm", "Quorvex,qt,widgets"},
+                   {"shared tools", "CommonTools_zh_CN.qm", "Quorvex,qt,widgets,CustomCtr"},
+               },
+               [](const ChainRow& row) {
+                   Suite suite;
+                   ASSERT_TRUE(suite.make({row.missing}));
+                   Suite::storeLanguage(suite.programData, "Q0g=");
+                   ASSERT_TRUE(suite.run());
+                   const QString start = suite.states.value("start");
+                   EXPECT_TRUE(start.startsWith("language=0 ")) << qPrintable(start);
+                   EXPECT_TRUE(start.endsWith(" catalogues=" + row.answering)) << qPrintable(start);
+                   EXPECT_EQ(suite.lines.value("apply-chinese"), "returned=0");
+               });
 }
