@@ -8,7 +8,6 @@
 
 #include <QDir>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <gtest/gtest.h>
@@ -17,26 +16,40 @@
 
 namespace {
 
-const QString kProgram = QStringLiteral(QUORVEX_SUITE_DIR "/apps/Quorvex/Quorvex");
-const QString kChineseTitle = QStringLiteral("奎沃思");
+const QString kProgram = QUORVEX_SUITE_DIR "/apps/Quorvex/Quorvex";
+const QString kChineseTitle = QString::fromUtf8("奎沃思");
 
-} // namespace
+// A tool process that is ended, if still running, when it goes.
+struct Ender
+{
+    void operator()(QProcess* tool) const
+    {
+        tool->kill();
+        tool->waitForFinished(10000);
+        delete tool;
+    }
+};
+using Tool = std::unique_ptr<QProcess, Ender>;
 
-class DesktopTest : public ::testing::Test {
+class DesktopTest : public ::testing::Test
+{
 protected:
-    void SetUp() override;
-    XTestDisplay m_x;
-    QProcessEnvironment toolEnvironment() const
+    void SetUp() override
+    {
+        ASSERT_TRUE(QFile::exists(kProgram)) << qPrintable(kProgram + " is not built");
+        ASSERT_TRUE(m_x.open()) << qPrintable(m_x.errorText());
+    }
+    QProcessEnvironment environment() const
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("DISPLAY", m_x.name());
         environment.insert("QT_QPA_PLATFORM", "xcb");
         return environment;
     }
-    std::unique_ptr<QProcess> startTool(const QStringList& arguments = {})
+    Tool startTool(const QStringList& arguments = {})
     {
-        auto tool = std::make_unique<QProcess>();
-        tool->setProcessEnvironment(toolEnvironment());
+        Tool tool(new QProcess);
+        tool->setProcessEnvironment(environment());
         tool->setWorkingDirectory(QFileInfo(kProgram).absolutePath());
         tool->setProcessChannelMode(QProcess::ForwardedErrorChannel);
         tool->start(kProgram, arguments);
@@ -46,82 +59,62 @@ protected:
     // A later start, run to its end: its exit code, -1 if it crashed or hung.
     int runLaterStart(const QStringList& arguments = {})
     {
-        const std::unique_ptr<QProcess> tool = startTool(arguments);
-        if (!tool->waitForFinished(30000)) {
-            tool->kill();
-            tool->waitForFinished();
+        const Tool tool = startTool(arguments);
+        if (!tool->waitForFinished(30000))
             return -1;
-        }
         return tool->exitStatus() == QProcess::NormalExit ? tool->exitCode() : -1;
     }
-    XWindowId waitForWindow(const QString& titlePart, int timeoutMs = 30000)
+    XWindowId waitForWindow(const QString& titlePart)
     {
         XWindowId window = 0;
-        (void)QTest::qWaitFor([&] { return (window = m_x.findWindow(titlePart)) != 0; }, timeoutMs);
+        (void)QTest::qWaitFor([&] { return (window = m_x.findWindow(titlePart)) != 0; }, 30000);
         return window;
     }
-    static void endTool(QProcess& tool)
+    void waitAndScreenshot(const QString& name)
     {
-        if (tool.state() == QProcess::NotRunning)
-            return;
-        tool.kill();
-        tool.waitForFinished(10000);
-    }
-    void screenshot(const QString& name)
-    {
-        const QString folder = QStringLiteral(QUORVEX_BINARY_DIR "/screenshots");
+        QTest::qWait(1500); // let it paint before the picture
+        const QString folder = QUORVEX_BINARY_DIR "/screenshots";
         QDir().mkpath(folder);
         QProcess shooter;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("DISPLAY", m_x.name());
-        shooter.setProcessEnvironment(environment);
-        shooter.start(QStringLiteral(QUORVEX_SCREENSHOT), {folder + '/' + name});
+        shooter.setProcessEnvironment(environment());
+        shooter.start(QUORVEX_SCREENSHOT, {folder + '/' + name});
         ASSERT_TRUE(shooter.waitForFinished(30000));
-        ASSERT_TRUE(shooter.exitCode() == 0) << shooter.readAllStandardError().constData();
+        ASSERT_EQ(shooter.exitCode(), 0) << shooter.readAllStandardError().constData();
         qInfo("screenshot: %s/%s", qPrintable(folder), qPrintable(name));
     }
+
+    XTestDisplay m_x;
 };
 
-void DesktopTest::SetUp()
-{
-    ASSERT_TRUE(QFile::exists(kProgram)) << qPrintable(kProgram + " is not built");
-    ASSERT_TRUE(m_x.open()) << qPrintable(m_x.errorText());
-}
+} // namespace
 
 TEST_F(DesktopTest, laterStart_exitsZero_andTheFirstWindowTakesTheFocus)
 {
-    const std::unique_ptr<QProcess> first = startTool({"ENG"});
+    const Tool first = startTool({"ENG"});
     const XWindowId window = waitForWindow("Quorvex");
     ASSERT_TRUE(window) << "the first copy shows no window";
-
     const XWindowId decoy = m_x.showDecoyWithFocus();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.focusedTopLevel()) == (decoy); })) << "waited for m_x.focusedTopLevel() == decoy";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return m_x.focusedTopLevel() == decoy; }));
 
     ASSERT_EQ(runLaterStart(), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.focusedTopLevel()) == (window); }, 10000)) << "waited for m_x.focusedTopLevel() == window";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return m_x.focusedTopLevel() == window; }, 10000));
     ASSERT_EQ(m_x.countWindows("Quorvex"), 1);
     ASSERT_EQ(first->state(), QProcess::Running);
-
     m_x.destroyWindow(decoy);
-    endTool(*first);
 }
 
 TEST_F(DesktopTest, laterStartWithENG_switchesAChineseCopy)
 {
-    const std::unique_ptr<QProcess> first = startTool({"CH"});
+    const Tool first = startTool({"CH"});
     const XWindowId window = waitForWindow(kChineseTitle);
     ASSERT_TRUE(window) << "the first copy shows no Chinese window";
-    QTest::qWait(1500); // let it paint before the picture
-    screenshot("shell-window-zh.png");
+    waitAndScreenshot("shell-window-zh.png");
 
     ASSERT_EQ(runLaterStart({"ENG"}), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.title(window)) == (QString("Quorvex")); }, 10000)) << "waited for m_x.title(window) == QString(\"Quorvex\")";
-    QTest::qWait(1500);
-    screenshot("shell-window-en.png");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return m_x.title(window) == "Quorvex"; }, 10000));
+    waitAndScreenshot("shell-window-en.png");
 
     ASSERT_EQ(runLaterStart({"CH"}), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (m_x.title(window)) == (kChineseTitle); }, 10000)) << "waited for m_x.title(window) == kChineseTitle";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return m_x.title(window) == kChineseTitle; }, 10000));
     ASSERT_EQ(m_x.countWindows(""), 1);
-    endTool(*first);
 }
-

@@ -13,17 +13,19 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 class SingleInstanceTest : public ::testing::Test {
 protected:
-    void SetUp() override;
+    void SetUp() override
+    {
+        closeInstanceGuard();
+        Custom::setLanguage(Custom::English);
+    }
     // Starts the helper as a later copy and lets this process's event loop
     // answer it; returns its exit code, -1 when it did not end.
     int runSecondCopy(const QStringList& arguments = {})
     {
         QProcess helper;
-        helper.start(QStringLiteral(QUORVEX_INSTANCE_HELPER), arguments);
+        helper.start(QUORVEX_INSTANCE_HELPER, arguments);
         if (!helper.waitForStarted(10000))
             return -1;
         if (!QTest::qWaitFor([&] { return helper.state() == QProcess::NotRunning; }, 15000)) {
@@ -32,17 +34,6 @@ protected:
             return -1;
         }
         return helper.exitStatus() == QProcess::NormalExit ? helper.exitCode() : -1;
-    }
-    std::unique_ptr<QProcess> startHoldingFirstCopy()
-    {
-        auto helper = std::make_unique<QProcess>();
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("QUORVEX_HELPER_HOLD", "1");
-        helper->setProcessEnvironment(environment);
-        helper->start(QStringLiteral(QUORVEX_INSTANCE_HELPER), QStringList());
-        if (!helper->waitForReadyRead(10000) || !helper->readAllStandardOutput().contains("first"))
-            return nullptr;
-        return helper;
     }
     // One raw request; the server's one-line answer.
     QByteArray ask(const QByteArray& request)
@@ -63,12 +54,6 @@ protected:
     static void TearDownTestSuite() { closeInstanceGuard(); }
 };
 
-void SingleInstanceTest::SetUp()
-{
-    closeInstanceGuard();
-    Custom::setLanguage(Custom::English);
-}
-
 TEST_F(SingleInstanceTest, channelLivesInThePrivateRuntimeFolder)
 {
     const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
@@ -87,11 +72,11 @@ TEST_F(SingleInstanceTest, secondCopy_exitsZero_andRestoresMinimisedFirstWindow)
     window.showMinimized();
     other.show();
     other.activateWindow();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(other.isActiveWindow()); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return other.isActiveWindow(); }));
 
     ASSERT_EQ(runSecondCopy(), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(!window.isMinimized()); }));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(window.isActiveWindow()); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window.isMinimized(); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.isActiveWindow(); }));
     ASSERT_TRUE(window.isVisible());
 }
 
@@ -112,19 +97,15 @@ TEST_F(SingleInstanceTest, secondCopyWithLanguage_switchesTheFirstCopy)
 {
     ASSERT_TRUE(!isAlreadyRunning());
     Custom::setLanguage(Custom::Chinese);
-    {
+    const struct { const char* argument; int language; const char* logged; } switches[] = {
+        {"ENG", Custom::English, "Quorvex ENG"}, {"CH", Custom::Chinese, "Quorvex CN"}};
+    for (const auto& to : switches) {
+        SCOPED_TRACE(to.argument);
         const TestLog log;
-        ASSERT_EQ(runSecondCopy({"ENG"}), 0);
-        ASSERT_EQ(Custom::language(), int(Custom::English));
-        EXPECT_EQ(log.messages().count("Quorvex ENG"), 1);
+        ASSERT_EQ(runSecondCopy({to.argument}), 0);
+        ASSERT_EQ(Custom::language(), to.language);
+        EXPECT_EQ(log.messages().count(to.logged), 1);
     }
-    {
-        const TestLog log;
-        ASSERT_EQ(runSecondCopy({"CH"}), 0);
-        ASSERT_EQ(Custom::language(), int(Custom::Chinese));
-        EXPECT_EQ(log.messages().count("Quorvex CN"), 1);
-    }
-
     // Any other spelling only brings the window forward.
     ASSERT_EQ(runSecondCopy({"eng"}), 0);
     ASSERT_EQ(runSecondCopy({"ENG", "extra"}), 0);
@@ -140,11 +121,16 @@ TEST_F(SingleInstanceTest, firstCopyEnded_nextStartIsFirstAgain)
 
     // Killed: the lock dies with it and the socket file it left is replaced;
     // a later copy exits 0 even when the first shows no window.
-    std::unique_ptr<QProcess> first = startHoldingFirstCopy();
-    ASSERT_TRUE(first) << "the helper did not become the first copy";
+    QProcess first;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("QUORVEX_HELPER_HOLD", "1");
+    first.setProcessEnvironment(environment);
+    first.start(QUORVEX_INSTANCE_HELPER, QStringList());
+    ASSERT_TRUE(first.waitForReadyRead(10000) && first.readAllStandardOutput().contains("first"))
+        << "the helper did not become the first copy";
     ASSERT_TRUE(isAlreadyRunning());
-    first->kill();
-    ASSERT_TRUE(first->waitForFinished(10000));
+    first.kill();
+    ASSERT_TRUE(first.waitForFinished(10000));
     ASSERT_TRUE(QFile::exists(instanceSocketPath()));
     ASSERT_TRUE(!isAlreadyRunning());
     ASSERT_EQ(runSecondCopy(), 0);
@@ -154,18 +140,16 @@ TEST_F(SingleInstanceTest, hostileRequests_areRefused_andTheServerKeepsServing)
 {
     ASSERT_TRUE(!isAlreadyRunning());
     Custom::setLanguage(Custom::Chinese);
-    ASSERT_EQ(ask("HELLO\n"), QByteArray("ERROR"));
-    ASSERT_EQ(ask("ACTIVATE de\n"), QByteArray("ERROR"));
-    ASSERT_EQ(ask("ACTIVATE ENG CH\n"), QByteArray("ERROR"));
-    ASSERT_EQ(ask(QByteArray(10000, 'A')), QByteArray("ERROR"));
-    ASSERT_EQ(ask(QByteArray("ACTIVATE\0ENG\n", 13)), QByteArray("ERROR"));
+    for (const QByteArray& request : {QByteArray("HELLO\n"), QByteArray("ACTIVATE de\n"), QByteArray("ACTIVATE ENG CH\n"),
+                                      QByteArray(10000, 'A'), QByteArray("ACTIVATE\0ENG\n", 13)})
+        EXPECT_EQ(ask(request), QByteArray("ERROR")) << request.left(20).constData();
     ASSERT_EQ(Custom::language(), int(Custom::Chinese));
 
     // A client that says nothing is dropped after a while.
     QLocalSocket silent;
     silent.connectToServer(instanceSocketPath());
     ASSERT_TRUE(silent.waitForConnected(2000));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (silent.state()) == (QLocalSocket::UnconnectedState); }, 8000)) << "waited for silent.state() == QLocalSocket::UnconnectedState";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return silent.state() == QLocalSocket::UnconnectedState; }, 8000));
 
     ASSERT_EQ(ask("ACTIVATE\n"), QByteArray("OK"));
     ASSERT_EQ(runSecondCopy({"ENG"}), 0);
