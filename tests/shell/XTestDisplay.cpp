@@ -21,7 +21,7 @@ bool XTestDisplay::open()
     return m_pDisplay != nullptr;
 }
 
-QList<Window> XTestDisplay::topLevelWindows() const
+QList<Window> XTestDisplay::windowsTitled(const QString& titlePart) const
 {
     QList<Window> windows;
     Window root = 0;
@@ -32,7 +32,8 @@ QList<Window> XTestDisplay::topLevelWindows() const
         return windows;
     for (unsigned int i = 0; i < count; ++i) {
         XWindowAttributes attributes;
-        if (XGetWindowAttributes(m_pDisplay, children[i], &attributes) && attributes.map_state == IsViewable)
+        if (XGetWindowAttributes(m_pDisplay, children[i], &attributes) && attributes.map_state == IsViewable
+            && title(children[i]).contains(titlePart))
             windows << children[i];
     }
     if (children)
@@ -63,23 +64,6 @@ QString XTestDisplay::title(Window window) const
         }
     }
     return text;
-}
-
-Window XTestDisplay::findWindow(const QString& titlePart) const
-{
-    for (const Window window : topLevelWindows()) {
-        if (title(window).contains(titlePart))
-            return window;
-    }
-    return 0;
-}
-
-int XTestDisplay::countWindows(const QString& titlePart) const
-{
-    int count = 0;
-    for (const Window window : topLevelWindows())
-        count += title(window).contains(titlePart) ? 1 : 0;
-    return count;
 }
 
 Window XTestDisplay::focusedTopLevel() const

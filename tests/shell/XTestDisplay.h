@@ -22,9 +22,8 @@ public:
     QString errorText() const { return m_error; }
     QString name() const { return m_strName; } // ":N"
 
-    // A mapped top-level window whose title contains the text; 0 when none.
-    XWindowId findWindow(const QString& titlePart) const;
-    int countWindows(const QString& titlePart) const;
+    // The mapped top-level windows whose titles contain the text.
+    QList<XWindowId> windowsTitled(const QString& titlePart) const;
     QString title(XWindowId window) const;
 
     // The top-level window that holds the keyboard focus, 0 when none.
@@ -36,8 +35,6 @@ public:
     void destroyWindow(XWindowId window) const;
 
 private:
-    QList<XWindowId> topLevelWindows() const;
-
     _XDisplay* m_pDisplay = nullptr;
     QString m_strName;
     QString m_error;
