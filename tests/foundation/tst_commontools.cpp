@@ -8,83 +8,66 @@
 
 #include <gtest/gtest.h>
 
-TEST(CommonToolsTest, deviceText_stopsAtNulOrLength)
+TEST(CommonToolsTest, deviceText_stopsAtNulOrLength_andDecodesWithTheNamedCodec)
 {
     const unsigned char field[8] = {'I', 'D', '3', '0', '0', 0, 'X', 'Y'};
-    ASSERT_EQ(XQInterface::uchar2QString(field, 8, "UTF-8"), QString("ID300"));
-    // A field filled to its end has no NUL: the length bounds it.
-    const unsigned char full[4] = {'A', 'B', 'C', 'D'};
-    ASSERT_EQ(XQInterface::uchar2QString(full, 4, "UTF-8"), QString("ABCD"));
-    ASSERT_EQ(XQInterface::uchar2QString(full, 2, "UTF-8"), QString("AB"));
-    ASSERT_EQ(XQInterface::uchar2QString(full, 0, "UTF-8"), QString());
-    ASSERT_EQ(XQInterface::uchar2QString(full, -5, "UTF-8"), QString());
-    ASSERT_EQ(XQInterface::uchar2QString(nullptr, 64, "UTF-8"), QString());
-}
+    const unsigned char full[4] = {'A', 'B', 'C', 'D'}; // filled to its end: the length bounds it
+    const struct { const unsigned char* bytes; int length; const char* text; } fields[] = {
+        {field, 8, "ID300"}, {full, 4, "ABCD"}, {full, 2, "AB"}, {full, 0, ""}, {full, -5, ""}, {nullptr, 64, ""}};
+    for (const auto& f : fields)
+        EXPECT_EQ(XQInterface::uchar2QString(f.bytes, f.length, "UTF-8"), QString(f.text)) << f.text << f.length;
 
-TEST(CommonToolsTest, deviceText_decodesWithTheNamedCodec)
-{
-    const QByteArray chinese = QString::fromUtf8("读码器").toUtf8();
-    ASSERT_EQ(XQInterface::char2QString(chinese.constData(), 64, "UTF-8"), QString::fromUtf8("读码器"));
-    const char latin1[] = {'\xe9', 0};
-    ASSERT_EQ(XQInterface::char2QString(latin1, 64, "ISO-8859-1"), QString::fromUtf8("é"));
-    // An unknown codec falls back to UTF-8 rather than failing.
-    ASSERT_EQ(XQInterface::char2QString("abc", 64, "no-such-codec"), QString("abc"));
+    EXPECT_EQ(XQInterface::char2QString("读码器", 64, "UTF-8"), QString::fromUtf8("读码器"));
+    EXPECT_EQ(XQInterface::char2QString("\xe9", 64, "ISO-8859-1"), QString::fromUtf8("é"));
+    EXPECT_EQ(XQInterface::char2QString("abc", 64, "no-such-codec"), QString("abc")); // UTF-8, not a failure
     // Invalid UTF-8 from a device becomes replacement characters, not a crash.
-    const char broken[] = {'A', '\xff', '\xfe', 0};
-    ASSERT_TRUE(XQInterface::char2QString(broken, 64, "UTF-8").startsWith('A'));
+    EXPECT_TRUE(XQInterface::char2QString("A\xff\xfe", 64, "UTF-8").startsWith('A'));
 }
 
-TEST(CommonToolsTest, logConfig_goodFileIsRead)
+TEST(CommonToolsTest, logConfig_goodAndShippedFilesAreRead)
 {
-    QTemporaryDir dir;
-    QFile file(dir.filePath("log.conf"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("# comment\n"
-               "log4j.rootLogger=DEBUG, rolling, console\n"
-               "log4j.appender.rolling.File=/var/tmp/q.log\n"
-               "log4j.appender.rolling.MaxFileSize=2MB\n"
-               "log4j.appender.rolling.MaxBackupIndex=3\n"
-               "log4j.appender.console.Threshold=ERROR\n");
-    file.close();
-    const LogConfigResult result = readLogConfigFile(file.fileName());
-    ASSERT_TRUE(result.fileRead);
-    ASSERT_TRUE(result.problems.isEmpty()) << qPrintable(result.problems.join("; "));
-    ASSERT_EQ(result.settings.level, LogLevel::Debug);
-    ASSERT_EQ(result.settings.filePath, QString("/var/tmp/q.log"));
-    ASSERT_EQ(result.settings.maxFileSize, qint64(2 * 1024 * 1024));
-    ASSERT_EQ(result.settings.maxBackups, 3);
-    ASSERT_TRUE(result.settings.echoToConsole);
-    ASSERT_EQ(result.settings.consoleLevel, LogLevel::Error);
+    const LogConfigResult result = parseLogConfig("# comment\n"
+                                                  "log4j.rootLogger=DEBUG, rolling, console\n"
+                                                  "log4j.appender.rolling.File=/var/tmp/q.log\n"
+                                                  "log4j.appender.rolling.MaxFileSize=2MB\n"
+                                                  "log4j.appender.rolling.MaxBackupIndex=3\n"
+                                                  "log4j.appender.console.Threshold=ERROR\n");
+    EXPECT_TRUE(result.problems.isEmpty()) << qPrintable(result.problems.join("; "));
+    EXPECT_EQ(result.settings.level, LogLevel::Debug);
+    EXPECT_EQ(result.settings.filePath, QString("/var/tmp/q.log"));
+    EXPECT_EQ(result.settings.maxFileSize, qint64(2 * 1024 * 1024));
+    EXPECT_EQ(result.settings.maxBackups, 3);
+    EXPECT_TRUE(result.settings.echoToConsole);
+    EXPECT_EQ(result.settings.consoleLevel, LogLevel::Error);
 
-    // The shipped configuration must parse cleanly too.
     const LogConfigResult shipped = readLogConfigFile(QUORVEX_SOURCE_DIR "/resources/config/log4qt_Quorvex.conf");
-    ASSERT_TRUE(shipped.fileRead);
-    ASSERT_TRUE(shipped.problems.isEmpty()) << qPrintable(shipped.problems.join("; "));
+    EXPECT_TRUE(shipped.fileRead);
+    EXPECT_TRUE(shipped.problems.isEmpty()) << qPrintable(shipped.problems.join("; "));
 }
 
 TEST(CommonToolsTest, logConfig_missingOrBrokenFileFallsBackToDefaults)
 {
     const LogSettings defaults;
     const LogConfigResult missing = readLogConfigFile("/nonexistent/log.conf");
-    ASSERT_TRUE(!missing.fileRead);
-    ASSERT_EQ(missing.settings.level, defaults.level);
-    ASSERT_EQ(missing.settings.maxFileSize, defaults.maxFileSize);
+    EXPECT_FALSE(missing.fileRead);
+    EXPECT_EQ(missing.settings.level, defaults.level);
+    EXPECT_EQ(missing.settings.maxFileSize, defaults.maxFileSize);
 
     const LogConfigResult broken = parseLogConfig("log4j.rootLogger=LOUD, f\n"
                                                   "log4j.appender.f.MaxFileSize=-3XB\n"
                                                   "log4j.appender.f.MaxBackupIndex=many\n"
                                                   "garbage without equals\n"
                                                   "\x01\x02\n");
-    ASSERT_EQ(broken.problems.size(), 5);
-    ASSERT_EQ(broken.settings.level, defaults.level);
-    ASSERT_EQ(broken.settings.maxFileSize, defaults.maxFileSize);
-    ASSERT_EQ(broken.settings.maxBackups, defaults.maxBackups);
+    EXPECT_EQ(broken.problems.size(), 5);
+    EXPECT_EQ(broken.settings.level, defaults.level);
+    EXPECT_EQ(broken.settings.maxFileSize, defaults.maxFileSize);
+    EXPECT_EQ(broken.settings.maxBackups, defaults.maxBackups);
 
     qint64 bytes = 0;
-    ASSERT_TRUE(parseByteSize("512KB", &bytes));
-    ASSERT_EQ(bytes, qint64(512 * 1024));
-    ASSERT_TRUE(!parseByteSize("10", &bytes));  // would rotate on every line
-    ASSERT_TRUE(!parseByteSize("99999999999999999MB", &bytes));
+    EXPECT_TRUE(parseByteSize("512KB", &bytes));
+    EXPECT_EQ(bytes, qint64(512 * 1024));
+    EXPECT_FALSE(parseByteSize("10", &bytes)); // would rotate on every line
+    EXPECT_FALSE(parseByteSize("99999999999999999MB", &bytes));
 }
 
 TEST(CommonToolsTest, logging_writesFileLineFunctionAndRotates)
@@ -104,10 +87,8 @@ TEST(CommonToolsTest, logging_writesFileLineFunctionAndRotates)
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     const QString text = QString::fromUtf8(log.readAll());
     log.close();
-    ASSERT_TRUE(text.contains("[info]")) << qPrintable(text);
-    ASSERT_TRUE(text.contains("tst_commontools.cpp:")) << qPrintable(text);
-    ASSERT_TRUE(text.contains("logging_writesFileLineFunctionAndRotates")) << qPrintable(text);
-    ASSERT_TRUE(text.contains("first line"));
+    for (const char* part : {"[info]", "tst_commontools.cpp:", "logging_writesFileLineFunctionAndRotates", "first line"})
+        EXPECT_TRUE(text.contains(part)) << part << " is not in " << qPrintable(text);
 
     // Size-based rotation keeps at most the configured number of backups.
     for (int i = 0; i < 400; ++i)

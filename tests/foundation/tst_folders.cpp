@@ -33,13 +33,9 @@ TEST(Folders, quorvexAboveTheExecutableIsRemovedFromBaseAndSuite)
     EXPECT_EQ(baseFolderOf("/opt/suite/apps"), QString("/opt/suite/apps"));
 }
 
-TEST(Folders, collectionRootIsBesideTheAppsFolder)
+TEST(Folders, collectionRootIsBesideTheAppsFolder_orPerUserForAnInstalledSuite)
 {
     EXPECT_EQ(virtualCameraRootOf("/opt/suite/apps"), QString("/opt/suite/apps/../common/VirtualCamera"));
-}
-
-TEST(Folders, collectionRootIsPerUserForAnInstalledSuite)
-{
     const struct { const char* name; const char* appsBelowTemp; const char* appsAbsolute; bool inSuite; } cases[] = {
         {"writable build tree", "build/suite/apps", "", true},
         {"root made on first use", "fresh/apps", "", true},
