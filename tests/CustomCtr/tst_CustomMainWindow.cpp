@@ -8,9 +8,6 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QMenu>
-#include <QPointer>
-#include <QTemporaryDir>
-#include <QTranslator>
 #include <QtTest>
 
 #include <gtest/gtest.h>

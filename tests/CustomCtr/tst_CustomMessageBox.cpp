@@ -7,9 +7,6 @@
 
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <QPointer>
-#include <QTimer>
-#include <QTranslator>
 #include <QtTest>
 
 #include <gtest/gtest.h>

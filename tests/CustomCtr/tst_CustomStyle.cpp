@@ -10,9 +10,6 @@
 #include "CustomTitleBar.h"
 
 #include <QHBoxLayout>
-#include <QResource>
-#include <QScopeGuard>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <gtest/gtest.h>

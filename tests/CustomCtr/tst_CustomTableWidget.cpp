@@ -5,12 +5,11 @@
 #include "CustomTableWidget.h"
 #include "TableTests.h"
 
-#include <QSignalSpy>
 #include <QtTest>
 
 #include <gtest/gtest.h>
 
-#include <optional>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -56,6 +55,37 @@ protected:
         const QRect box = header->checkBoxRect(0);
         ASSERT_FALSE(box.isEmpty()) << "header section shows no check box";
         clickAt(header->viewport(), box.center());
+    }
+
+    void tickRows(int from, Qt::CheckState state, bool notifyNow)
+    {
+        for (int row = from; row < kRows; ++row)
+            table.setCellCheckState(row, 0, state, notifyNow);
+    }
+    // Column 0 as "-~x" per row, then the header's box: "--x- header ~".
+    QString columnState() const
+    {
+        QString text;
+        for (int row = 0; row < table.rowCount(); ++row)
+            text += "-~x"[table.cellCheckState(row, 0)];
+        return text + " header " + "-~x"[header->checkState(0)];
+    }
+    struct Step
+    {
+        std::string rowName;
+        std::function<void()> act;
+        QString column;   // columnState() afterwards
+        int emitted = -1; // signals since SetUp, -1: not looked at
+    };
+    void walk(const std::vector<Step>& steps)
+    {
+        forEachRow(steps, [&](const Step& step) {
+            step.act();
+            EXPECT_EQ(columnState(), step.column);
+            if (step.emitted >= 0) {
+                EXPECT_EQ(spy.count(), step.emitted);
+            }
+        });
     }
 
     CustomTableWidget table {kRows, 3};
@@ -116,99 +146,68 @@ TEST_F(TableTest, userClickOnBox_togglesAndEmits)
     // Callers keep their own data under Qt::UserRole + n in the same items.
     for (int offset = 0; offset < 8; ++offset)
         table.item(2, 0)->setData(Qt::UserRole + offset, QStringLiteral("SN%1").arg(offset));
-    // A click beside the box, or on a cell without one, changes nothing.
     const QRect cell = table.visualRect(table.model()->index(0, 0));
     ASSERT_GT(cell.width(), table.checkBoxRect(0, 0).width() + 40);
-    clickAt(table.viewport(), QPoint(cell.right() - 5, cell.center().y()));
-    clickAt(table.viewport(), table.visualRect(table.model()->index(0, 1)).center());
-    ASSERT_EQ(spy.count(), 0);
-
-    clickBox(2, 0);
-    ASSERT_EQ(table.cellCheckState(2, 0), Qt::Checked);
-    ASSERT_EQ(table.item(2, 0)->data(Qt::UserRole + 1).toString(), QStringLiteral("SN1"));
-    ASSERT_EQ(spy.count(), 1);
-    ASSERT_EQ(spy.at(0), (QVariantList {2, 0}));
-    clickBox(2, 0);
-    ASSERT_EQ(table.cellCheckState(2, 0), Qt::Unchecked);
-    ASSERT_EQ(spy.count(), 2);
+    walk({
+        {"beside the box, and on a cell without one",
+         [&] {
+             clickAt(table.viewport(), QPoint(cell.right() - 5, cell.center().y()));
+             clickAt(table.viewport(), table.visualRect(table.model()->index(0, 1)).center());
+         },
+         "---- header -", 0},
+        {"on the box", [&] { clickBox(2, 0); }, "--x- header ~", 1},
+        {"on it again", [&] { clickBox(2, 0); }, "---- header -", 2},
+    });
+    EXPECT_EQ(table.item(2, 0)->data(Qt::UserRole + 1).toString(), QStringLiteral("SN1"));
+    ASSERT_EQ(spy.value(0), (QVariantList {2, 0}));
 
     // A partially checked box becomes checked on a click.
     table.setCellCheckState(1, 0, Qt::PartiallyChecked, true);
     spy.clear();
-    clickBox(1, 0);
-    ASSERT_EQ(table.cellCheckState(1, 0), Qt::Checked);
-    ASSERT_EQ(spy.count(), 1);
+    walk({{"on a partially checked box", [&] { clickBox(1, 0); }, "-x-- header ~", 1}});
 }
 
 TEST_F(TableTest, spaceKey_togglesEnabledBoxes_programTicksDisabledOnes)
 {
     table.setFocus();
-    table.setCurrentCell(3, 0);
-    QTest::keyClick(&table, Qt::Key_Space);
-    ASSERT_EQ(table.cellCheckState(3, 0), Qt::Checked);
-    ASSERT_EQ(spy.count(), 1);
-
-    spy.clear();
-    table.setCheckBoxEnable(1, 0, false);
-    ASSERT_TRUE(table.IsHaveCheckBox(1, 0));
-    clickBox(1, 0);
-    table.setCurrentCell(1, 0);
-    QTest::keyClick(&table, Qt::Key_Space);
-    ASSERT_EQ(table.cellCheckState(1, 0), Qt::Unchecked);
-    ASSERT_EQ(spy.count(), 0);
-
-    table.setCellCheckState(1, 0, Qt::Checked, true);
-    ASSERT_EQ(table.cellCheckState(1, 0), Qt::Checked);
-    ASSERT_EQ(spy.count(), 1);
+    const auto space = [&](int row) { table.setCurrentCell(row, 0); QTest::keyClick(&table, Qt::Key_Space); };
+    walk({
+        {"space on an enabled box", [&] { space(3); }, "---x header ~", 1},
+        {"click and space on a disabled box", [&] { table.setCheckBoxEnable(1, 0, false); clickBox(1, 0); space(1); },
+         "---x header ~", 1},
+        {"the program ticks the disabled box", [&] { table.setCellCheckState(1, 0, Qt::Checked, true); },
+         "-x-x header ~", 2},
+    });
+    EXPECT_TRUE(table.IsHaveCheckBox(1, 0));
 }
 
 TEST_F(TableTest, programmaticChange_notifiesNowOrOnceLater)
 {
-    table.setCellCheckState(0, 0, Qt::Checked, true);
-    table.setCellCheckState(0, 0, Qt::Checked, true); // no change, no signal
-    ASSERT_EQ(spy.count(), 1);
-
-    spy.clear();
-    for (int row = 1; row < kRows; ++row)
-        table.setCellCheckState(row, 0, Qt::Checked, false);
-    ASSERT_EQ(spy.count(), 0);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return spy.count() == 1; }));
-    ASSERT_EQ(spy.at(0), (QVariantList {kRows - 1, 0}));
-    QTest::qWait(20);
-    ASSERT_EQ(spy.count(), 1);
-
-    // A cell without a box cannot be checked.
-    table.setCellCheckState(0, 1, Qt::Checked, true);
-    ASSERT_EQ(table.cellCheckState(0, 1), Qt::Unchecked);
-    ASSERT_EQ(spy.count(), 1);
+    walk({
+        {"notified now", [&] { table.setCellCheckState(0, 0, Qt::Checked, true); }, "x--- header ~", 1},
+        {"no change, no signal", [&] { table.setCellCheckState(0, 0, Qt::Checked, true); }, "x--- header ~", 1},
+        {"notified later: not yet", [&] { tickRows(1, Qt::Checked, false); }, "xxxx header x", 1},
+        {"notified later: once", [&] { (void)QTest::qWaitFor([&] { return spy.count() > 1; }); QTest::qWait(20); },
+         "xxxx header x", 2},
+        {"a cell without a box cannot be checked", [&] { table.setCellCheckState(0, 1, Qt::Checked, true); },
+         "xxxx header x", 2},
+    });
+    EXPECT_EQ(table.cellCheckState(0, 1), Qt::Unchecked);
+    ASSERT_EQ(spy.value(1), (QVariantList {kRows - 1, 0}));
 }
 
 TEST_F(TableTest, header_followsEnabledCellsOfVisibleRows)
 {
-    ASSERT_EQ(header->checkState(0), Qt::Unchecked);
-    clickBox(0, 0);
-    ASSERT_EQ(header->checkState(0), Qt::PartiallyChecked);
-    for (int row = 1; row < kRows; ++row)
-        table.setCellCheckState(row, 0, Qt::Checked, false);
-    ASSERT_EQ(header->checkState(0), Qt::Checked);
-
-    // A box the user cannot change does not hold the header back.
-    table.setCellCheckState(3, 0, Qt::Unchecked, true);
-    ASSERT_EQ(header->checkState(0), Qt::PartiallyChecked);
-    table.setCheckBoxEnable(3, 0, false);
-    ASSERT_EQ(header->checkState(0), Qt::Checked);
-
-    // Removing or adding rows re-evaluates the column.
-    table.insertRow(0);
-    table.setCheckBoxVisible(0, 0, true);
-    ASSERT_EQ(header->checkState(0), Qt::PartiallyChecked);
-    table.removeRow(0);
-    ASSERT_EQ(header->checkState(0), Qt::Checked);
-
-    for (int row = 0; row < kRows; ++row)
-        table.setCellCheckState(row, 0, Qt::Unchecked, true);
-    ASSERT_EQ(header->checkState(0), Qt::Unchecked);
-
+    walk({
+        {"one box clicked", [&] { clickBox(0, 0); }, "x--- header ~"},
+        {"the others ticked silently", [&] { tickRows(1, Qt::Checked, false); }, "xxxx header x"},
+        {"one unticked", [&] { table.setCellCheckState(3, 0, Qt::Unchecked, true); }, "xxx- header ~"},
+        {"a box the user cannot change does not count", [&] { table.setCheckBoxEnable(3, 0, false); },
+         "xxx- header x"},
+        {"an added row counts", [&] { table.insertRow(0); table.setCheckBoxVisible(0, 0, true); }, "-xxx- header ~"},
+        {"a removed one no longer", [&] { table.removeRow(0); }, "xxx- header x"},
+        {"all unticked", [&] { tickRows(0, Qt::Unchecked, true); }, "---- header -"},
+    });
     // Columns without a header box keep no header state.
     table.setCheckBoxVisible(0, 1, true);
     table.setCellCheckState(0, 1, Qt::Checked, true);
@@ -269,37 +268,27 @@ TEST_F(TableTest, headerClick_onlyReports_theReceiverTicksTheCells)
     ASSERT_TRUE(QTest::qWaitFor([&] { return spy.count() == 1; }));
 }
 
-struct ProgressStep
-{
-    std::string rowName;
-    std::optional<bool> show; // show or hide the bar first, with the range below
-    int minimum, maximum;
-    std::optional<int> update;
-    int expected;
-};
-
 TEST(TestCustomTableWidget, progressBar_rangeValueAndHiding)
 {
     CustomTableWidget table(2, 5);
     table.setItem(0, 4, new QTableWidgetItem);
+    const auto show = [&](bool visible, int low, int high) { table.setProgressBarVisible(0, 4, visible, low, high); };
+    const auto update = [&](int value) { table.updateProgressBarValue(0, 4, value); };
     // The steps run in order on one cell.
-    forEachRow(std::vector<ProgressStep> {
-                   {"no bar yet: update ignored", {}, 0, 0, 30, -1},
-                   {"shown", true, 0, 100, 55, 55},
-                   {"shown again with the same range keeps the value", true, 0, 100, {}, 55},
-                   {"above the range", {}, 0, 0, 250, 100},
-                   {"below the range", {}, 0, 0, -3, 0},
-                   {"hidden", false, 0, 100, 40, -1},
-                   {"reversed range is taken the right way round", true, 10, 0, 7, 7},
-                   {"above the reversed range", {}, 0, 0, 11, 10},
-               },
-               [&](const ProgressStep& step) {
-                   if (step.show)
-                       table.setProgressBarVisible(0, 4, *step.show, step.minimum, step.maximum);
-                   if (step.update)
-                       table.updateProgressBarValue(0, 4, *step.update);
-                   EXPECT_EQ(table.progressBarValue(0, 4), step.expected);
-               });
+    const struct { const char* name; std::function<void()> act; int value; } steps[] = {
+        {"no bar yet: an update is ignored", [&] { update(30); }, -1},
+        {"shown", [&] { show(true, 0, 100), update(55); }, 55},
+        {"shown again with the same range keeps the value", [&] { show(true, 0, 100); }, 55},
+        {"above the range", [&] { update(250); }, 100},
+        {"below the range", [&] { update(-3); }, 0},
+        {"hidden", [&] { show(false, 0, 100), update(40); }, -1},
+        {"a reversed range is taken the right way round", [&] { show(true, 10, 0), update(7); }, 7},
+        {"above the reversed range", [&] { update(11); }, 10},
+    };
+    for (const auto& step : steps) {
+        step.act();
+        EXPECT_EQ(table.progressBarValue(0, 4), step.value) << step.name;
+    }
 
     // Hiding on an empty cell creates nothing; showing creates the item.
     table.setProgressBarVisible(1, 4, false, 0, 100);

@@ -11,7 +11,6 @@
 #include "QVirtualCamMainWidget.h"
 #include "XQInterface.h"
 
-#include <QTranslator>
 #include <QtCore>
 
 #include <gtest/gtest.h>

@@ -7,11 +7,6 @@
 #include "QtPrinters.h"
 #include "TableTests.h"
 
-#include <QFile>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QXmlStreamReader>
 #include <QtCore>
 
 #include <gtest/gtest.h>

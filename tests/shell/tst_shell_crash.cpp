@@ -3,12 +3,6 @@
 #include "QtPrinters.h"
 #include "CrashHandler.h"
 
-#include <QDateTime>
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QtCore>
 
 #include <gtest/gtest.h>

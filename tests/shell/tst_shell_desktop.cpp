@@ -6,8 +6,6 @@
 #include "QtPrinters.h"
 #include "XTestDisplay.h"
 
-#include <QDir>
-#include <QProcess>
 #include <QtTest>
 
 #include <gtest/gtest.h>

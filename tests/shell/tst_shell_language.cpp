@@ -5,10 +5,6 @@
 #include "QtPrinters.h"
 #include "TableTests.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtCore>
 
 #include <gtest/gtest.h>

@@ -7,7 +7,6 @@
 #include "SingleInstance.h"
 
 #include <QLocalSocket>
-#include <QProcess>
 #include <QWidget>
 #include <QtTest>
 
