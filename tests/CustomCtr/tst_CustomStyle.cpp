@@ -24,15 +24,14 @@ QImage render(QWidget* widget)
     return widget->grab().toImage();
 }
 
-bool near(const QColor& actual, const QColor& expected, int tolerance = 8)
+// Whether the pixel at `at` is within `tolerance` of `expected` in each channel.
+::testing::AssertionResult near(const QImage& image, QPoint at, const QColor& expected, int tolerance = 8)
 {
-    return qAbs(actual.red() - expected.red()) <= tolerance && qAbs(actual.green() - expected.green()) <= tolerance
-        && qAbs(actual.blue() - expected.blue()) <= tolerance;
-}
-
-QString describe(const QColor& color)
-{
-    return color.name(QColor::HexArgb);
+    const QColor actual = image.pixelColor(at);
+    if (qAbs(actual.red() - expected.red()) <= tolerance && qAbs(actual.green() - expected.green()) <= tolerance
+        && qAbs(actual.blue() - expected.blue()) <= tolerance)
+        return ::testing::AssertionSuccess() << actual.name().toStdString() << " is near " << expected.name().toStdString();
+    return ::testing::AssertionFailure() << actual.name().toStdString() << " is not near " << expected.name().toStdString();
 }
 
 } // namespace
@@ -43,14 +42,14 @@ TEST(TestCustomStyle, invalidArguments_changeNothing)
     ASSERT_TRUE(label.cSetFontColor(QStringLiteral("red"), 0));
     const QString before = label.styleSheet();
 
-    ASSERT_TRUE(!label.cSetBorderColor(QStringLiteral("#f76900"), 7, 0));
-    ASSERT_TRUE(!label.cSetBorderColor(QStringLiteral("#f76900"), 3, 3));
-    ASSERT_TRUE(!label.cSetBorderColor(QStringLiteral("not-a-colour"), 3, 0));
-    ASSERT_TRUE(!label.cSetFontColor(QStringLiteral("red; background: blue"), 0));
-    ASSERT_TRUE(!label.cSetFontColor(QString(), -1));
-    ASSERT_TRUE(!label.cSetFontSize(0, 0));
-    ASSERT_TRUE(!label.cSetBackgroundImage(QStringLiteral("x.png\"); background: blue; border-image: url(\""), 0));
-    ASSERT_TRUE(!label.cSetBackgroundImage(QStringLiteral("a\nb.png"), 0));
+    EXPECT_FALSE(label.cSetBorderColor(QStringLiteral("#f76900"), 7, 0));
+    EXPECT_FALSE(label.cSetBorderColor(QStringLiteral("#f76900"), 3, 3));
+    EXPECT_FALSE(label.cSetBorderColor(QStringLiteral("not-a-colour"), 3, 0));
+    EXPECT_FALSE(label.cSetFontColor(QStringLiteral("red; background: blue"), 0));
+    EXPECT_FALSE(label.cSetFontColor(QString(), -1));
+    EXPECT_FALSE(label.cSetFontSize(0, 0));
+    EXPECT_FALSE(label.cSetBackgroundImage(QStringLiteral("x.png\"); background: blue; border-image: url(\""), 0));
+    EXPECT_FALSE(label.cSetBackgroundImage(QStringLiteral("a\nb.png"), 0));
     ASSERT_EQ(label.styleSheet(), before);
 }
 
@@ -63,21 +62,20 @@ TEST(TestCustomStyle, borderAndBackground_areRendered)
     ASSERT_TRUE(label.cSetBorderColor(QStringLiteral("#ff0000"), CustomObject::EdgeAll, 0));
     const QImage image = render(&label);
     for (const QPoint& onBorder : {QPoint(1, 20), QPoint(58, 20), QPoint(30, 1), QPoint(30, 38)})
-        EXPECT_TRUE(near(image.pixelColor(onBorder), Qt::red)) << qPrintable(describe(image.pixelColor(onBorder)));
-    EXPECT_TRUE(near(image.pixelColor(30, 20), Qt::green)) << qPrintable(describe(image.pixelColor(30, 20)));
+        EXPECT_TRUE(near(image, onBorder, Qt::red));
+    EXPECT_TRUE(near(image, {30, 20}, Qt::green));
 
     // One edge only draws only that side.
     ASSERT_TRUE(label.cSetBorderColor(QStringLiteral("#0000ff"), CustomObject::EdgeBottom, 0));
     const QImage edge = render(&label);
-    ASSERT_TRUE(near(edge.pixelColor(30, 38), Qt::blue));
-    ASSERT_TRUE(!near(edge.pixelColor(30, 1), Qt::blue)) << qPrintable(describe(edge.pixelColor(30, 1)));
-    ASSERT_TRUE(!near(edge.pixelColor(1, 20), Qt::blue));
+    EXPECT_TRUE(near(edge, {30, 38}, Qt::blue));
+    EXPECT_FALSE(near(edge, {30, 1}, Qt::blue));
+    EXPECT_FALSE(near(edge, {1, 20}, Qt::blue));
 }
 
 TEST(TestCustomStyle, backgroundImage_fillsTheButton)
 {
     QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
     QImage image(8, 8, QImage::Format_RGB32);
     image.fill(QColor(0x20, 0x40, 0xe0));
     // A folder name with a space and parentheses, as user folders have.
@@ -89,23 +87,20 @@ TEST(TestCustomStyle, backgroundImage_fillsTheButton)
     button.resize(32, 32);
     for (int state = 0; state < 3; ++state)
         ASSERT_TRUE(button.cSetBackgroundImage(path, state));
-    const QImage shot = render(&button);
-    ASSERT_TRUE(near(shot.pixelColor(16, 16), QColor(0x20, 0x40, 0xe0))) << qPrintable(describe(shot.pixelColor(16, 16)));
+    EXPECT_TRUE(near(render(&button), {16, 16}, QColor(0x20, 0x40, 0xe0)));
 }
 
 TEST(TestCustomStyle, withoutBundle_widgetsKeepThePlainLook)
 {
-    ASSERT_TRUE(!QFile::exists(Custom::defaultStyleSheetPath()));
-    ASSERT_TRUE(Custom::defaultStyleSheet().isEmpty());
-    CustomMainWindow window;
-    ASSERT_TRUE(window.styleSheet().isEmpty());
-    CustomMenu menu;
-    ASSERT_TRUE(menu.styleSheet().isEmpty());
+    EXPECT_FALSE(QFile::exists(Custom::defaultStyleSheetPath()));
+    EXPECT_TRUE(Custom::defaultStyleSheet().isEmpty());
+    EXPECT_TRUE(CustomMainWindow().styleSheet().isEmpty());
+    EXPECT_TRUE(CustomMenu().styleSheet().isEmpty());
 }
 
 TEST(TestCustomStyle, withBundle_themeIsRendered_ownSettersWin_titleControlsKeepTheirSize)
 {
-    ASSERT_TRUE(QFile::exists(kBundle)) << qPrintable(QStringLiteral("theme bundle not built: %1").arg(kBundle));
+    ASSERT_TRUE(QFile::exists(kBundle)) << qPrintable("theme bundle not built: " + kBundle);
     ASSERT_TRUE(QResource::registerResource(kBundle));
     const auto unregister = qScopeGuard([] { QResource::unregisterResource(kBundle); });
     CustomMainWindow window;
@@ -132,20 +127,17 @@ TEST(TestCustomStyle, withBundle_themeIsRendered_ownSettersWin_titleControlsKeep
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
 
-    const QImage go = render(primary);
-    ASSERT_TRUE(near(go.pixelColor(6, 13), QColor(0xf7, 0x69, 0x00))) << qPrintable(describe(go.pixelColor(6, 13)));
+    const QColor accent(0xf7, 0x69, 0x00);
+    EXPECT_TRUE(near(render(primary), {6, 13}, accent));
     // An own setter beats the theme; the rest of the theme's look (white face) stays.
     const QImage record = render(outline);
-    ASSERT_TRUE(near(record.pixelColor(0, 13), Qt::blue, 40)) << qPrintable(describe(record.pixelColor(0, 13)));
-    ASSERT_TRUE(near(record.pixelColor(6, 5), Qt::white)) << qPrintable(describe(record.pixelColor(6, 5)));
+    EXPECT_TRUE(near(record, {0, 13}, Qt::blue, 40));
+    EXPECT_TRUE(near(record, {6, 5}, Qt::white));
     // A corner of the box interior, away from the tick.
     const QImage cells = render(table->viewport());
-    const QPoint inChecked = table->checkBoxRect(0, 0).topLeft() + QPoint(3, 3);
-    const QPoint inUnchecked = table->checkBoxRect(1, 0).topLeft() + QPoint(3, 3);
-    ASSERT_TRUE(near(cells.pixelColor(inChecked), QColor(0xf7, 0x69, 0x00), 30)) << qPrintable(describe(cells.pixelColor(inChecked)));
-    ASSERT_TRUE(near(cells.pixelColor(inUnchecked), Qt::white, 12)) << qPrintable(describe(cells.pixelColor(inUnchecked)));
+    EXPECT_TRUE(near(cells, table->checkBoxRect(0, 0).topLeft() + QPoint(3, 3), accent, 30));
+    EXPECT_TRUE(near(cells, table->checkBoxRect(1, 0).topLeft() + QPoint(3, 3), Qt::white, 12));
     // The theme must not squeeze the title bar's controls.
-    const QSize control = window.cTitleBar()->cControlButton(CustomTitleBar::CloseControl)->size();
-    ASSERT_TRUE(control.height() == 40) << qPrintable(QStringLiteral("control %1x%2").arg(control.width()).arg(control.height()));
+    EXPECT_EQ(window.cTitleBar()->cControlButton(CustomTitleBar::CloseControl)->height(), 40);
 }
 
