@@ -2,8 +2,8 @@
 // catalogues are found from the executable's own folder, so the test copies
 // this program into <suite>/apps/Quorvex), builds the real main window and
 // prints one line of state after each step:
-//   <step> language=<0|1> title=<window title> record=<collect caption>
-//          header=<model column> catalogues=<which ones answer>
+//   <step> [<outcome> ]language=<0|1> title=<window title>
+//          record=<collect caption> header=<model column> catalogues=<which ones answer>
 // Steps: start, the switch messages through nativeEvent, a direct Chinese
 // switch, and the help button in both languages.
 
@@ -39,20 +39,14 @@ public slots:
 // Which catalogues are installed, told by a text only that catalogue has.
 QString answeringCatalogues()
 {
-    struct Probe
-    {
-        const char* name;
-        const char* context;
-        const char* source;
-    };
-    const Probe probes[] = {
+    const struct { const char* name; const char* context; const char* source; } probes[] = {
         {"Quorvex", "QVirtualCamMainWidget", "Quorvex"},
         {"qt", "QFileDialog", "Back"},
         {"widgets", "QScrollBar", "Scroll here"},
         {"CustomCtr", "CustomTitleBar", "Minimize"},
     };
     QStringList answering;
-    for (const Probe& probe : probes) {
+    for (const auto& probe : probes) {
         if (QCoreApplication::translate(probe.context, probe.source) != QLatin1String(probe.source))
             answering << probe.name;
     }
@@ -63,15 +57,15 @@ QString answeringCatalogues()
     return answering.join(',');
 }
 
-void report(const char* step, const ProbeWindow& window)
+void report(const char* step, const ProbeWindow& window, const QString& outcome = QString())
 {
     // Installing a catalogue posts LanguageChange to every window.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::LanguageChange);
     const auto* pCollect = window.findChild<QPushButton*>("CollectBtn");
     const auto* pTable = window.findChild<CustomTableWidget*>();
     const QTableWidgetItem* pHeader = pTable ? pTable->horizontalHeaderItem(1) : nullptr;
-    const QString line = QStringLiteral("%1 language=%2 title=%3 record=%4 header=%5 catalogues=%6\n")
-                             .arg(step)
+    const QString line = QStringLiteral("%1 %2language=%3 title=%4 record=%5 header=%6 catalogues=%7\n")
+                             .arg(step, outcome)
                              .arg(Custom::language())
                              .arg(window.windowTitle(), pCollect ? pCollect->text() : QString("-"),
                                   pHeader ? pHeader->text() : QString("-"), answeringCatalogues());
@@ -84,8 +78,7 @@ void sendMessage(ProbeWindow& window, const QByteArray& eventType, unsigned int 
     WindowMessageHead message {nullptr, number};
     long result = 12345;
     const bool bHandled = window.nativeEvent(eventType, &message, &result);
-    std::printf("%s handled=%d result=%ld\n", step, bHandled ? 1 : 0, result);
-    report(step, window);
+    report(step, window, QString("handled=%1 result=%2 ").arg(bHandled ? 1 : 0).arg(result));
 }
 
 } // namespace
@@ -116,8 +109,8 @@ int main(int argc, char* argv[])
     sendMessage(window, kWindowMessageEventType, 0x801, "msg-other");
     sendMessage(window, "xcb_generic_event_t", kEnglishLanguageMessage, "msg-x11");
 
-    std::printf("apply-chinese returned=%d\n", applyLanguage(QStringLiteral("CH")) ? 1 : 0);
-    report("apply-chinese", window);
+    const bool bApplied = applyLanguage(QStringLiteral("CH"));
+    report("apply-chinese", window, QString("returned=%1 ").arg(bApplied ? 1 : 0));
     QDesktopServices::unsetUrlHandler("file");
     return 0;
 }
