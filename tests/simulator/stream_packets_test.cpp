@@ -70,7 +70,7 @@ protected:
         return packets;
     }
 
-    static constexpr std::uint32_t kPacketSize = 1000;
+    static constexpr std::uint32_t kPacketSize = 1677;
     std::unique_ptr<SimulatorServer> m_server;
     test::GvcpClient m_control;
     test::GvcpClient m_receiver;
@@ -80,9 +80,9 @@ protected:
 TEST_F(StreamPackets, frame_isLeaderPayloadTrailer_withTheNegotiatedSize)
 {
     const auto frame = triggerFrame();
+    // 320 x 200 bytes at 1641 a packet: 39 full packets and one of a single byte.
     const std::size_t imageSize = 320 * 200;
-    const std::size_t perPacket = kPacketSize - 36;
-    const std::uint32_t payloadPackets = static_cast<std::uint32_t>((imageSize + perPacket - 1) / perPacket);
+    const std::uint32_t payloadPackets = 40;
     ASSERT_EQ(frame.size(), payloadPackets + 2);
 
     const GvspPacket& leader = frame.at(0);
@@ -99,15 +99,15 @@ TEST_F(StreamPackets, frame_isLeaderPayloadTrailer_withTheNegotiatedSize)
         const GvspPacket& payload = frame.at(id);
         EXPECT_EQ(payload.format, gvsp::kFormatPayload);
         EXPECT_EQ(payload.blockId, leader.blockId);
-        if (id < payloadPackets) {
-            EXPECT_EQ(payload.bytes.size(), kPacketSize - 28) << "packet " << id;
-        }
+        EXPECT_EQ(payload.bytes.size(), id < payloadPackets ? kPacketSize - 28 : 8 + 1) << "packet " << id;
         data += payload.bytes.size() - 8;
     }
     EXPECT_EQ(data, imageSize);
     const GvspPacket& trailer = frame.at(payloadPackets + 1);
     EXPECT_EQ(trailer.format, gvsp::kFormatTrailer);
-    EXPECT_EQ(trailer.bytes.size(), 16u);
+    ASSERT_EQ(trailer.bytes.size(), 16u);
+    EXPECT_EQ(readBig16(trailer.bytes.data() + 10), gvsp::kPayloadTypeImage);
+    EXPECT_EQ(readBig32(trailer.bytes.data() + 12), 200u);
 
     const auto next = triggerFrame();
     ASSERT_FALSE(next.empty());
