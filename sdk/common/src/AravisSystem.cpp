@@ -93,12 +93,4 @@ namespace xq {
 
 std::mutex& aravisSystemMutex() { return *xq_sdk_aravis_lock(); }
 
-bool descriptionParsesAreSerialised()
-{
-    const void* bound = ::dlsym(RTLD_DEFAULT, "arv_dom_document_new_from_memory");
-    const void* appendBound = ::dlsym(RTLD_DEFAULT, "arv_dom_document_append_from_memory");
-    return realNewFromMemory() && realAppendFromMemory() && bound != reinterpret_cast<const void*>(realNewFromMemory())
-        && appendBound != reinterpret_cast<const void*>(realAppendFromMemory());
-}
-
 } // namespace xq

@@ -26,7 +26,4 @@ namespace xq {
 // Held around Aravis calls that read or rebuild its device lists.
 std::mutex& aravisSystemMutex();
 
-// True if the parse entries the process uses are this library's wrappers.
-bool descriptionParsesAreSerialised();
-
 } // namespace xq
