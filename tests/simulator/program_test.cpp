@@ -66,6 +66,7 @@ TEST_F(SimulatorProgram, wrongCommandLines_exitWithStatus2AndSayWhy)
         {{"--hostile", "zip"}, "unknown --hostile kind 'zip'"},
         {{"--hostile", "file-url=etc/passwd"}, "absolute path"},
         {{"--hostile", "vanish=-1"}, "--hostile vanish="},
+        {{"--hostile", "vanish=12x"}, "--hostile vanish="},
         {{"--hostile", "bad-zip=1"}, "takes no value"},
         {{"--link-speed", "fast"}, "--link-speed needs a speed"},
         {{"--link-speed", "1.5.5G"}, "--link-speed needs a speed"},
