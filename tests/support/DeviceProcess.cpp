@@ -80,6 +80,8 @@ void DeviceProcess::signal(int number) const
 
 int DeviceProcess::waitForExit(int timeoutMs)
 {
+    if (m_pid <= 0)
+        return -1; // never started, or already reaped
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
     int status = 0;
     while (m_pid > 0 && ::waitpid(m_pid, &status, WNOHANG) == 0) {

@@ -25,7 +25,7 @@ public:
     void stop(bool kill = false);
     void signal(int number) const;
     // The exit status (128 + signal when a signal ended it) once the child
-    // ends within timeoutMs; -1 while it runs on.
+    // ends within timeoutMs; -1 while it runs on or when there is no child.
     int waitForExit(int timeoutMs);
     bool running() const { return m_pid > 0; }
     pid_t pid() const { return m_pid; }

@@ -4,8 +4,9 @@
 #include "XQCameraControl.h"
 #include "XqCodeReaderCtrl.h"
 
+#include "Discovery.h"
+
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -38,10 +39,9 @@ auto findDevice(const List& list, const std::string& serial) -> std::decay_t<dec
 template <class List>
 auto findDeviceAt(const List& list, const char* ip) -> std::decay_t<decltype(list.pDeviceInfo[0])>
 {
-    unsigned a = 0, b = 0, c = 0, d = 0;
-    std::sscanf(ip, "%u.%u.%u.%u", &a, &b, &c, &d);
+    const std::uint32_t address = xq::parseIpv4(ip);
     for (unsigned int i = 0; i < list.nDeviceNum; ++i) {
-        if (list.pDeviceInfo[i] && list.pDeviceInfo[i]->stGigE.nCurrentIp == ((a << 24) | (b << 16) | (c << 8) | d))
+        if (list.pDeviceInfo[i] && list.pDeviceInfo[i]->stGigE.nCurrentIp == address)
             return list.pDeviceInfo[i];
     }
     return nullptr;
