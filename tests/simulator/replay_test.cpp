@@ -5,6 +5,8 @@
 
 #include "replay_fixture.h"
 
+#include "FilePermissions.h"
+
 #include "camera_hold.h"
 #include "core/device_control.h"
 #include "gvcp_packets.h"
@@ -314,15 +316,35 @@ TEST_F(ReplayedCameraTest, damagedFiles_refuseTheCameraWithTheReason)
     EXPECT_NE(error.find("no readable JPEG"), std::string::npos) << error;
     EXPECT_EQ(m_log.size(), 3u) << "one line per image left out";
 
-    // One bad image of three: served with the others, and said so.
+    // One bad and one unreadable image of three: served with the others, and said so.
     writeCamera(m_store, "Vir12345678");
     writeFile(folder / "Jpg" / "2.jpg", "garbage");
+    fs::permissions(folder / "Jpg" / "3.jpg", fs::perms::none);
+    const xqtest::FilePermissionsEnforced permissions;
+    ASSERT_TRUE(permissions.isActive());
     m_log.clear();
     const auto camera = load(error);
     ASSERT_TRUE(camera) << error;
-    EXPECT_EQ(camera->images().size(), 2u);
-    ASSERT_EQ(m_log.size(), 1u);
+    EXPECT_EQ(camera->images().size(), 1u);
+    ASSERT_EQ(m_log.size(), 2u);
     EXPECT_NE(m_log[0].find("2.jpg"), std::string::npos);
+    EXPECT_NE(m_log[1].find("3.jpg: cannot be read"), std::string::npos) << m_log[1];
+}
+
+// A command whose register cannot be written is no command: a zero length.
+TEST_F(ReplayedCameraTest, aCommandRegisterOfNoLength_isSaidToSendNoFrames)
+{
+    const fs::path description = m_store / "Cameras" / "Vir12345678" / "QVX-ID2040M.xml";
+    std::string xml = readFile(description);
+    const std::size_t node = xml.find("Name=\"AcquisitionStartReg\"");
+    ASSERT_NE(node, std::string::npos);
+    const std::size_t length = xml.find("<Length>4</Length>", node);
+    ASSERT_NE(length, std::string::npos);
+    writeFile(description, xml.replace(length, 18, "<Length>0</Length>"));
+    std::string error;
+    ASSERT_TRUE(load(error)) << error;
+    ASSERT_EQ(m_log.size(), 1u);
+    EXPECT_NE(m_log[0].find("no AcquisitionStart register"), std::string::npos) << m_log[0];
 }
 
 TEST_F(ReplayedCameraTest, imagesOfAnotherSize_areServedAndSaidSo)

@@ -3,7 +3,7 @@
 // a camera.
 
 #include "QtPrinters.h"
-#include "StoreTestSupport.h"
+#include "TestFiles.h"
 #include "CollectedFiles.h"
 
 using collect::deleteFileOrFolderAt;

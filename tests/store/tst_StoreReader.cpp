@@ -4,7 +4,7 @@
 
 #include "TableTests.h"
 #include "QtPrinters.h"
-#include "StoreTestSupport.h"
+#include "TestFiles.h"
 #include "FileOperations.h"
 #include "SupportedModels.h"
 #include "VirtualCameraConfig.h"

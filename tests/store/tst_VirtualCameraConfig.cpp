@@ -2,7 +2,8 @@
 // disk, the model table behind its version text, and reading the list back.
 
 #include "QtPrinters.h"
-#include "StoreTestSupport.h"
+#include "FilePermissions.h"
+#include "TestFiles.h"
 #include "StorePaths.h"
 #include "SupportedModels.h"
 #include "VirtualCameraConfig.h"
@@ -143,7 +144,7 @@ TEST_F(VirtualCameraConfigTest, configFileWritability)
     ASSERT_TRUE(!isConfigFileWritable(m_pDir->path() + "/folder.ini"));
 
     ASSERT_TRUE(::chmod(QFile::encodeName(ConfigPath()).constData(), 0444) == 0);
-    const StoreTest::FilePermissionsEnforced permissions;
+    const xqtest::FilePermissionsEnforced permissions;
     ASSERT_TRUE(permissions.isActive()) << "could not drop the capabilities that override file permissions";
     ASSERT_TRUE(!isConfigFileWritable(ConfigPath()));
     ASSERT_EQ(ReadAll(ConfigPath()), QByteArray("[Global]\nVirtualMode=1\n"));

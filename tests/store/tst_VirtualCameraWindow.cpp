@@ -2,7 +2,7 @@
 // list's context menu, and the refusal while a serving program holds the camera.
 
 #include "QtPrinters.h"
-#include "StoreTestSupport.h"
+#include "TestFiles.h"
 #include "AppFolders.h"
 #include "CustomComboBox.h"
 #include "CustomListWidget.h"

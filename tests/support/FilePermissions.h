@@ -1,16 +1,14 @@
 #pragma once
 // File permissions that hold even for a privileged test user.
 
-#include "TestFiles.h"
-
 #include <linux/capability.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace StoreTest {
+namespace xqtest {
 
 // Permission bits bind root too once the capabilities that override them
-// are out of the effective set. Returns false if that could not be done.
+// are out of the calling thread's effective set; restored on destruction.
 class FilePermissionsEnforced final {
 public:
     FilePermissionsEnforced()
@@ -38,4 +36,4 @@ private:
     bool m_active = false;
 };
 
-} // namespace StoreTest
+} // namespace xqtest
