@@ -9,7 +9,8 @@
 #include <arv.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,75 +19,20 @@ namespace {
 
 using Kind = xq::FeatureShortcut::Kind;
 
-constexpr char kDescription[] = R"(<?xml version="1.0" encoding="utf-8"?>
-<RegisterDescription ModelName="Shapes" VendorName="Test" StandardNameSpace="None"
-    SchemaMajorVersion="1" SchemaMinorVersion="1" SchemaSubMinorVersion="0" MajorVersion="1" MinorVersion="0"
-    SubMinorVersion="0" ProductGuid="00000000-0000-0000-0000-000000000001"
-    VersionGuid="00000000-0000-0000-0000-000000000002" xmlns="http://www.genicam.org/GenApi/Version_1_1">
-  <Float Name="Gain">
-    <Visibility>Beginner</Visibility>
-    <pValue>GainReg</pValue>
-    <Min>0</Min><Max>20</Max><Unit>dB</Unit>
-    <DisplayNotation>Fixed</DisplayNotation>
-    <DisplayPrecision>3</DisplayPrecision>
-  </Float>
-  <FloatReg Name="GainReg">
-    <Address>0x100</Address><Length>8</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
-    <Endianess>BigEndian</Endianess>
-  </FloatReg>
-  <Integer Name="Width">
-    <pIsAvailable>WidthAvailable</pIsAvailable>
-    <pValue>WidthReg</pValue>
-  </Integer>
-  <IntSwissKnife Name="WidthAvailable">
-    <pVariable Name="M">ModeReg</pVariable>
-    <Formula>M = 1</Formula>
-  </IntSwissKnife>
-  <IntReg Name="WidthReg">
-    <Address>0x104</Address><Length>4</Length><AccessMode>RO</AccessMode><pPort>Device</pPort>
-    <Sign>Signed</Sign><Endianess>BigEndian</Endianess>
-  </IntReg>
-  <Integer Name="Locked">
-    <pIsLocked>ModeReg</pIsLocked>
-    <pValue>WidthReg</pValue>
-  </Integer>
-  <Boolean Name="Enable">
-    <pValue>EnableReg</pValue>
-    <OnValue>3</OnValue><OffValue>0</OffValue>
-  </Boolean>
-  <IntReg Name="EnableReg">
-    <Address>0x108</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
-  </IntReg>
-  <Enumeration Name="Mode">
-    <EnumEntry Name="Off"><Value>0</Value></EnumEntry>
-    <EnumEntry Name="On"><Value>1</Value></EnumEntry>
-    <EnumEntry Name="Auto"><Value>7</Value></EnumEntry>
-    <pValue>ModeReg</pValue>
-  </Enumeration>
-  <IntReg Name="ModeReg">
-    <Address>0x10C</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort>
-    <Endianess>BigEndian</Endianess>
-  </IntReg>
-  <StringReg Name="Label">
-    <Address>0x200</Address><Length>64</Length><AccessMode>RO</AccessMode><pPort>Device</pPort>
-  </StringReg>
-  <Integer Name="LineLevel">
-    <pValue>LineLevelReg</pValue>
-  </Integer>
-  <IntReg Name="LineLevelReg">
-    <Address>0x300</Address>
-    <pIndex Offset="4">ModeReg</pIndex>
-    <Length>4</Length><AccessMode>RO</AccessMode><pPort>Device</pPort>
-  </IntReg>
-  <Port Name="Device"/>
-</RegisterDescription>
-)";
+// One feature of each shape the shortcut knows, and the rules around them.
+std::string shapesDescription()
+{
+    std::ifstream file(QUORVEX_TEST_DATA_DIR "/data/feature_shapes.xml", std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
 
 class FeatureShortcutShapes : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        m_description.reset(arv_gc_new(nullptr, kDescription, std::strlen(kDescription)));
+        const std::string description = shapesDescription();
+        ASSERT_FALSE(description.empty()) << "feature_shapes.xml is missing";
+        m_description.reset(arv_gc_new(nullptr, description.data(), description.size()));
         ASSERT_TRUE(m_description);
     }
 
