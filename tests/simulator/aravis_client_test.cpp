@@ -164,7 +164,10 @@ TEST_F(AravisClient, everyFeature_readsAndWritesBackThroughAravis)
         const ArvGcAccessMode access = arv_gc_feature_node_get_actual_access_mode(feature);
         if (access == ARV_GC_ACCESS_MODE_WO)
             return;
-        const std::string value = arv_gc_feature_node_get_value_as_string(feature, &error) ?: "";
+        // On a failed read Aravis may return a string buffer it never
+        // terminated: the text counts only when the read succeeded.
+        const char* text = arv_gc_feature_node_get_value_as_string(feature, &error);
+        const std::string value = !error && text ? text : "";
         if (!available) {
             // The device itself refuses texts the description calls unavailable.
             // Enumerations also pass for strings, so test for them first.

@@ -59,8 +59,10 @@ std::optional<AravisValue> readWithAravis(ArvGcNode* node)
     } else if (ARV_IS_GC_FLOAT(node)) {
         read.number = arv_gc_float_get_value(ARV_GC_FLOAT(node), &error);
     } else if (ARV_IS_GC_STRING(node)) {
+        // A failed read may leave Aravis's buffer unterminated: read it only on success.
         const char* text = arv_gc_string_get_value(ARV_GC_STRING(node), &error);
-        read.text = text ? text : "";
+        if (!error)
+            read.text = text ? text : "";
     } else {
         return std::nullopt;
     }
