@@ -7,6 +7,7 @@
 #   gvcp           the simulator's GVCP packet handler
 #   description    the SDKs' check of a device's description URL and zip
 #   register-dump  the replay's parser of the register dumps in the store
+#   store-ini      the store's INI reader
 # Defaults: 60 seconds, <repo>/build-fuzz-TARGET. Exit status 0 when no
 # crash was found; the fuzzer's crash file is kept in DIR otherwise.
 set -e
@@ -53,8 +54,15 @@ case "$target" in
     libs=""
     watched="$top/simulator/replay"
     max_len=8192 ;;
+  store-ini)
+    harness="$here/store/fuzz_store_ini.cpp"
+    includes="-I$top/store/reader"
+    sources="$top/store/reader/ini_file.cpp $top/store/reader/store_names.cpp"
+    libs=""
+    watched="$top/store/reader"
+    max_len=4096 ;;
   *)
-    echo "usage: fuzz/run-fuzz.sh gvcp|description|register-dump [--seconds N] [--out DIR]" >&2
+    echo "usage: fuzz/run-fuzz.sh gvcp|description|register-dump|store-ini [--seconds N] [--out DIR]" >&2
     exit 2 ;;
 esac
 
@@ -100,6 +108,12 @@ case "$target" in
   register-dump)
     seed numeric 'QUORVEX-REGDUMP 1\ncontent numeric\nmodel QVX%%20A\ndevice D\nevents 2\nW 1 0x000105d4 4 00000001\nR 1 0x00010030 4 0000000a\nlast 1\nL 0x00010030 4 0000000a\nend\n'
     seed string 'QUORVEX-REGDUMP 1\ncontent string\nmodel A\ndevice D\nevents 1\nR 0 0x0001053c 8 5554524947000000\nlast 1\nL 0x0001053c 8 5554524947000000\nend\n' ;;
+  store-ini)
+    # The configuration file as the tool writes it, and the dialect's
+    # escapes: quoted and backslashed texts, %U names, typed values, lists.
+    seed config '[Global]\nVirtualMode=1\n\n[Vir58744219]\nbIsConnect=0\nchModelName=QVX-ID2040M\nchUserDefinedName=\nnCurrentIp=7f000002\nnMacAddrHigh=12ab\n'
+    seed escapes '\357\273\277[%%General]\r\nkey="a;b\\\\ \\x1F\\0"\r\n%%U00E9=caf\303\251\r\nlist=a, "b,c", @String(x)\r\n'
+    seed typed '[Vir1]\nbytes=@ByteArray(\\0\\xff)\nvariant=@Variant(\\0\\0\\0\\x7f)\ninvalid=@Invalid()\nat=@@home\nlong=a\\\nb\n[..]\nx=1\n' ;;
 esac
 
 cd "$out"
