@@ -4,13 +4,12 @@
 // the agreement tests against the simulator cannot catch it; this does.
 #include "FeatureShortcut.h"
 #include "GObjectPtr.h"
+#include "SdkTestHelpers.h"
 #include "XQSdkDefs.h"
 
 #include <arv.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -19,18 +18,12 @@ namespace {
 
 using Kind = xq::FeatureShortcut::Kind;
 
-// One feature of each shape the shortcut knows, and the rules around them.
-std::string shapesDescription()
-{
-    std::ifstream file(QUORVEX_TEST_DATA_DIR "/data/feature_shapes.xml", std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-}
-
 class FeatureShortcutShapes : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        const std::string description = shapesDescription();
+        // One feature of each shape the shortcut knows, and the rules around them.
+        const std::string description = xqtest::readFile(QUORVEX_TEST_DATA_DIR "/data/feature_shapes.xml");
         ASSERT_FALSE(description.empty()) << "feature_shapes.xml is missing";
         m_description.reset(arv_gc_new(nullptr, description.data(), description.size()));
         ASSERT_TRUE(m_description);
