@@ -95,6 +95,10 @@ TEST(ZippedDescription, malformedOversizedAndLyingArchivesAreRefusedBeforeAnythi
         {"unpacked size understated", true,
          [](Zip& z) { putLe(z.bytes, z.directory + 24, 100, 4), putLe(z.bytes, 22, 100, 4); }, false},
         {"encrypted", true, [](Zip& z) { z.bytes[z.directory + 8] |= 1, z.bytes[6] |= 1; }, false},
+        {"only the local header says encrypted", true, [](Zip& z) { z.bytes[6] |= 1; }, false},
+        // Streamed archives leave the local sizes to a descriptor after the data.
+        {"sizes in a data descriptor", true,
+         [](Zip& z) { z.bytes[6] |= 8, putLe(z.bytes, 14, 0, 4), putLe(z.bytes, 18, 0, 4), putLe(z.bytes, 22, 0, 4); }, true},
         {"method other than stored or deflated", true,
          [](Zip& z) { putLe(z.bytes, z.directory + 10, 12, 2), putLe(z.bytes, 8, 12, 2); }, false},
         {"comment after the end record", true, [](Zip& z) { z.bytes.push_back(0), z.bytes[z.end + 20] = 1; }, false},
