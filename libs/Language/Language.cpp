@@ -25,21 +25,8 @@ constexpr int kCatalogueCount = sizeof(kCatalogues) / sizeof(kCatalogues[0]);
 
 // Process-wide, like the application object: they outlive every window.
 QTranslator g_translators[kCatalogueCount];
-QTranslator* const g_translatorPointers[kCatalogueCount] = {
-    &g_translators[0], &g_translators[1], &g_translators[2], &g_translators[3], &g_translators[4],
-};
 
 } // namespace
-
-QTranslator* const* languageTranslators()
-{
-    return g_translatorPointers;
-}
-
-int languageTranslatorCount()
-{
-    return kCatalogueCount;
-}
 
 QString languageSettingsPath()
 {

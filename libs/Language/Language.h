@@ -6,14 +6,9 @@
 #include <QString>
 #include <QStringList>
 
-class QTranslator;
 
 extern const char* const kLanguageChinese;  // "CH"
 extern const char* const kLanguageEnglish;  // "ENG"
-
-// The five catalogues, in the order they are installed.
-QTranslator* const* languageTranslators();
-int languageTranslatorCount();
 
 // The shared settings file: programDataPath() + "/CustomConfig.ini", every
 // "VANTO" in the path replaced by "ZELTA".

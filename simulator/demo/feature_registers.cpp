@@ -229,13 +229,6 @@ void FeatureRegisters::setFloating(const std::string& name, double value, std::u
     writeBig64(at(definition(name), index), bits);
 }
 
-std::string FeatureRegisters::string(const std::string& name) const
-{
-    const FeatureDefinition& feature = definition(name);
-    const char* text = reinterpret_cast<const char*>(at(feature, 0));
-    return std::string(text, strnlen(text, feature.length));
-}
-
 void FeatureRegisters::setString(const std::string& name, const std::string& value)
 {
     const FeatureDefinition& feature = definition(name);

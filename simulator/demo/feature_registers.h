@@ -28,7 +28,6 @@ public:
     void setInteger(const std::string& name, std::int64_t value, std::uint32_t index = 0);
     double floating(const std::string& name, std::uint32_t index = 0) const;
     void setFloating(const std::string& name, double value, std::uint32_t index = 0);
-    std::string string(const std::string& name) const;
     void setString(const std::string& name, const std::string& value);
 
     bool isAvailable(const FeatureDefinition& definition) const;

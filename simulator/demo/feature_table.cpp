@@ -5,13 +5,6 @@
 
 namespace quorvex::sim {
 
-std::int64_t FeatureDefinition::entryValue(const std::string& entryName) const
-{
-    const auto entry = std::find_if(entries.begin(), entries.end(),
-                                    [&](const EnumEntry& e) { return e.name == entryName; });
-    return entry == entries.end() ? -1 : entry->value;
-}
-
 FeatureDefinition& FeatureTable::add(FeatureDefinition definition)
 {
     if (find(definition.name))

@@ -90,7 +90,6 @@ struct FeatureDefinition final {
     }
 
     bool hasRegister() const { return type != FeatureType::Category; }
-    std::int64_t entryValue(const std::string& entryName) const; // -1 when absent
 };
 
 class FeatureTable final {

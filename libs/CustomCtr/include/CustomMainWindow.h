@@ -29,10 +29,6 @@ public:
     void cSetCentralWidget(QWidget* widget);
     QWidget* cCentralWidget() const;
 
-    // Whether the corner grip is offered (on by default).
-    void cSetResizable(bool resizable);
-    bool cIsResizable() const;
-
 protected:
     void changeEvent(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -7,7 +7,6 @@
 
 #include <memory>
 
-class CustomTitleBar;
 
 // Modal message box of the suite with its own title bar.
 //
@@ -41,12 +40,9 @@ public:
                    bool bCancelIsDefault = false);
     static int warning(QWidget* parent, const QString& text, const QString& title,
                        int buttons = ConfirmButton, const QString& detailText = QString());
-    static int information(QWidget* parent, const QString& text, const QString& title,
-                           int buttons = ConfirmButton, const QString& detailText = QString());
 
     // 1 confirm or 2 cancel: which button Enter presses.
     void setDefaultButton(int button);
-    CustomTitleBar* cTitleBar() const;
 
 protected:
     void changeEvent(QEvent* event) override;

@@ -21,7 +21,7 @@ class QWidget;
 // change nothing and make the setter return false.
 //
 // The generated sheet replaces whatever was set with setStyleSheet() on the
-// host; use the setters (or cSetExtraStyleSheet) instead of mixing both.
+// host; use the setters instead of mixing both.
 class CUSTOMCTR_EXPORT CustomObject
 {
 public:
@@ -44,19 +44,14 @@ public:
     bool cSetBorderColor(const QString& color, int edge, int state);
     // Width in pixels of the borders set for that state (default 1).
     bool cSetBorderWidth(int width, int state);
-    bool cSetBorderRadius(int radius, int state);
     bool cSetFontColor(const QString& color, int state);
     // Size in pixels.
     bool cSetFontSize(int size, int state);
     bool cSetBackgroundColor(const QString& color, int state);
     // The image is stretched over the widget (a file path or a ":/" resource).
     bool cSetBackgroundImage(const QString& path, int state);
-    // Style sheet text appended verbatim after the generated rules.
-    void cSetExtraStyleSheet(const QString& sheet);
-    // Forgets every declaration set through this mix-in.
-    void cClearStyle();
 
-    // The rules generated from the setters (without the theme or extra text).
+    // The rules generated from the setters (without the theme).
     QString cStyleSheet() const;
 
 protected:

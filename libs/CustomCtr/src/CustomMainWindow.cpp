@@ -68,16 +68,6 @@ QWidget* CustomMainWindow::cCentralWidget() const
     return m_impl->central;
 }
 
-void CustomMainWindow::cSetResizable(bool resizable)
-{
-    setSizeGripEnabled(resizable);
-}
-
-bool CustomMainWindow::cIsResizable() const
-{
-    return isSizeGripEnabled();
-}
-
 void CustomMainWindow::changeEvent(QEvent* event)
 {
     if (event->type() == QEvent::WindowStateChange) {

@@ -148,12 +148,6 @@ int CustomMessageBox::warning(QWidget* parent, const QString& text, const QStrin
     return showBox(parent, WarningIcon, text, title, buttons, detailText, ConfirmButton);
 }
 
-int CustomMessageBox::information(QWidget* parent, const QString& text, const QString& title, int buttons,
-                                  const QString& detailText)
-{
-    return showBox(parent, InformationIcon, text, title, buttons, detailText, ConfirmButton);
-}
-
 void CustomMessageBox::setDefaultButton(int button)
 {
     CustomPushButton* const wanted = button == CancelButton ? m_impl->cancel : m_impl->confirm;
@@ -164,11 +158,6 @@ void CustomMessageBox::setDefaultButton(int button)
             candidate->setDefault(candidate == wanted);
     }
     wanted->setFocus();
-}
-
-CustomTitleBar* CustomMessageBox::cTitleBar() const
-{
-    return m_impl->titleBar;
 }
 
 void CustomMessageBox::changeEvent(QEvent* event)

@@ -18,7 +18,6 @@ struct StateStyle
 {
     std::array<QString, 4> borderColors;
     int borderWidth = 1;
-    int borderRadius = -1;
     QString fontColor;
     int fontSize = 0;
     QString backgroundColor;
@@ -34,8 +33,6 @@ struct StateStyle
                            .arg(borderWidth)
                            .arg(borderColors[side]);
         }
-        if (borderRadius >= 0)
-            out << QStringLiteral("border-radius: %1px").arg(borderRadius);
         if (!fontColor.isEmpty())
             out << QStringLiteral("color: %1").arg(fontColor);
         if (fontSize > 0)
@@ -92,12 +89,11 @@ struct CustomObject::Impl
     QWidget* const host;
     const QString selector;
     QString baseSheet;
-    QString extraSheet;
     std::array<StateStyle, kStateCount> states;
 };
 
 CustomObject::CustomObject(QWidget* host, const QString& selector)
-    : m_impl(new Impl{host, selector, {}, {}, {}})
+    : m_impl(new Impl{host, selector, {}, {}})
 {
 }
 
@@ -119,15 +115,6 @@ bool CustomObject::cSetBorderWidth(int width, int state)
     if (!validState(state) || width < 0)
         return false;
     m_impl->states[state].borderWidth = width;
-    cApplyStyle();
-    return true;
-}
-
-bool CustomObject::cSetBorderRadius(int radius, int state)
-{
-    if (!validState(state) || radius < 0)
-        return false;
-    m_impl->states[state].borderRadius = radius;
     cApplyStyle();
     return true;
 }
@@ -168,18 +155,6 @@ bool CustomObject::cSetBackgroundImage(const QString& path, int state)
     return true;
 }
 
-void CustomObject::cSetExtraStyleSheet(const QString& sheet)
-{
-    m_impl->extraSheet = sheet;
-    cApplyStyle();
-}
-
-void CustomObject::cClearStyle()
-{
-    m_impl->states = {};
-    cApplyStyle();
-}
-
 QString CustomObject::cStyleSheet() const
 {
     QString out;
@@ -202,7 +177,7 @@ void CustomObject::cSetBaseStyleSheet(const QString& sheet)
 void CustomObject::cApplyStyle()
 {
     QStringList parts;
-    for (const QString& part : {m_impl->baseSheet, cStyleSheet(), m_impl->extraSheet}) {
+    for (const QString& part : {m_impl->baseSheet, cStyleSheet()}) {
         if (!part.isEmpty())
             parts << part;
     }
