@@ -99,6 +99,9 @@ TEST_F(Simulator, nodesReportTheDescriptionsTypeAccessAndVisibility)
         EXPECT_EQ(it->second.type, type) << name;
         EXPECT_EQ(it->second.access, access) << name;
         EXPECT_EQ(it->second.visibility, visibility) << name;
+        unsigned int byName = 0;
+        EXPECT_EQ(XQ_XML_GetNodeInterfaceType(camera, name, &byName), XQ_OK) << name;
+        EXPECT_EQ(byName, type) << name;
     };
     check("Width", XQ_IFT_IINTEGER, XQ_AM_RW, XQ_VISIBILITY_BEGINNER);
     check("SensorHeight", XQ_IFT_IINTEGER, XQ_AM_RO, XQ_VISIBILITY_EXPERT);
@@ -233,6 +236,10 @@ TEST_F(Simulator, softwareTriggeredFramesCarryTheRenderedCodes)
 {
     XQ_HANDLE reader = openGrabbingReader(m_reader);
     const xqtest::ScopeExit releaseReader([reader] { XQ_CODEREADER_DestroyHandle(reader); });
+    XQ_ENUMVALUE source{};
+    ASSERT_EQ(XQ_CODEREADER_GetEnumValue(reader, "TriggerSource", &source), XQ_OK);
+    EXPECT_EQ(source.nCurrentValue, 7u);
+    EXPECT_GT(source.nSupportedCount, 1u);
     auto info = std::make_unique<XQ_CODEREADER_FRAME_INFO>();
     std::set<int> symbologies;
     // Every frame shows a QR code and a Code 128; every third a Data Matrix,
