@@ -5,6 +5,7 @@
 // table per function.
 
 #include "TableTests.h"
+#include "ExchangeRenameRefused.h"
 #include "QtPrinters.h"
 #include "CaptureCsv.h"
 #include "CollectProgress.h"
@@ -28,6 +29,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <climits>
@@ -284,31 +286,44 @@ TEST(TestCollectHelpers, stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
     QTemporaryDir dir;
     const QString root = dir.path();
     QString error;
-    // {a collection there before; commit}: committed, the job's files are
-    // the collection and nothing else is left; not committed, the old one
-    // stays byte for byte and the job's folder is gone.
-    for (const bool before : {false, true}) {
-        for (const bool commit : {false, true}) {
-            QDir(root + "/ID%1").removeRecursively();
-            if (before) {
-                ASSERT_TRUE(WriteFile(root + "/ID%1/Jpg/9.jpg", "old"));
-            }
-            {
-                const auto job = collect::StagingFolder::create(root, QStringLiteral("ID%1"), &error);
-                ASSERT_TRUE(job) << qPrintable(error);
-                ASSERT_TRUE(collect::isStagingFolderName(QFileInfo(job->path()).fileName()));
-                ASSERT_TRUE(QFileInfo(job->path()).isHidden());
-                ASSERT_TRUE(WriteFile(job->path() + "/Jpg/1.jpg", "new"));
-                if (commit) {
-                    ASSERT_TRUE(job->commit(&error)) << qPrintable(error);
+    // {a collection there before; commit; the job's folder gone by then}:
+    // committed, the job's files are the collection and nothing else is
+    // left; not committed or failed, the old one stays byte for byte and the
+    // job's folder is gone.
+    const auto replaceWhole = [&] {
+        for (const bool before : {false, true}) {
+            for (const int commit : {0, 1, 2}) {
+                QDir(root + "/ID%1").removeRecursively();
+                if (before) {
+                    ASSERT_TRUE(WriteFile(root + "/ID%1/Jpg/9.jpg", "old"));
                 }
+                {
+                    const auto job = collect::StagingFolder::create(root, QStringLiteral("ID%1"), &error);
+                    ASSERT_TRUE(job) << qPrintable(error);
+                    ASSERT_TRUE(collect::isStagingFolderName(QFileInfo(job->path()).fileName()));
+                    ASSERT_TRUE(QFileInfo(job->path()).isHidden());
+                    ASSERT_TRUE(WriteFile(job->path() + "/Jpg/1.jpg", "new"));
+                    if (commit == 2) {
+                        ASSERT_TRUE(QDir(job->path()).removeRecursively());
+                    }
+                    if (commit) {
+                        ASSERT_EQ(job->commit(&error), commit == 1) << qPrintable(error);
+                    }
+                }
+                const QStringList expected = commit == 1 ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/1.jpg"}
+                    : before ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/9.jpg"}
+                             : QStringList{};
+                ASSERT_EQ(FilesBelow(root), expected) << before << commit;
+                ASSERT_EQ(ReadAll(root + "/ID%1/Jpg/9.jpg", "<missing>"), before && commit != 1 ? "old" : "<missing>");
             }
-            const QStringList expected = commit ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/1.jpg"}
-                : before                        ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/9.jpg"}
-                                                : QStringList{};
-            ASSERT_EQ(FilesBelow(root), expected);
         }
-    }
+    };
+    replaceWhole();
+    // The same where the file system cannot exchange two folders in one step.
+    std::thread([&] {
+        ASSERT_TRUE(xqtest::refuseExchangeRenamesOnThisThread());
+        replaceWhole();
+    }).join();
 
     // A running job's folder (locked) survives every sweep; an ended job's
     // is swept, by model or all at once. Collection folders are not touched.
