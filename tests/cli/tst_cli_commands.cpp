@@ -167,15 +167,23 @@ TEST_F(CliCommandsTest, heldAndUnknownDevices_listedWithFields_collectSkipsOrRef
     // lists the serials there are.
     const CliResult unknown = m_suite.run({QStringLiteral("collect"), SerialOf(free), QStringLiteral("QD-NOT-THERE")});
     ASSERT_TRUE(unknown.exitCode == 3 && unknown.err.contains("QD-NOT-THERE") && unknown.err.contains(SerialOf(free).toUtf8())) << qPrintable(unknown.describe());
+    // Without an ignore list every feature would be read: said, not refused.
+    const QString ignoreList = m_suite.applicationDir() + QStringLiteral("/Config/Config.json");
+    ASSERT_TRUE(QFile::remove(ignoreList));
     const CliResult alone = m_suite.run({QStringLiteral("collect"), SerialOf(held)});
-    ASSERT_TRUE(alone.exitCode == 4 && alone.err.contains("held by another client")) << qPrintable(alone.describe());
+    ASSERT_TRUE(alone.exitCode == 4 && alone.err.contains("held by another client")
+                && alone.err.contains("note: no ./Config/Config.json in")) << qPrintable(alone.describe());
     ASSERT_EQ(Entries(m_suite.collectionRoot()), QStringList{});
 
-    // Everything else is still collected; the status tells what was left.
+    // Everything else is still collected; the status tells what was left,
+    // and a pattern that is no text is named.
+    ASSERT_TRUE(WriteFile(ignoreList, R"({"IgnoreNodes": ["DeviceReset", "FileAccess", "UserSetSave", 5]})"));
     const CliResult all = m_suite.run({QStringLiteral("--json"), QStringLiteral("collect"), QStringLiteral("--all")},
                                       CliSuite::systemEnvironment(), kJobTimeoutMs);
     XQ_CODEREADER_DestroyHandle(handle);
     ASSERT_TRUE(all.exitCode == 4) << qPrintable(all.describe());
+    ASSERT_TRUE(all.err.contains(("quorvex-cli: warning: " + ignoreList + ": IgnoreNodes element 3: 5 is not a string; left out\n").toUtf8()))
+        << qPrintable(all.describe());
     ASSERT_EQ(all.json().value(QStringLiteral("collectionRoot")).toString(), QDir::cleanPath(m_suite.collectionRoot()));
     QMap<QString, QJsonObject> outcomes;
     for (const QJsonValue& value : all.json().value(QStringLiteral("devices")).toArray())
