@@ -181,4 +181,16 @@ TEST_F(SimulatorProgram, store_followsCamerasAddedAndDeleted_besideTheDemoReader
     EXPECT_EQ(program.waitForExit(5000), 0);
 }
 
+TEST_F(SimulatorProgram, storeMadeAfterTheStart_isFollowedOnceItAppears)
+{
+    // On a fresh machine the simulator may start before the tool makes its
+    // store, several folders deep.
+    const auto store = test::temporaryStore("late") / "ZELTA" / "VirtualCamera";
+    DeviceProcess& program = run({"--store", store.string(), "--demo", "1", "--base-address", "127.0.0.40"});
+    ASSERT_TRUE(waitForSerial(0x7F000028, "QD24A10000", 5s)) << program.output();
+    test::writeCamera(store, "Vir33333333");
+    test::writeConfig(store, {test::configGroup("Vir33333333")});
+    EXPECT_TRUE(waitForSerial(0x7F000029, "Vir33333333", 5s)) << program.output();
+}
+
 } // namespace
