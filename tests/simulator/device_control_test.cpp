@@ -1,8 +1,10 @@
 // The control channel of one device, driven packet by packet without any
 // socket: acks, error statuses, bad input, control privilege and the
-// stream requests it hands to the stream channel.
+// stream requests it hands to the stream channel; and the server's refusal
+// of any address off loopback.
 
 #include "core/device_control.h"
+#include "core/simulator_server.h"
 #include "demo/demo_code_reader.h"
 #include "demo/feature_table.h"
 #include "gvcp_packets.h"
@@ -329,5 +331,19 @@ TEST(LinkSpeedTest, parsesTheSpeedsUsersWrite)
     for (const auto& [text, shown] : speeds) {
         const std::optional<LinkSpeed> speed = LinkSpeed::parse(text);
         EXPECT_EQ(speed ? speed->text() : std::string(), shown) << text;
+    }
+}
+
+TEST(SimulatorServerTest, refusesEveryAddressOffLoopbackBeforeOpeningASocket)
+{
+    SimulatorServer server;
+    for (const std::uint32_t address : {0xC0A80001u, 0x0A000001u, 0x08080808u, 0x7F000000u, 0x7F0000FFu}) {
+        std::string refusal;
+        try {
+            server.addDevice(std::make_unique<DemoCodeReader>(DemoCodeReader::demoIdentity(0)), address);
+        } catch (const SimulatorError& error) {
+            refusal = error.what();
+        }
+        EXPECT_NE(refusal.find("only loopback host addresses"), std::string::npos) << std::hex << address << refusal;
     }
 }
