@@ -33,6 +33,7 @@
 #include <vector>
 
 #include <climits>
+#include <cerrno>
 #include <cstring>
 #include <memory>
 
@@ -321,7 +322,7 @@ TEST(TestCollectHelpers, stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
     replaceWhole();
     // The same where the file system cannot exchange two folders in one step.
     std::thread([&] {
-        ASSERT_TRUE(xqtest::refuseExchangeRenamesOnThisThread());
+        ASSERT_TRUE(xqtest::refuseExchangeRenamesOnThisThread()) << "seccomp filter refused: " << std::strerror(errno);
         replaceWhole();
     }).join();
 
