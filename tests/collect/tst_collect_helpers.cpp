@@ -287,13 +287,14 @@ TEST(TestCollectHelpers, stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
     QTemporaryDir dir;
     const QString root = dir.path();
     QString error;
-    // {a collection there before; commit; the job's folder gone by then}:
-    // committed, the job's files are the collection and nothing else is
-    // left; not committed or failed, the old one stays byte for byte and the
-    // job's folder is gone.
+    // {a collection there before; how the job ends}: committed, the job's
+    // files are the collection and nothing else is left; abandoned, or
+    // committed after its folder vanished, the old one stays byte for byte
+    // and the job's folder is gone.
+    enum Ending { Abandoned, Committed, CommittedWithoutFolder };
     const auto replaceWhole = [&] {
         for (const bool before : {false, true}) {
-            for (const int commit : {0, 1, 2}) {
+            for (const Ending ending : {Abandoned, Committed, CommittedWithoutFolder}) {
                 QDir(root + "/ID%1").removeRecursively();
                 if (before) {
                     ASSERT_TRUE(WriteFile(root + "/ID%1/Jpg/9.jpg", "old"));
@@ -304,18 +305,18 @@ TEST(TestCollectHelpers, stagingFolder_replacesCollectionWhole_sweepsEndedJobsOn
                     ASSERT_TRUE(collect::isStagingFolderName(QFileInfo(job->path()).fileName()));
                     ASSERT_TRUE(QFileInfo(job->path()).isHidden());
                     ASSERT_TRUE(WriteFile(job->path() + "/Jpg/1.jpg", "new"));
-                    if (commit == 2) {
+                    if (ending == CommittedWithoutFolder) {
                         ASSERT_TRUE(QDir(job->path()).removeRecursively());
                     }
-                    if (commit) {
-                        ASSERT_EQ(job->commit(&error), commit == 1) << qPrintable(error);
+                    if (ending != Abandoned) {
+                        ASSERT_EQ(job->commit(&error), ending == Committed) << qPrintable(error);
                     }
                 }
-                const QStringList expected = commit == 1 ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/1.jpg"}
+                const QStringList expected = ending == Committed ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/1.jpg"}
                     : before ? QStringList{root + "/ID%1", root + "/ID%1/Jpg", root + "/ID%1/Jpg/9.jpg"}
                              : QStringList{};
-                ASSERT_EQ(FilesBelow(root), expected) << before << commit;
-                ASSERT_EQ(ReadAll(root + "/ID%1/Jpg/9.jpg", "<missing>"), before && commit != 1 ? "old" : "<missing>");
+                ASSERT_EQ(FilesBelow(root), expected) << before << ending;
+                ASSERT_EQ(ReadAll(root + "/ID%1/Jpg/9.jpg", "<missing>"), before && ending != Committed ? "old" : "<missing>");
             }
         }
     };
